@@ -1,0 +1,34 @@
+# The modules, and the arrows between them.
+#
+# A module's headers are included as "module/header.h". They are reached through a folder of the
+# build tree that holds nothing but a link to that one module, and this folder travels with the
+# link graph: who does not link a module cannot include it.
+
+# framewright_module(NAME SOURCES file... USES module... [EXPOSES library...] [HIDES library...])
+#   USES     modules below this one
+#   EXPOSES  libraries whose types stand in this module's headers
+#   HIDES    libraries used in its sources only
+function(framewright_module name)
+    cmake_parse_arguments(arg "" "" "SOURCES;USES;EXPOSES;HIDES" ${ARGN})
+    set(gate ${CMAKE_BINARY_DIR}/include/${name})
+    file(MAKE_DIRECTORY ${gate})
+    file(CREATE_LINK ${CMAKE_CURRENT_SOURCE_DIR} ${gate}/${name} SYMBOLIC)
+    add_library(${name} STATIC ${arg_SOURCES})
+    target_include_directories(${name} PUBLIC ${gate})
+    target_link_libraries(${name} PUBLIC ${arg_USES} ${arg_EXPOSES} PRIVATE ${arg_HIDES})
+endfunction()
+
+# framewright_tests(MODULE SOURCES file... [USES module...] [NEEDS library...])
+#   One test executable for a module, named MODULE_tests and run by CTest under the module's name.
+function(framewright_tests module)
+    cmake_parse_arguments(arg "" "" "SOURCES;USES;NEEDS" ${ARGN})
+    add_executable(${module}_tests ${arg_SOURCES})
+    target_include_directories(${module}_tests PRIVATE ${CMAKE_SOURCE_DIR}/tests)
+    target_compile_definitions(${module}_tests PRIVATE
+        FRAMEWRIGHT_SHARED_MEDIA="${CMAKE_SOURCE_DIR}/../shared/media")
+    target_link_libraries(${module}_tests PRIVATE ${module} ${arg_USES} ${arg_NEEDS}
+        GTest::gmock GTest::gtest GTest::gtest_main)
+    add_test(NAME ${module} COMMAND ${module}_tests)
+    set_tests_properties(${module} PROPERTIES ENVIRONMENT
+        "QT_QPA_PLATFORM=offscreen;ASAN_OPTIONS=detect_leaks=1;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/cmake/lsan.supp:print_suppressions=0")
+endfunction()

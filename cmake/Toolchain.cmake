@@ -1,0 +1,22 @@
+# Compiler, linker and cache settings shared by every target.
+
+find_program(CCACHE ccache)
+if(CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+    # The time macros and the precompiled header's own time stamp would otherwise defeat the cache.
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env
+        CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime ${CCACHE})
+endif()
+
+find_program(MOLD mold)
+if(MOLD)
+    add_link_options(-fuse-ld=mold)
+endif()
+
+add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
+    -fno-math-errno -fpch-preprocess)
+
+if(FRAMEWRIGHT_SANITIZE)
+    add_compile_options(-fsanitize=${FRAMEWRIGHT_SANITIZE} -fno-omit-frame-pointer -O1
+        -fno-sanitize-recover=all)
+    add_link_options(-fsanitize=${FRAMEWRIGHT_SANITIZE})
+endif()

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <compare>
+#include <cstdint>
+
+namespace framewright {
+
+/// A time as the media engine counts it: in 600ths of a second, never negative.
+struct MediaTime {
+    static constexpr std::int64_t timescale = 600;
+
+    std::int64_t value = 0;
+
+    /// The nearest 600th; 0 for what lies before.
+    static MediaTime fromSeconds(double seconds);
+
+    double seconds() const { return double(value) / timescale; }
+
+    auto operator<=>(MediaTime const&) const = default;
+};
+
+/// Half-open: [start, end).
+struct MediaTimeRange {
+    MediaTime start;
+    MediaTime end;
+
+    bool operator==(MediaTimeRange const&) const = default;
+};
+
+} // namespace framewright

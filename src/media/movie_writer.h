@@ -1,0 +1,49 @@
+#pragma once
+
+#include "media/frame.h"
+
+#include <filesystem>
+#include <memory>
+#include <span>
+
+namespace framewright {
+
+/// How a movie is encoded.
+struct MovieSettings {
+    enum class Codec { h264, hevcHLG };
+
+    int width = 0; ///< Even.
+    int height = 0;
+    int framesPerSecond = 30;
+    Codec codec = Codec::h264;
+    double quality = 20;             ///< Constant rate factor: lower is better and larger.
+    char const* preset = "veryfast"; ///< Of the encoder: effort against size.
+    int audioBitRate = 160'000;
+    int threads = 0; ///< Of the encoder; 0 lets it choose.
+};
+
+/// Writes an MP4 with one picture and one sound stream, the index in front.
+///
+/// Pictures come in order, one per frame of the rate, in the settings' size and in 4:2:0 with 8
+/// bits (H.264) or 10 (HEVC). Sound is 48 kHz stereo. The two may be fed from one thread only,
+/// sound not far from the picture it belongs to. A writer destroyed before `finish` leaves no file.
+class MovieWriter {
+public:
+    /// Throws MediaError when the file cannot be made or the settings cannot be encoded.
+    MovieWriter(std::filesystem::path const& file, MovieSettings const& settings);
+    ~MovieWriter();
+    MovieWriter(MovieWriter const&) = delete;
+    MovieWriter& operator=(MovieWriter const&) = delete;
+
+    void writeFrame(Frame const& frame);
+    void writeSound(std::span<float const> interleaved);
+
+    /// Writes what is still held back and the index, and flushes the file to disk.
+    void finish();
+
+private:
+    class Impl;
+    std::unique_ptr<Impl> m_impl;
+};
+
+} // namespace framewright

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "model/id.h"
+
+#include <string>
+
+namespace framewright {
+
+/// A colour, each part from 0 to 1, not premultiplied, in the sRGB space.
+struct RGBAColor {
+    double red = 0;
+    double green = 0;
+    double blue = 0;
+    double alpha = 1;
+
+    bool operator==(RGBAColor const&) const = default;
+};
+
+/// A saved look of captions and of on-screen texts.
+///
+/// Sizes are points at 1080 pixels of canvas width.
+struct CaptionStyle {
+    Id id;
+    std::string name;
+    std::string fontName; ///< A PostScript name, or "system:" or "mono:" and a weight.
+    float fontSize = 64;
+    RGBAColor textColor{1, 1, 1, 1};
+    bool uppercase = false;
+    float letterSpacing = 0;
+    float maxWidthFraction = 0.9f; ///< Widest a line may be, as a fraction of the canvas width.
+    bool backgroundEnabled = false;
+    RGBAColor backgroundColor{0, 0, 0, 0.7};
+    float cornerRadius = 0;
+    float padding = 0; ///< Between the text and the edge of its box.
+    bool shadowEnabled = false;
+    float shadowOpacity = 0;
+    float shadowRadius = 0;
+    bool outlineEnabled = false;
+    RGBAColor strokeColor{0, 0, 0, 1};
+    float strokeWidth = 0;
+
+    bool operator==(CaptionStyle const&) const = default;
+};
+
+} // namespace framewright
