@@ -1,0 +1,112 @@
+#include "editor/app_state.h"
+
+#include "model/file_url.h"
+
+#include <algorithm>
+
+namespace framewright {
+
+AppState::AppState(UserDefaults& defaults, QObject* parent) : QObject(parent), m_defaults(defaults)
+{
+    m_saveTimer.setSingleShot(true);
+    m_saveTimer.setTimerType(Qt::PreciseTimer);
+    connect(&m_saveTimer, &QTimer::timeout, this, [this] { saveWorkspaceProject(); });
+}
+
+AppState::~AppState() = default;
+
+std::string AppState::projectName() const
+{
+    if (!m_projectFile)
+        return "Untitled";
+    std::filesystem::path const& file = *m_projectFile;
+    return validUtf8(file.filename() == "project.json" ? file.parent_path().filename().string()
+                                                       : file.stem().string());
+}
+
+void AppState::commit(Project project, std::string const& actionName, std::optional<double> seekTo,
+                      Rebuild rebuild)
+{
+    m_history.record(m_project, project, actionName);
+    setProject(std::move(project), seekTo, rebuild);
+}
+
+std::optional<std::string> AppState::undo()
+{
+    auto step = m_history.undo(m_project);
+    if (!step)
+        return std::nullopt;
+    setProject(std::move(step->project), std::nullopt, Rebuild::yes);
+    return std::move(step->actionName);
+}
+
+std::optional<std::string> AppState::redo()
+{
+    auto step = m_history.redo(m_project);
+    if (!step)
+        return std::nullopt;
+    setProject(std::move(step->project), std::nullopt, Rebuild::yes);
+    return std::move(step->actionName);
+}
+
+void AppState::setProject(Project project, std::optional<double> seekTo, Rebuild rebuild)
+{
+    bool const isOther = !(project == m_project);
+    m_project = std::move(project);
+    ++m_revision;
+    setDirty(true);
+    if (seekTo)
+        seek(*seekTo);
+    if (rebuild == Rebuild::yes)
+        emit compositionOutdated();
+    reconcileSelection();
+    if (isOther)
+        emit projectChanged();
+    scheduleSave();
+}
+
+void AppState::reconcileSelection()
+{
+    if (m_selectedClip && !findClip(m_project, *m_selectedClip))
+        m_selectedClip.reset();
+    if (m_activeTrack && !m_project.track(*m_activeTrack))
+        m_activeTrack.reset();
+    if (!m_activeTrack && !m_project.tracks.empty())
+        m_activeTrack = m_project.tracks.front().id;
+}
+
+void AppState::seek(double time)
+{
+    m_currentTime = std::max(0.0, time);
+}
+
+void AppState::select(std::optional<Id> clip)
+{
+    m_selectedClip = clip;
+    if (!clip)
+        return;
+    if (auto const place = findClip(m_project, *clip))
+        m_activeTrack = place->track->id;
+    else
+        m_selectedClip.reset();
+}
+
+void AppState::setDirty(bool isDirty)
+{
+    if (isDirty && !m_isDirty)
+        m_dirtySince = std::chrono::steady_clock::now();
+    if (isDirty == m_isDirty)
+        return;
+    m_isDirty = isDirty;
+    emit dirtyChanged(isDirty);
+}
+
+void AppState::setErrorMessage(std::string message)
+{
+    if (message == m_errorMessage)
+        return;
+    m_errorMessage = std::move(message);
+    emit errorMessageChanged();
+}
+
+} // namespace framewright

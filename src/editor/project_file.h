@@ -1,0 +1,45 @@
+#pragma once
+
+#include "model/project_document.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace framewright {
+
+/// A project's file could not be read or written. `what()` is the whole sentence.
+class ProjectFileError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// The content of a file, shortened to what two contents can be told apart by.
+using ContentMark = std::string;
+
+ContentMark contentMark(std::string_view bytes);
+
+/// A project as it lies on disk.
+struct ReadProject {
+    DecodedDocument decoded;
+    ContentMark mark; ///< Of the bytes that were read.
+};
+
+/// Reads a project. Throws ProjectFileError with the file's name in the sentence.
+ReadProject readProject(std::filesystem::path const& file);
+
+/// What a save came to.
+struct SaveResult {
+    /// Of what lies on disk now, when it was written.
+    std::optional<ContentMark> written;
+    /// What someone else had put there since we last read or wrote it; then nothing is lost of it:
+    /// it lies there still.
+    bool wasChangedByOthers = false;
+};
+
+/// Writes a project atomically, unless the file is no longer the one known by `expected` (nothing:
+/// there was none). Blocks until the disk has it. Throws ProjectFileError.
+SaveResult saveProject(std::filesystem::path const& file, Project const& project,
+                       std::optional<ContentMark> const& expected);
+
+} // namespace framewright
