@@ -4,15 +4,25 @@
 # build tree that holds nothing but a link to that one module, and this folder travels with the
 # link graph: who does not link a module cannot include it.
 
-# framewright_module(NAME SOURCES file... USES module... [EXPOSES library...] [HIDES library...])
+# framewright_module(NAME SOURCES file... USES module... [EXPOSES library...] [HIDES library...]
+#                    [HEADERS file...])
 #   USES     modules below this one
 #   EXPOSES  libraries whose types stand in this module's headers
 #   HIDES    libraries used in its sources only
+#   HEADERS  where one folder holds several modules: those of its headers that are this one's
 function(framewright_module name)
-    cmake_parse_arguments(arg "" "" "SOURCES;USES;EXPOSES;HIDES" ${ARGN})
+    cmake_parse_arguments(arg "" "" "SOURCES;HEADERS;USES;EXPOSES;HIDES" ${ARGN})
     set(gate ${CMAKE_BINARY_DIR}/include/${name})
-    file(MAKE_DIRECTORY ${gate})
-    file(CREATE_LINK ${CMAKE_CURRENT_SOURCE_DIR} ${gate}/${name} SYMBOLIC)
+    cmake_path(GET CMAKE_CURRENT_SOURCE_DIR FILENAME folder)
+    if(arg_HEADERS)
+        file(MAKE_DIRECTORY ${gate}/${folder})
+        foreach(header IN LISTS arg_HEADERS)
+            file(CREATE_LINK ${CMAKE_CURRENT_SOURCE_DIR}/${header} ${gate}/${folder}/${header} SYMBOLIC)
+        endforeach()
+    else()
+        file(MAKE_DIRECTORY ${gate})
+        file(CREATE_LINK ${CMAKE_CURRENT_SOURCE_DIR} ${gate}/${folder} SYMBOLIC)
+    endif()
     add_library(${name} STATIC ${arg_SOURCES})
     target_include_directories(${name} PUBLIC ${gate})
     target_link_libraries(${name} PUBLIC ${arg_USES} ${arg_EXPOSES} PRIVATE ${arg_HIDES})

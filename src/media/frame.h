@@ -99,4 +99,8 @@ private:
     std::unique_ptr<AVFrame, Release> m_frame; ///< Never null, but in a moved-from Frame.
 };
 
+/// Gives the memory that is kept for coming pictures back to the system. Pictures in use stay.
+/// To be called after a long run, an export for instance; from any thread.
+void releaseSpareFrames();
+
 } // namespace framewright

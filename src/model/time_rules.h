@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 namespace framewright {
 
 /// Two times nearer to each other than this are the same moment. Seconds.
@@ -11,5 +13,18 @@ inline constexpr double minimumClipLength = 0.1;
 /// How long a photo stands when it is first placed, and at the most. Seconds.
 inline constexpr double photoLength = 3.0;
 inline constexpr double longestPhotoLength = 60.0;
+
+/// No edit puts a clip's end later: beyond it a double no longer tells moments well apart, and a
+/// mistyped time would make a picture of days. Seconds.
+inline constexpr double latestTime = 1'000'000.0;
+
+/// Whether a clip of this length is too short to stand on a track.
+constexpr bool isTooShort(double length) { return length < minimumClipLength - timeTolerance; }
+
+/// Seconds as sentences write them, to the millisecond and no longer than needed: "12.4 s", "3 s".
+std::string secondsText(double seconds);
+
+/// A stretch as sentences write it: "3–7.5 s".
+std::string stretchText(double from, double to);
 
 } // namespace framewright

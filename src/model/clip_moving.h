@@ -1,0 +1,52 @@
+#pragma once
+
+#include "model/clip_placing.h"
+#include "model/outcome.h"
+#include "model/project.h"
+
+#include <optional>
+#include <span>
+
+namespace framewright {
+
+/// Moves a clip to start at `time`, on its own track or on another of the same kind.
+///
+/// On a free track it lands at the nearest spot that holds it. On a magnetic track it is taken
+/// out, the others close up, and it goes between the two where its start comes nearest to `time`:
+/// a move there reorders. What it left on a magnetic track closes up too.
+///
+/// Refused when the clip or track is gone, either track is locked, or the kinds differ: "A
+/// placeholder stays on its kind of track." for a placeholder, else in the words of `place`.
+Outcome<Placed> moveClip(Project project, Id const& clipID, double time,
+                         std::optional<Id> const& toTrack = std::nullopt);
+
+/// How far nudged clips went.
+struct Nudged {
+    Project project;
+    double by =
+        0; ///< Seconds; less than asked where a neighbour or the start of the piece is near.
+};
+
+/// Moves clips of free tracks by `seconds`, together and keeping their distances, up to the
+/// nearest obstacle: a clip that is not one of them, or time 0. They never jump over a clip.
+///
+/// Refused when a clip is gone or its track locked; on a magnetic track with "Clips on a magnetic
+/// track are ordered, not positioned. Drag to reorder, or make the track free."; and with "No room
+/// to nudge." when they touch the obstacle already.
+Outcome<Nudged> nudgeClips(Project project, std::span<Id const> clipIDs, double seconds);
+
+/// What a removal took away.
+struct Removed {
+    Project project;
+    bool closedGap = false; ///< Whether later clips of a magnetic track moved back.
+};
+
+/// Deletes a clip. On a magnetic track the clips after it move back by its length.
+///
+/// Refused when the clip is gone or its track is locked.
+Outcome<Removed> removeClip(Project project, Id const& clipID);
+
+/// Deletes clips, all or none of them.
+Outcome<Removed> removeClips(Project project, std::span<Id const> clipIDs);
+
+} // namespace framewright

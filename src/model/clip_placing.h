@@ -1,0 +1,100 @@
+#pragma once
+
+#include "model/outcome.h"
+#include "model/project.h"
+
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace framewright {
+
+// Every operation here works on its own project: moved in, it copies nothing but what it changes.
+// A refused one has changed nothing. Ids of what is new come from the caller and must be unused.
+
+/// Where a clip came to stand.
+struct Placed {
+    Project project;
+    Id clipID;
+    Id trackID;
+    double at = 0;
+};
+
+/// Puts a clip on a track, as near to `time` as there is room.
+///
+/// On a free track nothing else moves: the clip takes the nearest gap that holds it. On a
+/// magnetic track it goes between two clips and those after it move right.
+///
+///     free       AAAA.BBBB...   CC at 4:   AAAA.BBBBCC.
+///     magnetic   AAAABBBB       CC at 4:   AAAACCBBBB
+///
+/// The clip brings its id, source range and everything else but its start. Media must be in the
+/// project's assets already.
+///
+/// Refused when the track is gone, locked or of a kind that does not hold such a clip, when the
+/// clip is shorter than 0.1 s or plays past its file, and when there is no room before latestTime.
+Outcome<Placed> place(Project project, Clip clip, Id const& trackID, double time);
+
+/// The track that new clips of a kind go to: the preferred one when it is of that kind and not
+/// locked, else the topmost unlocked one of the kind; nothing when there is none.
+std::optional<Id> preferredTrack(Project const& project, TrackKind kind,
+                                 std::optional<Id> const& preferring = std::nullopt);
+
+/// A stand-in for footage that does not exist yet.
+struct NewPlaceholder {
+    Id id;
+    std::string name;
+    std::optional<std::string> note; ///< What should fill the slot.
+    double length = 3;
+    std::optional<Id> trackID;  ///< Else the topmost unlocked video track.
+    std::optional<double> time; ///< Else the end of the track.
+};
+
+/// Lays a placeholder on a video or audio track.
+///
+/// Refused as `place`; on other tracks with "Placeholders go on video or audio tracks.", and
+/// without any video track with "Add a video track first."
+Outcome<Placed> addPlaceholder(Project project, NewPlaceholder const& placeholder);
+
+/// What a command did to several clips: the new clips, in the order their originals were given.
+struct PlacedClips {
+    Project project;
+    std::vector<Id> clipIDs;
+    std::vector<Id> addedTracks; ///< Tracks that had to be added to hold them.
+};
+
+/// Copies clips to right after themselves; `newIDs` names the copies, one for each of `clipIDs`.
+///
+/// The clips chosen on one track are copied as a group behind the last of them: on a magnetic
+/// track directly behind, moving later clips right; on a free track with the group's own spacing,
+/// each to the nearest spot that holds it.
+///
+///     magnetic   AABBCC     A and B:   AABBABCC with A, B of the same lengths: AABBAABBCC
+///     free       AA.BB.CC   A:         AA.BB.CCAA
+///
+/// Refused when a clip is gone or its track locked, and with "No room to duplicate".
+Outcome<PlacedClips> duplicateClips(Project project, std::span<Id const> clipIDs,
+                                    std::span<Id const> newIDs);
+
+/// A clip as it was copied, and the kind of track it stood on.
+struct CopiedClip {
+    Clip clip;
+    TrackKind kind = TrackKind::video;
+};
+
+/// Pastes copied clips at `time`.
+///
+/// Each goes to the preferred track of its kind, by the rules of `place`; where there is none, a
+/// new track of the kind is added, once for all clips of that kind. The first one goes to `time`,
+/// the others keep their distance to it.
+///
+/// `newIDs` names the pasted clips, one for each copied one; `newTrackIDs` the tracks that may have
+/// to be added: as many as there are kinds among the clips, more are ignored.
+///
+/// Refused with "No room to paste at the playhead."
+Outcome<PlacedClips> pasteClips(Project project, std::span<CopiedClip const> clips,
+                                std::optional<Id> const& preferring, double time,
+                                std::span<Id const> newIDs, std::span<Id const> newTrackIDs);
+
+} // namespace framewright

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "model/outcome.h"
+#include "model/project.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace framewright {
+
+// Settings of a clip, which move nothing. All are refused when the clip is gone or its track
+// locked.
+
+/// Applies a change to one clip, wherever it is.
+///
+/// Whatever `change` does to its id, its asset and its times is put back: those have operations
+/// of their own, which keep the rules of the track.
+Outcome<Project> updateClip(Project project, Id const& clipID,
+                            std::function<void(Clip&)> const& change);
+
+/// Sets the level, linear gain. Refused outside 0 to 1.5 and for texts.
+Outcome<Project> setClipVolume(Project project, Id const& clipID, float volume);
+
+/// Sets how the picture sits in the canvas.
+///
+/// Refused on tracks other than video ("Scale, offset and crop apply to clips on video tracks."),
+/// for a crop outside 0 to 0.45 and a scale that is not above 0.
+Outcome<Project> setClipTransform(Project project, Id const& clipID,
+                                  ClipTransform const& transform);
+
+/// Shows all of the picture again, fitted and centred.
+Outcome<Project> resetClipTransform(Project project, Id const& clipID);
+
+/// Refused for other clips with "Only placeholders can be renamed.", and for an empty name.
+Outcome<Project> renamePlaceholder(Project project, Id const& clipID, std::string const& name);
+
+/// Sets or removes the note on what should fill the slot.
+Outcome<Project> setPlaceholderNote(Project project, Id const& clipID,
+                                    std::optional<std::string> const& note);
+
+/// Sets the words of a text clip, their look and their place. Refused for clips without words.
+Outcome<Project> setClipText(Project project, Id const& clipID, TextOverlay const& text);
+
+} // namespace framewright

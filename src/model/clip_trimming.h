@@ -1,0 +1,70 @@
+#pragma once
+
+#include "model/outcome.h"
+#include "model/project.h"
+#include "model/track_rules.h"
+
+#include <optional>
+#include <string>
+
+namespace framewright {
+
+/// The two halves of a clip that was cut.
+struct SplitClip {
+    Project project;
+    Id firstID;  ///< The clip that was cut; it keeps its id and start.
+    Id secondID; ///< The new one behind it.
+};
+
+/// Whether a clip can be cut at a time: both parts would be at least 0.1 s long.
+bool canSplit(Clip const& clip, double time);
+
+/// Cuts a clip in two at a time. Neither part moves; both keep level, placement, name and words.
+///
+/// The clip is the preferred one when it is under the time, else the one of the fallback track
+/// that is. Refused when that track is locked, and with "Could not split there." when there is no
+/// clip there or a part would be shorter than 0.1 s.
+Outcome<SplitClip> split(Project project, std::optional<Id> const& preferring,
+                         std::optional<Id> const& fallbackTrack, double time, Id const& newID);
+
+/// New edges of a clip. `start` and `end` are timeline times, the source follows; `in` and `out`
+/// are source times, the timeline start stays. Those that are not given stay as they follow.
+struct Trim {
+    std::optional<double> start;
+    std::optional<double> end;
+    std::optional<double> in;
+    std::optional<double> out;
+};
+
+/// A trimmed clip, as it now stands.
+struct Trimmed {
+    Project project;
+    double start = 0;
+    double end = 0;
+    /// What a new start took from the head (less than 0: gave back), where the clip stays packed
+    /// on a magnetic track instead of starting there.
+    std::optional<double> headTrimmedBy;
+};
+
+/// "Magnetic track: the clip stays packed against its neighbors; its head was trimmed by 0.5 s."
+std::string packedNote(double headTrimmedBy);
+
+/// Moves the edges of a clip.
+///
+/// On a magnetic track the clips after it follow by the change of its length, and a new start trims
+/// its head where it stands. On a free track no other clip moves.
+///
+/// Refused when the clip is gone or its track locked, and when it would be shorter than 0.1 s,
+/// start before 0, play past its file ("The source only runs 0–12 s."), stand longer than 60 s as a
+/// photo, or overlap a neighbour of a free track ("That would overlap a neighbor; this clip can
+/// span 3–7.5 s.").
+Outcome<Trimmed> trimClip(Project project, Id const& clipID, Trim const& trim);
+
+/// Slides which part of its file a clip plays: its in-point becomes `sourceStart`, its place and
+/// length stay.
+///
+/// Refused when the clip is gone, its track locked or its file too short for it, and with "Only
+/// clips with a file have a range to slide." for placeholders, texts and photos.
+Outcome<Project> slipClip(Project project, Id const& clipID, double sourceStart);
+
+} // namespace framewright

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "model/outcome.h"
+#include "model/project.h"
+
+namespace framewright {
+
+/// Limits of the levels and placements an edit may set.
+inline constexpr float highestVolume =
+    1.5f; ///< Of a clip and of a track; 1 leaves the sound as it is.
+inline constexpr double deepestCrop = 0.45;    ///< Of the picture, per side.
+inline constexpr double largestScale = 100.0;  ///< 1 fits the canvas.
+inline constexpr double largestOffset = 100.0; ///< Of the canvas, either way.
+
+/// "Video 1 is locked. Unlock it from its header, panel or context menu to edit it."
+Refusal lockedRefusal(Track const& track);
+
+/// "No room on Audio 1 near 12 s."
+Refusal noRoomRefusal(Track const& track, double time);
+
+/// How long the file behind a clip runs; nothing for photos, placeholders and texts, which last as
+/// long as they are asked to.
+///
+/// Never less than what the clip plays already, so a file that probed shorter than it was cut does
+/// not refuse edits that leave its end alone.
+std::optional<double> sourceLength(Project const& project, Clip const& clip);
+
+/// The longest a clip may stand: 60 s for a photo, `latestTime` for placeholders and texts, what
+/// its file runs for others.
+double longestLength(Project const& project, Clip const& clip);
+
+/// Why a clip may not stand on a track of this kind, whatever its times; nothing when it may.
+///
+/// Video tracks hold video, photos and placeholders; audio tracks sound, the sound of video, and
+/// placeholders; text tracks texts. Subtitles tracks hold no clips.
+std::optional<Refusal> kindRefusal(Project const& project, Clip const& clip, Track const& track);
+
+/// Why a clip's own times may not stand: shorter than 0.1 s, a source range outside its file, a
+/// photo longer than 60 s; nothing when they may. Where it stands on the timeline is not looked at.
+std::optional<Refusal> rangeRefusal(Project const& project, Clip const& clip);
+
+/// What a clip is called in sentences: its placeholder's name, its words, or its file's name.
+std::string clipName(Project const& project, Clip const& clip);
+
+} // namespace framewright

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "model/track.h"
+
+#include <cstddef>
+#include <optional>
+
+namespace framewright {
+
+/// A stretch of the timeline, [from, to).
+struct Stretch {
+    double from = 0;
+    double to = 0; ///< Infinite where nothing bounds it.
+
+    bool operator==(Stretch const&) const = default;
+};
+
+/// Where a clip of `length` can start on a free track, as near to `near` as there is room.
+///
+/// Gaps run between the clips, from 0 up to `limit`, or without end. A gap too short by no more
+/// than timeTolerance still holds it. Of two starts equally near the earlier gap's wins. Nothing
+/// when no gap holds it, or when the nearest start would end past the limit.
+///
+/// The clip `excluding` counts as absent: a clip that moves does not stand in its own way.
+std::optional<double> freeStart(Track const& track, double length, double near,
+                                std::optional<Id> const& excluding = std::nullopt,
+                                std::optional<double> limit = std::nullopt);
+
+/// What the clip at `index` of a free track may span without touching its neighbours: from the end
+/// of what stands before it to the start of what comes after.
+Stretch freeStretch(Track const& track, std::size_t index);
+
+/// Where in the list of a magnetic track a clip goes that is put at `time`: before the first clip
+/// whose middle is later, else at the end.
+std::size_t insertionIndex(Track const& track, double time);
+
+/// Puts the clips of an edited track in order: packed edge to edge from 0 on a magnetic track, in
+/// the order of the list; sorted by start on a free one. A track in order is not copied.
+void normalize(Track& track);
+
+/// The clips for changing, with room for `more`: what is added costs no second copy.
+std::vector<Clip>& editableClips(Track& track, std::size_t more = 0);
+
+} // namespace framewright

@@ -1,0 +1,1 @@
+#include "platform/atomic_file.h"

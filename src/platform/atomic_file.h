@@ -1,0 +1,31 @@
+#pragma once
+
+#include "platform/file_error.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <limits>
+#include <string>
+#include <string_view>
+
+namespace framewright {
+
+/// Makes `bytes` the whole content of `file`, at one stroke: whoever reads it, at any moment and
+/// also after a crash or a power cut, finds the old content or the new one, never a part.
+///
+/// The bytes go into a hidden file beside it, to the disk, and then under its name. A file that is
+/// there keeps its permissions; a new one gets the usual ones. Through a symbolic link the file
+/// it leads to is written, and the link stays. Hidden files that a killed writer of the same file
+/// left behind are removed once they are an hour old.
+///
+/// Throws FileError when it can't, with the old content in place and nothing left over; also when
+/// the file is write-protected or is not a regular file. Blocks until the disk has the bytes. May
+/// be called from any thread; of two writers of one file the later wins whole.
+void writeFileAtomically(std::filesystem::path const& file, std::string_view bytes);
+
+/// The bytes of a regular file, at most `limit` of them. Throws FileError: `missing`,
+/// `notRegular`, `unreadable` or `tooLarge`. Never waits for a pipe or a device.
+std::string readFile(std::filesystem::path const& file,
+                     std::uintmax_t limit = std::numeric_limits<std::uintmax_t>::max());
+
+} // namespace framewright

@@ -1,0 +1,1 @@
+#include "platform/user_defaults.h"

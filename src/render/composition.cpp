@@ -1,0 +1,39 @@
+#include "render/composition.h"
+
+#include <algorithm>
+
+namespace framewright {
+
+CompositionSegment const* CompositionTrack::segmentAt(MediaTime time) const
+{
+    auto const next = std::ranges::upper_bound(
+        segments, time, {}, [](CompositionSegment const& segment) { return segment.timeRange.start; });
+    if (next == segments.begin())
+        return nullptr;
+    CompositionSegment const& segment = *std::prev(next);
+    return time < segment.timeRange.end ? &segment : nullptr;
+}
+
+std::vector<CompositionTrackID> CompositorInstruction::requiredSourceTrackIDs() const
+{
+    std::vector<CompositionTrackID> ids;
+    for (Layer const& layer : layers)
+        ids.push_back(layer.trackID);
+    return ids;
+}
+
+std::size_t VideoComposition::instructionIndexAt(MediaTime time) const
+{
+    auto const next =
+        std::ranges::upper_bound(instructions, time, {}, [](CompositorInstruction const& instruction) {
+            return instruction.timeRange.start;
+        });
+    return next == instructions.begin() ? 0 : std::size_t(next - instructions.begin()) - 1;
+}
+
+CompositionTrack const* BuiltComposition::track(CompositionTrackID id) const
+{
+    return id >= 1 && std::size_t(id) <= tracks.size() ? &tracks[std::size_t(id) - 1] : nullptr;
+}
+
+} // namespace framewright

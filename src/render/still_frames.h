@@ -1,0 +1,51 @@
+#pragma once
+
+#include "model/project.h"
+#include "render/asset_store.h"
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace framewright {
+
+/// A picture for the screen: 8-bit red, green, blue, in rows without padding, sRGB.
+struct RGBImage {
+    int width = 0;
+    int height = 0;
+    std::vector<std::uint8_t> pixels;
+
+    std::uint8_t const* row(int y) const { return pixels.data() + std::size_t(y) * width * 3; }
+};
+
+/// The image as the bytes of a PNG file, compressed for speed rather than for size.
+std::vector<std::uint8_t> pngFile(RGBImage const& image);
+
+/// Single pictures of projects.
+///
+/// It keeps the decoders it used last open, so the next picture of the same footage comes fast. A
+/// file that was changed since is opened anew. Any thread may call; calls wait for each other, and
+/// each blocks while it decodes, so never call it on the main thread.
+class StillFrames {
+public:
+    explicit StillFrames(int openReaders = 8);
+    ~StillFrames();
+
+    /// The picture of the piece at `time` seconds, `width` pixels wide, in the shape of the canvas
+    /// with an even height. At or after the end it is the last frame; an empty project is black.
+    /// Throws MediaError, which names the clip and the file that cannot be read.
+    RGBImage image(Project const& project, AssetStore const& assets, double time, int width);
+
+    /// The same as a PNG file.
+    std::vector<std::uint8_t> png(Project const& project, AssetStore const& assets, double time,
+                                  int width);
+
+    /// Closes all decoders that are kept open.
+    void closeReaders();
+
+private:
+    class Impl;
+    std::unique_ptr<Impl> m_impl;
+};
+
+} // namespace framewright

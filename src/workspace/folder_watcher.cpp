@@ -1,0 +1,1 @@
+#include "workspace/folder_watcher.h"

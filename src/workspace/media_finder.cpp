@@ -1,0 +1,1 @@
+#include "workspace/media_finder.h"

@@ -1,0 +1,1 @@
+#include "workspace/project_folders.h"
