@@ -2,8 +2,15 @@
 
 #include "editor/project_file.h"
 #include "editor/undo_history.h"
+#include "media/media_info.h"
+#include "model/clip_moving.h"
+#include "model/clip_placing.h"
+#include "model/clip_replacing.h"
+#include "model/clip_sound.h"
+#include "model/clip_trimming.h"
 #include "model/outcome.h"
 #include "model/project.h"
+#include "model/track_editing.h"
 #include "platform/user_defaults.h"
 #include "render/asset_store.h"
 
@@ -14,7 +21,8 @@
 #include <chrono>
 #include <filesystem>
 #include <optional>
-#include <set>
+#include <map>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -78,6 +86,9 @@ public:
     /// Registers files without placing them, as one step. Gives the assets in the files' order.
     std::vector<MediaAsset> importFiles(std::vector<Imported> const& files);
 
+    /// The project with a file's asset in it, for an edit that places it in the same step.
+    Project withAsset(Imported const& file);
+
     // Editing ----------------------------------------------------------------------------------
 
     /// The one way to change the open project.
@@ -91,6 +102,45 @@ public:
 
     void seek(double time);
     void select(std::optional<Id> clip);
+
+    // Clips. Each is one step under the name of its menu command; a refused one changes nothing.
+
+    /// Places a new clip; `project` is the open one, or that with a file's asset added.
+    Outcome<Placed> addClip(Project project, Clip clip, Id const& trackID, double time);
+    Outcome<Placed> addPlaceholder(NewPlaceholder const& placeholder);
+    Outcome<SplitClip> splitClip(std::optional<Id> const& clipID,
+                                 std::optional<Id> const& fallbackTrack, double time);
+    Outcome<Trimmed> trimClip(Id const& clipID, Trim const& trim);
+    Outcome<Placed> moveClip(Id const& clipID, double time, std::optional<Id> const& toTrack);
+    Outcome<Project> slipClip(Id const& clipID, double sourceStart);
+    Outcome<Removed> removeClips(std::span<Id const> clipIDs);
+    Outcome<PlacedClips> duplicateClips(std::span<Id const> clipIDs);
+    Outcome<Nudged> nudgeClips(std::span<Id const> clipIDs, double seconds);
+    Outcome<DetachedAudio> detachAudio(Id const& clipID);
+
+    enum class Fill { leaveRest, withPlaceholder };
+    /// `project` is the open one, or that with a file's asset added.
+    Outcome<Replaced> replaceClip(Project project, Id const& clipID, Replacement const& with,
+                                  Fill fill);
+
+    /// What a command changes about a clip; what is not given stays. One step for all of it.
+    struct ClipChanges {
+        std::optional<float> volume;
+        std::optional<ClipTransform> transform;
+        std::optional<std::string> placeholderName;
+    };
+    Outcome<Project> changeClip(Id const& clipID, ClipChanges const& changes);
+
+    void copyClips(std::span<Id const> clipIDs);
+    Outcome<PlacedClips> paste();
+
+    // Tracks
+
+    Outcome<Id> addTrack(NewTrack track);
+    Outcome<Project> removeTrack(Id const& trackID);
+    Outcome<Project> moveTrack(Id const& trackID, int offset);
+    Outcome<Project> changeTrack(Id const& trackID, TrackChanges const& changes);
+    void changeAspect(AspectPreset aspect);
 
     // Files ------------------------------------------------------------------------------------
 
@@ -113,16 +163,19 @@ signals:
     void dirtyChanged(bool isDirty);
     void errorMessageChanged();
     void saved();
+    void assetsWereLoaded();
 
 private:
+    template <class Edit>
+    Outcome<Edit> carryOut(Outcome<Edit> edit, std::string const& actionName,
+                           std::optional<double> seekTo = std::nullopt);
     void setProject(Project project, std::optional<double> seekTo, Rebuild rebuild);
     void reconcileSelection();
     void setDirty(bool isDirty);
     void setErrorMessage(std::string message);
 
     void adopt(ReadProject read, std::filesystem::path const& file);
-    void loadAssets();
-    void addLoaded(MediaAsset const& asset, LoadedAsset loaded);
+    QCoro::Task<void> loadAssets();
 
     void scheduleSave();
     QCoro::Task<bool> saveWorkspaceProject();
@@ -143,6 +196,7 @@ private:
     double m_currentTime = 0;
     std::optional<Id> m_selectedClip;
     std::optional<Id> m_activeTrack;
+    std::vector<CopiedClip> m_copied;
     std::string m_errorMessage;
 
     AssetStore m_assets;

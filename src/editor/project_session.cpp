@@ -3,6 +3,10 @@
 #include "editor/app_state.h"
 #include "editor/worker_task.h"
 
+#include "model/file_url.h"
+
+#include <QCoro/QCoroSignal>
+
 #include <algorithm>
 
 namespace framewright {

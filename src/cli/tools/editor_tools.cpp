@@ -1,0 +1,41 @@
+#include "cli/tools/editor_tools.h"
+
+#include <iterator>
+
+namespace framewright {
+
+Project const& EditorReferences::project() const
+{
+    requireProject(m_editor);
+    return m_editor.project();
+}
+
+double EditorReferences::playhead() const
+{
+    return m_editor.currentTime();
+}
+
+double EditorReferences::timelineEnd() const
+{
+    return m_editor.project().videoDuration();
+}
+
+std::vector<Tool> allTools(EditorTools tools)
+{
+    std::vector<Tool> all;
+    for (auto* const family : {readingTools, projectTools, trackTools, clipTools, clipChangingTools,
+                               viewTools}) {
+        std::vector<Tool> more = family(tools);
+        std::ranges::move(more, std::back_inserter(all));
+    }
+    return all;
+}
+
+void requireProject(AppState const& editor)
+{
+    if (!editor.isOpen())
+        throw ToolError("No project is open. Start one with project_new or open one with "
+                        "project_open.");
+}
+
+} // namespace framewright

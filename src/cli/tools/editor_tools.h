@@ -1,0 +1,49 @@
+#pragma once
+
+#include "cli/reference_context.h"
+#include "cli/tool.h"
+#include "editor/app_state.h"
+#include "editor/export_session.h"
+#include "render/still_frames.h"
+
+#include <functional>
+#include <vector>
+
+namespace framewright {
+
+/// What the commands work with. All of it outlives them.
+struct EditorTools {
+    AppState& editor;
+    ExportSession& exports;
+    StillFrames& stills;
+    std::function<void()> quit; ///< Ends the editor soon after it returns.
+};
+
+/// The names that commands use for things, understood against the open project.
+class EditorReferences : public ReferenceContext {
+public:
+    explicit EditorReferences(AppState const& editor) : m_editor(editor) {}
+
+    Project const& project() const override;
+    double playhead() const override;
+    double timelineEnd() const override;
+
+private:
+    AppState const& m_editor;
+};
+
+/// Every command, in the order of the help.
+std::vector<Tool> allTools(EditorTools tools);
+
+// Its families.
+std::vector<Tool> readingTools(EditorTools tools);
+std::vector<Tool> projectTools(EditorTools tools);
+std::vector<Tool> trackTools(EditorTools tools);
+std::vector<Tool> clipTools(EditorTools tools);
+std::vector<Tool> clipChangingTools(EditorTools tools);
+std::vector<Tool> viewTools(EditorTools tools);
+
+/// Throws ToolError when no project is open.
+void requireProject(AppState const& editor);
+
+} // namespace framewright

@@ -1,0 +1,121 @@
+// Commands that look and change nothing.
+
+#include "cli/references.h"
+#include "cli/tools/editor_tools.h"
+#include "cli/tools/json_views.h"
+#include "editor/worker_task.h"
+#include "workspace/workspace.h"
+
+namespace framewright {
+
+using Json = nlohmann::json;
+
+namespace {
+
+Param<TrackRef> const oneTrack{"track", optionalParam};
+Param<FilePath> const path{"path", "Absolute path of a video, photo or audio file."};
+
+Json projectSummary(AppState const& editor)
+{
+    Project const& project = editor.project();
+    Json tracks = Json::array();
+    for (Track const& track : project.tracks)
+        tracks.push_back(trackSummaryJSON(project, track));
+    Json json = {{"name", editor.projectName()},
+                 {"canvas", ratioName(project.aspect)},
+                 {"duration", rounded(project.videoDuration())},
+                 {"assets", project.assets->size()},
+                 {"saved", !editor.isDirty()},
+                 {"tracks", std::move(tracks)}};
+    if (editor.projectFile())
+        json["path"] = validUtf8(editor.projectFile()->string());
+    if (project.brief)
+        json["brief"] = *project.brief;
+    return json;
+}
+
+Json statusJSON(AppState& editor)
+{
+    Json json = {{"version", FRAMEWRIGHT_VERSION}};
+    if (auto const folder = Workspace::url(editor.defaults())) {
+        json["workspace"] = validUtf8(folder->string());
+        if (!Workspace::isWorkspace(*folder))
+            json["workspaceProblem"] = validUtf8(Workspace::openable(*folder).refusal());
+    } else {
+        json["workspace"] = nullptr;
+    }
+    if (!editor.isOpen()) {
+        json["project"] = nullptr;
+        return json;
+    }
+    json["project"] = projectSummary(editor);
+    json["playhead"] = rounded(editor.currentTime());
+    if (editor.selectedClip())
+        json["selected"] = clipJSON(editor.project(), *editor.selectedClip());
+    if (auto const name = editor.history().undoName())
+        json["undo"] = *name;
+    if (auto const name = editor.history().redoName())
+        json["redo"] = *name;
+    if (Json missing = missingMediaJSON(editor); !missing.empty())
+        json["missing"] = std::move(missing);
+    if (!editor.unknownKeys().empty())
+        json["unknownKeys"] = editor.unknownKeys();
+    if (!editor.errorMessage().empty())
+        json["problem"] = validUtf8(editor.errorMessage());
+    return json;
+}
+
+} // namespace
+
+std::vector<Tool> readingTools(EditorTools tools)
+{
+    AppState& editor = tools.editor;
+    return {
+        {
+            .name = "status",
+            .description = "The workspace, the open project and its tracks in short. Start here.",
+            .params = {},
+            .action = [&editor](ToolArgs) -> Task<ToolResult> {
+                co_await editor.assetsLoaded();
+                co_return ToolResult::json(statusJSON(editor));
+            },
+        },
+        {
+            .name = "timeline",
+            .description = "The tracks with their clips and refs (optionally one track).",
+            .params = {oneTrack},
+            .action = [&editor](ToolArgs args) {
+                requireProject(editor);
+                if (auto const id = args.find(oneTrack))
+                    return ToolResult::json(
+                        trackJSON(editor.project(), *editor.project().track(*id)));
+                return ToolResult::json(timelineJSON(editor));
+            },
+        },
+        {
+            .name = "media",
+            .description = "The project's media assets.",
+            .params = {},
+            .action = [&editor](ToolArgs) -> Task<ToolResult> {
+                requireProject(editor);
+                co_await editor.assetsLoaded();
+                Json assets = Json::array();
+                for (auto const& [id, asset] : *editor.project().assets)
+                    assets.push_back(assetJSON(editor, asset));
+                co_return ToolResult::json(assets);
+            },
+        },
+        {
+            .name = "probe",
+            .description = "One file's facts: kind, length, size, sound. It is not imported.",
+            .params = {path},
+            .action = [](ToolArgs args) -> Task<ToolResult> {
+                std::filesystem::path const file = args[path];
+                MediaInfo const info = co_await onWorker([file] { return probeMedia(file); });
+                co_return ToolResult::json(mediaInfoJSON(info));
+            },
+        },
+    };
+}
+
+} // namespace framewright

@@ -1,0 +1,137 @@
+// The media of an AppState's project: looking into files, registering them, opening them again.
+
+#include "editor/app_state.h"
+#include "editor/worker_task.h"
+
+#include "media/media_error.h"
+#include "model/file_url.h"
+
+#include <QCoro/QCoroSignal>
+
+#include <algorithm>
+#include <variant>
+
+namespace framewright {
+
+namespace {
+
+/// What is found behind an asset when its project is opened.
+struct OpenedAsset {
+    Id id;
+    std::variant<LoadedAsset, std::string> result; ///< Or the sentence that says why not.
+};
+
+OpenedAsset openAsset(MediaAsset const& asset)
+{
+    std::filesystem::path const file = asset.playbackURL.path;
+    try {
+        return {asset.id, loadedAsset(file, probeMedia(file))};
+    } catch (std::exception const& error) {
+        return {asset.id, std::string(error.what())};
+    }
+}
+
+} // namespace
+
+QCoro::Task<AppState::Imported> AppState::inspect(std::filesystem::path file)
+{
+    // The project's own entry serves for a file it has already, however the path was written.
+    struct Found {
+        std::filesystem::path file;
+        MediaInfo info;
+    };
+    Found const found = co_await onWorker([file]() -> Found {
+        MediaInfo const info = probeMedia(file);
+        return {std::filesystem::canonical(file), info};
+    });
+
+    LoadedAsset loaded = loadedAsset(found.file, found.info);
+    for (auto const& [id, asset] : *m_project.assets) {
+        if (asset.url.path == found.file.string())
+            co_return Imported{asset, std::move(loaded), false};
+    }
+    MediaAsset asset;
+    asset.id = Id::random();
+    asset.url.path = found.file.string();
+    asset.playbackURL = asset.url;
+    asset.kind = found.info.kind;
+    asset.duration = found.info.duration;
+    asset.displayName = validUtf8(found.file.filename().string());
+    co_return Imported{std::move(asset), std::move(loaded), true};
+}
+
+std::vector<MediaAsset> AppState::importFiles(std::vector<Imported> const& files)
+{
+    Project project = m_project;
+    std::vector<MediaAsset> assets;
+    for (Imported const& file : files) {
+        // The same file may have been given twice.
+        auto const twin = std::ranges::find_if(*project.assets, [&](auto const& entry) {
+            return entry.second.url == file.asset.url;
+        });
+        if (twin != project.assets->end()) {
+            assets.push_back(twin->second);
+            continue;
+        }
+        project.assets.edit()[file.asset.id] = file.asset;
+        m_assets.insert(file.asset.id, file.loaded);
+        assets.push_back(file.asset);
+    }
+    if (!(project == m_project))
+        commit(std::move(project), "Import Media", std::nullopt, Rebuild::no);
+    return assets;
+}
+
+Project AppState::withAsset(Imported const& file)
+{
+    Project project = m_project;
+    m_assets.insert(file.asset.id, file.loaded);
+    m_assetProblems.erase(file.asset.id);
+    if (file.isNew)
+        project.assets.edit()[file.asset.id] = file.asset;
+    return project;
+}
+
+QCoro::Task<void> AppState::loadAssets()
+{
+    auto const round = ++m_loadingRound;
+    m_assetProblems.clear();
+    m_isLoadingAssets = true;
+    std::vector<MediaAsset> assets;
+    for (auto const& [id, asset] : *m_project.assets)
+        assets.push_back(asset);
+
+    std::vector<OpenedAsset> const opened = co_await onWorker([assets] {
+        std::vector<OpenedAsset> all;
+        for (MediaAsset const& asset : assets)
+            all.push_back(openAsset(asset));
+        return all;
+    });
+
+    // Another project, or another state of this one, may have been opened meanwhile.
+    if (round != m_loadingRound)
+        co_return;
+    for (OpenedAsset const& asset : opened) {
+        if (auto const* const loaded = std::get_if<LoadedAsset>(&asset.result))
+            m_assets.insert(asset.id, *loaded);
+        else
+            m_assetProblems[asset.id] = std::get<std::string>(asset.result);
+    }
+    m_isLoadingAssets = false;
+    emit compositionOutdated();
+    emit assetsWereLoaded();
+}
+
+QCoro::Task<void> AppState::assetsLoaded()
+{
+    while (m_isLoadingAssets)
+        co_await qCoro(this, &AppState::assetsWereLoaded);
+}
+
+std::optional<std::string> AppState::assetProblem(Id const& id) const
+{
+    auto const found = m_assetProblems.find(id);
+    return found == m_assetProblems.end() ? std::nullopt : std::optional(found->second);
+}
+
+} // namespace framewright
