@@ -45,10 +45,10 @@ std::optional<Id> preferredTrack(Project const& project, TrackKind kind,
 struct NewPlaceholder {
     Id id;
     std::string name;
-    std::optional<std::string> note; ///< What should fill the slot.
+    std::optional<std::string> note = {}; ///< What should fill the slot.
     double length = 3;
-    std::optional<Id> trackID;  ///< Else the topmost unlocked video track.
-    std::optional<double> time; ///< Else the end of the track.
+    std::optional<Id> trackID = {};  ///< Else the topmost unlocked video track.
+    std::optional<double> time = {}; ///< Else the end of the track.
 };
 
 /// Lays a placeholder on a video or audio track.
@@ -57,7 +57,7 @@ struct NewPlaceholder {
 /// without any video track with "Add a video track first."
 Outcome<Placed> addPlaceholder(Project project, NewPlaceholder const& placeholder);
 
-/// What a command did to several clips: the new clips, in the order their originals were given.
+/// Several new clips, in the order their originals were given.
 struct PlacedClips {
     Project project;
     std::vector<Id> clipIDs;
@@ -68,10 +68,11 @@ struct PlacedClips {
 ///
 /// The clips chosen on one track are copied as a group behind the last of them: on a magnetic
 /// track directly behind, moving later clips right; on a free track with the group's own spacing,
-/// each to the nearest spot that holds it.
+/// to the nearest gap that holds it.
 ///
-///     magnetic   AABBCC     A and B:   AABBABCC with A, B of the same lengths: AABBAABBCC
-///     free       AA.BB.CC   A:         AA.BB.CCAA
+///     magnetic   AABCC         A and B:   AABAABCC
+///     free       AA.BB.CC...   A:         AA.BB.CCAA.
+///     free       A.B...CC      A and B:   A.BA.BCC
 ///
 /// Refused when a clip is gone or its track locked, and with "No room to duplicate".
 Outcome<PlacedClips> duplicateClips(Project project, std::span<Id const> clipIDs,
@@ -85,14 +86,14 @@ struct CopiedClip {
 
 /// Pastes copied clips at `time`.
 ///
-/// Each goes to the preferred track of its kind, by the rules of `place`; where there is none, a
-/// new track of the kind is added, once for all clips of that kind. The first one goes to `time`,
-/// the others keep their distance to it.
+/// Those of a kind go together to the preferred track of that kind, with their own spacing, by the
+/// rules of `place`; where there is none, a new track is added. The first clip of all is asked to
+/// go to `time`, later ones as much later as they were.
 ///
 /// `newIDs` names the pasted clips, one for each copied one; `newTrackIDs` the tracks that may have
-/// to be added: as many as there are kinds among the clips, more are ignored.
+/// to be added: one for each kind among the clips will do.
 ///
-/// Refused with "No room to paste at the playhead."
+/// Refused as `place`, without room with "No room to paste at the playhead."
 Outcome<PlacedClips> pasteClips(Project project, std::span<CopiedClip const> clips,
                                 std::optional<Id> const& preferring, double time,
                                 std::span<Id const> newIDs, std::span<Id const> newTrackIDs);

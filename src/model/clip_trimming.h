@@ -30,10 +30,10 @@ Outcome<SplitClip> split(Project project, std::optional<Id> const& preferring,
 /// New edges of a clip. `start` and `end` are timeline times, the source follows; `in` and `out`
 /// are source times, the timeline start stays. Those that are not given stay as they follow.
 struct Trim {
-    std::optional<double> start;
-    std::optional<double> end;
-    std::optional<double> in;
-    std::optional<double> out;
+    std::optional<double> start = {};
+    std::optional<double> end = {};
+    std::optional<double> in = {};
+    std::optional<double> out = {};
 };
 
 /// A trimmed clip, as it now stands.
@@ -43,7 +43,7 @@ struct Trimmed {
     double end = 0;
     /// What a new start took from the head (less than 0: gave back), where the clip stays packed
     /// on a magnetic track instead of starting there.
-    std::optional<double> headTrimmedBy;
+    std::optional<double> headTrimmedBy = {};
 };
 
 /// "Magnetic track: the clip stays packed against its neighbors; its head was trimmed by 0.5 s."
@@ -63,8 +63,8 @@ Outcome<Trimmed> trimClip(Project project, Id const& clipID, Trim const& trim);
 /// Slides which part of its file a clip plays: its in-point becomes `sourceStart`, its place and
 /// length stay.
 ///
-/// Refused when the clip is gone, its track locked or its file too short for it, and with "Only
-/// clips with a file have a range to slide." for placeholders, texts and photos.
+/// Refused when the clip is gone, its track locked or its file too short for it, for photos, and
+/// with "Only clips with a file have a range to slide." for placeholders and texts.
 Outcome<Project> slipClip(Project project, Id const& clipID, double sourceStart);
 
 } // namespace framewright

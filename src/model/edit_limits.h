@@ -19,15 +19,8 @@ Refusal lockedRefusal(Track const& track);
 Refusal noRoomRefusal(Track const& track, double time);
 
 /// How long the file behind a clip runs; nothing for photos, placeholders and texts, which last as
-/// long as they are asked to.
-///
-/// Never less than what the clip plays already, so a file that probed shorter than it was cut does
-/// not refuse edits that leave its end alone.
+/// long as they are asked to. 0 when the project does not know the file.
 std::optional<double> sourceLength(Project const& project, Clip const& clip);
-
-/// The longest a clip may stand: 60 s for a photo, `latestTime` for placeholders and texts, what
-/// its file runs for others.
-double longestLength(Project const& project, Clip const& clip);
 
 /// Why a clip may not stand on a track of this kind, whatever its times; nothing when it may.
 ///
@@ -37,7 +30,11 @@ std::optional<Refusal> kindRefusal(Project const& project, Clip const& clip, Tra
 
 /// Why a clip's own times may not stand: shorter than 0.1 s, a source range outside its file, a
 /// photo longer than 60 s; nothing when they may. Where it stands on the timeline is not looked at.
-std::optional<Refusal> rangeRefusal(Project const& project, Clip const& clip);
+///
+/// `playedBefore` is how far into its file the clip played before the edit: a file that probed
+/// shorter than it was cut must not refuse edits that leave its end alone.
+std::optional<Refusal> rangeRefusal(Project const& project, Clip const& clip,
+                                    double playedBefore = 0);
 
 /// What a clip is called in sentences: its placeholder's name, its words, or its file's name.
 std::string clipName(Project const& project, Clip const& clip);

@@ -22,10 +22,13 @@ public:
     /// The value for changing. References taken before from any copy keep the old value.
     T& edit()
     {
-        if (m_value.use_count() != 1)
+        if (!isOnlyCopy())
             m_value = std::make_shared<T>(*m_value);
         return const_cast<T&>(*m_value);
     }
+
+    /// Whether no other copy shares the value, so that `edit` copies nothing.
+    bool isOnlyCopy() const { return m_value.use_count() == 1; }
 
     /// Whether both are copies of one value that neither has changed since.
     bool isSameAs(Shared const& other) const { return m_value == other.m_value; }

@@ -18,13 +18,16 @@ inline constexpr double longestPhotoLength = 60.0;
 /// mistyped time would make a picture of days. Seconds.
 inline constexpr double latestTime = 1'000'000.0;
 
-/// Whether a clip of this length is too short to stand on a track.
-constexpr bool isTooShort(double length) { return length < minimumClipLength - timeTolerance; }
+/// Whether a clip of this length is too short to stand on a track. What is not a number is.
+constexpr bool isTooShort(double length)
+{
+    return !(length >= minimumClipLength - timeTolerance);
+}
 
 /// Seconds as sentences write them, to the millisecond and no longer than needed: "12.4 s", "3 s".
 std::string secondsText(double seconds);
 
-/// A stretch as sentences write it: "3–7.5 s".
+/// A stretch as sentences write it: "3–7.5 s"; "3 s onwards" when `to` is infinite.
 std::string stretchText(double from, double to);
 
 } // namespace framewright

@@ -19,10 +19,10 @@ enum class TrackPlace {
 struct NewTrack {
     Id id;
     TrackKind kind = TrackKind::video;
-    std::optional<std::string> name; ///< Else "Video 2": the kind and the next free number.
-    std::optional<bool> isMagnetic;  ///< Else only for the first video track.
+    std::optional<std::string> name = {}; ///< Else "Video 2": the kind and the next free number.
+    std::optional<bool> isMagnetic = {};  ///< Else only for the first video track.
     TrackPlace place = TrackPlace::usual;
-    std::optional<std::size_t> index; ///< Exactly there, up to the end, whatever `place` says.
+    std::optional<std::size_t> index = {}; ///< Exactly there, up to the end, whatever `place` says.
 };
 
 /// Adds a track without clips. The first audio track of a project ducks, as in a new project.
@@ -45,15 +45,15 @@ Outcome<Project> moveTrack(Project project, Id const& trackID, int offset);
 
 /// Settings to change together; what is not given stays.
 struct TrackChanges {
-    std::optional<std::string> name;
-    std::optional<bool> isMagnetic;
-    std::optional<bool> isLocked;
-    std::optional<bool> isHidden; ///< Not for audio tracks.
-    std::optional<bool> isMuted;  ///< This and the next two: video and audio tracks.
-    std::optional<bool> isSolo;
-    std::optional<float> volume;   ///< 0 to 1.5.
-    std::optional<bool> ducks;     ///< Audio tracks only.
-    std::optional<double> opacity; ///< Video tracks only, 0 to 1.
+    std::optional<std::string> name = {};
+    std::optional<bool> isMagnetic = {};
+    std::optional<bool> isLocked = {};
+    std::optional<bool> isHidden = {}; ///< Not for audio tracks.
+    std::optional<bool> isMuted = {};  ///< This and the next two: video and audio tracks.
+    std::optional<bool> isSolo = {};
+    std::optional<float> volume = {};   ///< 0 to 1.5.
+    std::optional<bool> ducks = {};     ///< Audio tracks only.
+    std::optional<double> opacity = {}; ///< Video tracks only, 0 to 1.
 };
 
 /// Changes settings of a track, all or none of them.

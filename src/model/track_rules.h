@@ -41,4 +41,20 @@ void normalize(Track& track);
 /// The clips for changing, with room for `more`: what is added costs no second copy.
 std::vector<Clip>& editableClips(Track& track, std::size_t more = 0);
 
+/// Puts clips on a track as one group, its first clip as near to `time` as there is room, and
+/// returns where that landed. On a free track the group keeps its spacing and takes the nearest gap
+/// that holds all of it; on a magnetic one its clips go in side by side.
+///
+/// The group is in time order and not empty; what overlaps in it is pushed apart. Nothing, and the
+/// track unchanged, when there is no room before latestTime.
+std::optional<double> insertGroup(Track& track, std::vector<Clip> group, double time);
+
+/// The same, on a magnetic track, at a place in its list.
+std::optional<double> insertGroupAt(Track& track, std::vector<Clip> group, std::size_t index);
+
+/// Moves the clip at `index` of a track to the nearest place for it to start at `time`: on a free
+/// track where its length fits, on a magnetic one between others, which close up first. Returns
+/// where it landed; nothing, and the track unchanged, when there is no room before latestTime.
+std::optional<double> moveWithin(Track& track, std::size_t index, double time);
+
 } // namespace framewright

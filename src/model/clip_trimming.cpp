@@ -1,0 +1,173 @@
+#include "model/clip_trimming.h"
+
+#include "model/clip_lookup.h"
+#include "model/edit_limits.h"
+#include "model/time_rules.h"
+
+#include <algorithm>
+
+namespace framewright {
+
+namespace {
+
+/// The clip to cut: the preferred one when it is under the time, else the fallback track's there.
+std::optional<ClipSpot> clipToSplit(Project& project, std::optional<Id> const& preferring,
+                                    std::optional<Id> const& fallbackTrack, double time)
+{
+    auto const spotWhere = [](Track& track, auto isWanted) -> std::optional<ClipSpot> {
+        auto const found = std::ranges::find_if(*track.clips, isWanted);
+        if (found == track.clips->end())
+            return std::nullopt;
+        return ClipSpot{&track, std::size_t(found - track.clips->begin())};
+    };
+    if (preferring) {
+        for (Track& track : project.tracks) {
+            auto const spot = spotWhere(track, [&](Clip const& clip) {
+                return clip.id == *preferring && clip.covers(time);
+            });
+            if (spot)
+                return spot;
+        }
+    }
+    Track* const fallback = fallbackTrack ? project.track(*fallbackTrack) : nullptr;
+    if (!fallback)
+        return std::nullopt;
+    return spotWhere(*fallback, [&](Clip const& clip) { return clip.covers(time); });
+}
+
+/// The clip with its new edges, at the start they ask for.
+Clip trimmed(Clip clip, Trim const& trim)
+{
+    double const oldStart = clip.timelineStart;
+    double const oldIn = clip.sourceStart;
+    clip.timelineStart = trim.start.value_or(oldStart);
+    clip.sourceStart = trim.in.value_or(oldIn + (clip.timelineStart - oldStart));
+    if (trim.out)
+        clip.sourceEnd = *trim.out;
+    else if (trim.end)
+        clip.sourceEnd = clip.sourceStart + (*trim.end - clip.timelineStart);
+    return clip;
+}
+
+/// What plays no file has no beginning to run into: a head that grows shifts the range instead.
+void shiftToSourceStart(Clip& clip)
+{
+    if (clip.sourceStart < 0) {
+        clip.sourceEnd -= clip.sourceStart;
+        clip.sourceStart = 0;
+    }
+}
+
+std::optional<Refusal> placeRefusal(Track const& track, std::size_t index, Clip const& clip)
+{
+    double const growth = clip.length() - (*track.clips)[index].length();
+    double const end = track.isMagnetic ? track.end() + growth : clip.end();
+    if (growth > 0 && !(end <= latestTime))
+        return Refusal{"The timeline only goes to " + secondsText(latestTime) + "."};
+    if (track.isMagnetic)
+        return std::nullopt;
+    Stretch const free = freeStretch(track, index);
+    if (clip.timelineStart < free.from - timeTolerance || clip.end() > free.to + timeTolerance)
+        return Refusal{"That would overlap a neighbor; this clip can span " +
+                       stretchText(free.from, free.to) + "."};
+    return std::nullopt;
+}
+
+} // namespace
+
+bool canSplit(Clip const& clip, double time)
+{
+    double const offset = time - clip.timelineStart;
+    return !isTooShort(offset) && !isTooShort(clip.length() - offset);
+}
+
+Outcome<SplitClip> split(Project project, std::optional<Id> const& preferring,
+                         std::optional<Id> const& fallbackTrack, double time, Id const& newID)
+{
+    auto const spot = clipToSplit(project, preferring, fallbackTrack, time);
+    if (!spot)
+        return Refusal{"Could not split there."};
+    if (spot->track->isLocked)
+        return lockedRefusal(*spot->track);
+    if (!canSplit(spot->clip(), time))
+        return Refusal{"Could not split there."};
+
+    std::vector<Clip>& clips = editableClips(*spot->track, 1);
+    Clip& first = clips[spot->index];
+    Clip second = first;
+    double const offset = time - first.timelineStart;
+    first.sourceEnd = first.sourceStart + offset;
+    second.id = newID;
+    second.sourceStart += offset;
+    second.timelineStart += offset;
+    Id const firstID = first.id;
+    clips.insert(clips.begin() + std::ptrdiff_t(spot->index) + 1, std::move(second));
+    return SplitClip{std::move(project), firstID, newID};
+}
+
+std::string packedNote(double headTrimmedBy)
+{
+    return "Magnetic track: the clip stays packed against its neighbors; its head was trimmed by " +
+           secondsText(headTrimmedBy) + ".";
+}
+
+Outcome<Trimmed> trimClip(Project project, Id const& clipID, Trim const& trim)
+{
+    if (!trim.start && !trim.end && !trim.in && !trim.out)
+        return Refusal{"Give start, end, in or out."};
+    if (trim.end && trim.out)
+        return Refusal{"Give end or out, not both."};
+    auto const spot = editableClip(project, clipID);
+    if (!spot)
+        return Refusal{spot.refusal()};
+    Clip const& before = spot->clip();
+    Track& track = *spot->track;
+
+    Clip after = trimmed(before, trim);
+    if (!(after.timelineStart >= -timeTolerance))
+        return Refusal{"The clip cannot start before 0."};
+    after.timelineStart = std::max(0.0, after.timelineStart);
+    double const headTrimmedBy = after.sourceStart - before.sourceStart;
+    if (!trim.in && !sourceLength(project, before))
+        shiftToSourceStart(after);
+    if (auto refusal = rangeRefusal(project, after, before.sourceEnd))
+        return *refusal;
+    after.sourceStart = std::max(0.0, after.sourceStart);
+    if (auto refusal = placeRefusal(track, spot->index, after))
+        return *refusal;
+
+    spot->edit() = after;
+    normalize(track);
+    Clip const& placed = track.isMagnetic ? spot->clip() : after;
+    Trimmed result{{}, placed.timelineStart, placed.end(), std::nullopt};
+    if (track.isMagnetic && trim.start)
+        result.headTrimmedBy = headTrimmedBy;
+    result.project = std::move(project);
+    return result;
+}
+
+Outcome<Project> slipClip(Project project, Id const& clipID, double sourceStart)
+{
+    auto const spot = editableClip(project, clipID);
+    if (!spot)
+        return Refusal{spot.refusal()};
+    Clip const& clip = spot->clip();
+    if (!clip.hasMedia())
+        return Refusal{"Only clips with a file have a range to slide."};
+    auto const runs = sourceLength(project, clip);
+    if (!runs)
+        return Refusal{"A photo shows the same picture throughout; there is nothing to slide."};
+
+    double const last = std::max(*runs, clip.sourceEnd);
+    double const latestIn = last - clip.length();
+    if (!(sourceStart >= -timeTolerance && sourceStart <= latestIn + timeTolerance))
+        return Refusal{"The source only runs " + stretchText(0, last) +
+                       "; this clip can begin at " + stretchText(0, latestIn) + " of it."};
+    Clip& edited = spot->edit();
+    double const length = edited.length();
+    edited.sourceStart = std::clamp(sourceStart, 0.0, std::max(0.0, latestIn));
+    edited.sourceEnd = edited.sourceStart + length;
+    return project;
+}
+
+} // namespace framewright
