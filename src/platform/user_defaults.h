@@ -19,14 +19,14 @@ public:
 
     explicit UserDefaults(std::filesystem::path file);
 
-    /// Nothing when the key is absent or its value is of another type.
+    /// Nothing when the key is absent or its value is of another type. Of a file that is damaged
+    /// what can be read is read.
     std::optional<std::string> string(std::string const& key) const;
     std::optional<std::vector<std::string>> strings(std::string const& key) const;
     std::optional<double> number(std::string const& key) const;
     std::optional<bool> flag(std::string const& key) const;
 
-    /// These throw FileError when the file can't be written, or holds something that is not a
-    /// settings file; then it stays as it is.
+    /// These throw FileError when the file can't be written or is damaged; then it stays as it is.
     void setString(std::string const& key, std::string const& value);
     void setStrings(std::string const& key, std::vector<std::string> const& values);
     void setNumber(std::string const& key, double value);

@@ -23,8 +23,8 @@ struct MediaWanted {
 ///
 /// Looks first at the path beside the project, so that a workspace that moved as a whole takes its
 /// own files and not the ones it was copied from; then at the URL; then for a file of the same
-/// name in the media folders. Of several such files it takes the one of the known size, and none
-/// when that does not decide: a wrong file is worse than a missing one.
+/// name in the media folders, and of the same size where that is known. When several fit it finds
+/// none: a wrong file is worse than a missing one.
 ///
 /// The media folders are walked once, when first needed: hidden folders and links to folders are
 /// passed over, at most 16 levels and 100,000 entries. Blocks while it walks; one thread.

@@ -1,1 +1,269 @@
 #include "workspace/project_folders.h"
+
+#include "model/file_url.h"
+#include "platform/file_error.h"
+#include "platform/paths.h"
+#include "workspace/workspace.h"
+#include "workspace/workspace_messages.h"
+
+#include <QFile>
+#include <QString>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <system_error>
+#include <tuple>
+
+#include <unistd.h>
+
+namespace framewright {
+
+namespace {
+
+using Path = std::filesystem::path;
+
+constexpr std::size_t longestName = 200;
+
+[[noreturn]] void fail(Path const& place, std::string const& doing, std::error_code const& error)
+{
+    throw WorkspaceError(validUtf8(FileError::fromWriting(place, doing, error.value()).what()));
+}
+
+bool isHidden(Path const& entry)
+{
+    return entry.filename().string().starts_with('.');
+}
+
+QString lowerCased(std::string const& name)
+{
+    return QString::fromStdString(name).toLower();
+}
+
+/// A project's folder without a slash at its end, so that its name is its last part.
+Path namedFolder(Path const& folder)
+{
+    return folder.has_filename() ? folder : folder.parent_path();
+}
+
+void requireFolder(Path const& folder)
+{
+    std::error_code error;
+    if (!std::filesystem::is_directory(folder, error))
+        throw WorkspaceError(WorkspaceMessage::gone(folder));
+}
+
+ProjectListing listing(Path const& folder)
+{
+    ProjectListing project{.name = validUtf8(folder.filename().string()), .folder = folder};
+    std::error_code error;
+    Path const document = Workspace::projectFile(folder);
+    project.hasDocument = std::filesystem::is_regular_file(document, error);
+    project.hasThumbnail =
+        std::filesystem::is_regular_file(Workspace::thumbnailFile(folder), error);
+    project.modified =
+        std::filesystem::last_write_time(project.hasDocument ? document : folder, error);
+    return project;
+}
+
+/// A folder's copy in the making: hidden until it is whole, removed again if it never is.
+class StagedCopy {
+public:
+    explicit StagedCopy(Path const& target)
+    {
+        removeLeftovers(target.parent_path());
+        static std::atomic<int> count = 0;
+        m_folder = target.parent_path() / (std::string(nameStart) + std::to_string(::getpid()) +
+                                           "-" + std::to_string(++count));
+        std::error_code error;
+        if (!std::filesystem::create_directory(m_folder, error))
+            fail(target, "created", error);
+    }
+    ~StagedCopy()
+    {
+        std::error_code error;
+        std::filesystem::remove_all(m_folder, error);
+    }
+    StagedCopy(StagedCopy const&) = delete;
+    StagedCopy& operator=(StagedCopy const&) = delete;
+
+    void take(Path const& entry)
+    {
+        using std::filesystem::copy_options;
+        std::error_code error;
+        std::filesystem::copy(entry, m_folder / entry.filename(),
+                              copy_options::recursive | copy_options::copy_symlinks, error);
+        if (error)
+            fail(entry, "copied", error);
+    }
+
+    void appearAs(Path const& target)
+    {
+        std::error_code error;
+        std::filesystem::rename(m_folder, target, error);
+        if (error)
+            fail(target, "created", error);
+    }
+
+private:
+    static constexpr std::string_view nameStart = ".framewright-copy-";
+
+    /// Copies of media are large: those whose makers were killed must not lie there for good.
+    static void removeLeftovers(Path const& projects)
+    {
+        std::error_code error;
+        for (std::filesystem::directory_iterator entry(projects, error), end;
+             !error && entry != end; entry.increment(error)) {
+            std::string const name = entry->path().filename().string();
+            if (!name.starts_with(nameStart))
+                continue;
+            int const maker = std::atoi(name.c_str() + nameStart.size());
+            std::error_code stays;
+            if (maker > 0 && ::kill(maker, 0) != 0 && errno == ESRCH)
+                std::filesystem::remove_all(entry->path(), stays);
+        }
+    }
+
+    Path m_folder;
+};
+
+Path freeFolder(Path const& projects, std::string const& name)
+{
+    return projects / Workspace::uniqueName(name, projects);
+}
+
+} // namespace
+
+std::vector<ProjectListing> listProjects(Path const& workspace)
+{
+    std::vector<ProjectListing> projects;
+    Path const folder = Workspace::projectsFolder(workspace);
+    std::error_code error;
+    for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
+         entry.increment(error)) {
+        std::error_code unreadable;
+        if (!isHidden(entry->path()) && entry->is_directory(unreadable))
+            projects.push_back(listing(entry->path()));
+    }
+    if (error && error != std::errc::no_such_file_or_directory)
+        fail(folder, "listed", error);
+    std::ranges::sort(projects, [](ProjectListing const& a, ProjectListing const& b) {
+        return std::tie(b.modified, a.name) < std::tie(a.modified, b.name);
+    });
+    return projects;
+}
+
+Outcome<std::string> validProjectName(std::string_view name)
+{
+    if (!isValidUtf8(name))
+        return Refusal{WorkspaceMessage::unusableName(name, "it is not UTF-8 text.")};
+    QString const text = QString::fromUtf8(name.data(), qsizetype(name.size())).trimmed();
+    std::string const usable = text.toStdString();
+    if (usable.empty())
+        return Refusal{WorkspaceMessage::emptyName};
+    auto const isControl = [](QChar c) {
+        return c.category() == QChar::Other_Control || c.category() == QChar::Separator_Line ||
+               c.category() == QChar::Separator_Paragraph;
+    };
+    if (std::any_of(text.begin(), text.end(), isControl)) {
+        QString shown = text;
+        std::replace_if(shown.begin(), shown.end(), isControl, QChar(QChar::ReplacementCharacter));
+        return Refusal{
+            WorkspaceMessage::unusableName(shown.toStdString(), "it holds a control character.")};
+    }
+    if (usable.find('/') != std::string::npos)
+        return Refusal{WorkspaceMessage::unusableName(usable, "it holds a slash.")};
+    if (usable.starts_with('.'))
+        return Refusal{WorkspaceMessage::unusableName(usable, "it begins with a dot.")};
+    if (usable.size() > longestName)
+        return Refusal{WorkspaceMessage::unusableName(text.left(40).toStdString() + "…",
+                                                      "it is longer than " +
+                                                          std::to_string(longestName) + " bytes.")};
+    return usable;
+}
+
+Outcome<Path> createProjectFolder(Path const& workspace, std::string_view name)
+{
+    auto const usable = validProjectName(name);
+    if (!usable)
+        return Refusal{usable.refusal()};
+    Path const projects = Workspace::projectsFolder(workspace);
+    try {
+        ensureFolder(projects);
+    } catch (FileError const& error) {
+        throw WorkspaceError(validUtf8(error.what()));
+    }
+    for (;;) {
+        Path const folder = freeFolder(projects, *usable);
+        std::error_code error;
+        if (std::filesystem::create_directory(folder, error))
+            return folder;
+        if (error)
+            fail(folder, "created", error);
+        // Somebody else has just made it; the next number may still be free.
+    }
+}
+
+Outcome<Path> renameProject(Path const& project, std::string_view name)
+{
+    Path const folder = namedFolder(project);
+    auto const usable = validProjectName(name);
+    if (!usable)
+        return Refusal{usable.refusal()};
+    Path const target = folder.parent_path() / *usable;
+    if (target == folder)
+        return folder;
+    requireFolder(folder);
+    // Its own name may change in case alone; any other one that is alike clashes.
+    std::error_code error;
+    bool const isOwn = lowerCased(*usable) == lowerCased(folder.filename().string());
+    bool const isAnother = std::filesystem::exists(target, error) &&
+                           !std::filesystem::equivalent(target, folder, error);
+    if (isAnother || (!isOwn && freeFolder(folder.parent_path(), *usable) != target))
+        return Refusal{WorkspaceMessage::projectNameTaken(*usable)};
+    std::filesystem::rename(folder, target, error);
+    if (error)
+        fail(folder, "renamed", error);
+    return target;
+}
+
+Outcome<Path> duplicateProject(Path const& project)
+{
+    return duplicateProject(project, namedFolder(project).filename().string());
+}
+
+Outcome<Path> duplicateProject(Path const& project, std::string_view name)
+{
+    Path const folder = namedFolder(project);
+    auto const usable = validProjectName(name);
+    if (!usable)
+        return Refusal{usable.refusal()};
+    requireFolder(folder);
+    Path const target = freeFolder(folder.parent_path(), *usable);
+    StagedCopy copy(target);
+    std::error_code error;
+    for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
+         entry.increment(error)) {
+        if (!isHidden(entry->path()) && entry->path() != Workspace::exportsFolder(folder))
+            copy.take(entry->path());
+    }
+    if (error)
+        fail(folder, "copied", error);
+    copy.appearAs(target);
+    return target;
+}
+
+Path trashProject(Path const& project)
+{
+    Path const folder = namedFolder(project);
+    requireFolder(folder);
+    QFile entry(QFile::decodeName(folder.c_str()));
+    if (!entry.moveToTrash())
+        throw WorkspaceError(
+            WorkspaceMessage::couldNotBeTrashed(folder, entry.errorString().toStdString()));
+    return Path(QFile::encodeName(entry.fileName()).toStdString());
+}
+
+} // namespace framewright

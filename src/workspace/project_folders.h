@@ -14,8 +14,8 @@ namespace framewright {
 struct ProjectListing {
     std::string name; ///< The folder's name; what of it is not UTF-8 replaced by U+FFFD.
     std::filesystem::path folder;
-    std::filesystem::file_time_type modified; ///< Of project.json, else of the folder.
-    bool hasDocument = false;                 ///< Whether there is a project.json in it.
+    std::filesystem::file_time_type modified{}; ///< Of project.json, else of the folder.
+    bool hasDocument = false;                   ///< Whether there is a project.json in it.
     bool hasThumbnail = false;
 };
 

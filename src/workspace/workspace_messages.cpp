@@ -1,1 +1,67 @@
 #include "workspace/workspace_messages.h"
+
+#include "model/file_url.h"
+
+namespace framewright::WorkspaceMessage {
+
+namespace {
+
+std::string quoted(std::string_view name)
+{
+    return "“" + validUtf8(name) + "”";
+}
+
+/// The name a user knows a folder by, also of a path with a slash at its end.
+std::string folderName(std::filesystem::path const& folder)
+{
+    return (folder.has_filename() ? folder : folder.parent_path()).filename().string();
+}
+
+} // namespace
+
+std::string nameTaken(std::string_view name)
+{
+    return "A folder named " + quoted(name) +
+           " is already there and isn't a workspace. Pick another name or place.";
+}
+
+std::string notAWorkspace(std::filesystem::path const& folder)
+{
+    return quoted(folderName(folder)) + " isn't a workspace.";
+}
+
+std::string gone(std::filesystem::path const& folder)
+{
+    return validUtf8(folder.string()) +
+           " is not there. It may have been moved, renamed or deleted.";
+}
+
+std::string couldNotBeOpened(std::filesystem::path const& folder, std::string_view why)
+{
+    return "The workspace at " + validUtf8(folder.string()) +
+           " could not be opened: " + validUtf8(why);
+}
+
+std::string invalidProject(std::string_view projectName)
+{
+    return validUtf8(projectName) +
+           "'s project.json on disk is not a valid project; the app keeps its own copy.";
+}
+
+std::string projectNameTaken(std::string_view name)
+{
+    return "A project named " + quoted(name) + " is already there. Pick another name.";
+}
+
+std::string couldNotBeTrashed(std::filesystem::path const& projectFolder, std::string_view why)
+{
+    return quoted(folderName(projectFolder)) +
+           " could not be moved to the trash and stays where it is: " + validUtf8(why) + ".";
+}
+
+std::string unusableName(std::string_view name, std::string_view why)
+{
+    return quoted(name) + " can't be a name: " + std::string(why);
+}
+
+} // namespace framewright::WorkspaceMessage

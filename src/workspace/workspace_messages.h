@@ -15,6 +15,7 @@ inline constexpr char offerToCreate[] =
     "and a guide for Claude Code.";
 inline constexpr char createButton[] = "Create Workspace";
 inline constexpr char noWorkspace[] = "Set up a workspace folder first.";
+inline constexpr char emptyName[] = "A name can't be empty.";
 
 std::string nameTaken(std::string_view name);
 std::string notAWorkspace(std::filesystem::path const& folder);
@@ -22,6 +23,8 @@ std::string gone(std::filesystem::path const& folder);
 std::string couldNotBeOpened(std::filesystem::path const& folder, std::string_view why);
 std::string invalidProject(std::string_view projectName);
 std::string projectNameTaken(std::string_view name);
+std::string couldNotBeTrashed(std::filesystem::path const& projectFolder, std::string_view why);
+std::string unusableName(std::string_view name, std::string_view why);
 
 } // namespace WorkspaceMessage
 
