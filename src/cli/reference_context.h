@@ -1,0 +1,20 @@
+#pragma once
+
+#include "model/project.h"
+
+namespace framewright {
+
+/// What the words of a command are understood against: "v1:2", "end", "playhead".
+///
+/// The editor implements it. Asked on the main thread, at the moment an option is read.
+class ReferenceContext {
+public:
+    virtual ~ReferenceContext() = default;
+
+    /// The open project. Throws ToolError when there is none.
+    virtual Project const& project() const = 0;
+    virtual double playhead() const = 0;
+    virtual double timelineEnd() const = 0;
+};
+
+} // namespace framewright

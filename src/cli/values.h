@@ -1,0 +1,34 @@
+#pragma once
+
+#include "model/aspect_preset.h"
+#include "model/style.h"
+
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace framewright {
+
+/// A decimal number that is the whole text ("-.5", "1e3", "007"). Nothing for any other text, and
+/// for numbers that a double can't hold: no infinity, no hexadecimal, no blanks.
+std::optional<double> parseNumber(std::string_view text);
+
+/// A number, or "m:ss.ss". Seconds.
+std::optional<double> parseSeconds(std::string_view text);
+
+/// "#RRGGBB" or "#RRGGBBAA". Throws ToolError for anything else.
+RGBAColor parseColor(std::string_view text);
+
+/// "#RRGGBBAA", upper case.
+std::string formatColor(RGBAColor const& color);
+
+/// "9:16", "16:9", "1:1" or "4:5". Throws ToolError for anything else.
+AspectPreset parseCanvas(std::string_view text);
+
+/// The saved look of this name, in any case. Throws ToolError naming those there are; `what` is
+/// what they are called, in the singular: "text favorite".
+CaptionStyle const& favorite(std::span<CaptionStyle const> styles, std::string_view name,
+                             std::string_view what);
+
+} // namespace framewright
