@@ -151,6 +151,10 @@ public:
     /// open stays open.
     QCoro::Task<void> openProject(std::filesystem::path file);
 
+    /// Opens the project that was open when the editor last ran. Blocks; for the start, before there
+    /// is anybody to wait. When it can't be opened, none is, and `errorMessage` says why.
+    void reopenLastProject();
+
     /// Saves now, when there is something to save. False when it failed; see `errorMessage`.
     QCoro::Task<bool> saveNow();
 

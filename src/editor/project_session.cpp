@@ -42,6 +42,21 @@ QCoro::Task<void> AppState::openProject(std::filesystem::path file)
     adopt(std::move(read), file);
 }
 
+void AppState::reopenLastProject()
+{
+    auto const path = m_defaults.string(openProjectKey);
+    if (!path)
+        return;
+    auto const url = FileURL::parse(*path);
+    if (!url)
+        return;
+    try {
+        adopt(readProject(url->path), url->path);
+    } catch (ProjectFileError const& error) {
+        setErrorMessage(error.what());
+    }
+}
+
 void AppState::adopt(ReadProject read, std::filesystem::path const& file)
 {
     m_saveTimer.stop();
@@ -58,7 +73,8 @@ void AppState::adopt(ReadProject read, std::filesystem::path const& file)
     setErrorMessage({});
     setDirty(false);
     reconcileSelection();
-    m_defaults.setString(openProjectKey, file.string());
+    // As a URL: settings are text, and a path may be any bytes.
+    m_defaults.setString(openProjectKey, FileURL{file.string()}.text());
     loadAssets();
     emit compositionOutdated();
     emit projectChanged();

@@ -4,6 +4,7 @@
 #include "cli/tools/clip_results.h"
 #include "cli/tools/editor_tools.h"
 #include "cli/tools/json_views.h"
+#include "model/time_rules.h"
 
 namespace framewright {
 

@@ -2,6 +2,7 @@
 
 #include "cli/references.h"
 #include "cli/tools/json_views.h"
+#include "model/time_rules.h"
 
 #include <cmath>
 

@@ -3,6 +3,7 @@
 #include "cli/references.h"
 #include "cli/tools/editor_tools.h"
 #include "cli/tools/json_views.h"
+#include "model/time_rules.h"
 #include "editor/worker_task.h"
 #include "workspace/workspace.h"
 

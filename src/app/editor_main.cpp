@@ -1,0 +1,112 @@
+// The editor, as the thin executable loads it.
+
+#include "cli/ready_signal.h"
+#include "cli/server.h"
+#include "cli/tools/editor_tools.h"
+#include "editor/app_state.h"
+#include "editor/export_session.h"
+#include "platform/user_defaults.h"
+#include "render/still_frames.h"
+
+#include <QGuiApplication>
+#include <QSocketNotifier>
+#include <QThreadPool>
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <sys/signalfd.h>
+#include <unistd.h>
+
+namespace framewright {
+
+namespace {
+
+/// Turns the signals that ask a process to end into an event of the main loop.
+class EndSignals {
+public:
+    /// Before there are threads: they inherit what is blocked here.
+    EndSignals()
+    {
+        sigemptyset(&m_signals);
+        for (int const number : {SIGTERM, SIGINT, SIGHUP})
+            sigaddset(&m_signals, number);
+        sigprocmask(SIG_BLOCK, &m_signals, nullptr);
+        m_descriptor = signalfd(-1, &m_signals, SFD_CLOEXEC | SFD_NONBLOCK);
+    }
+    ~EndSignals()
+    {
+        if (m_descriptor >= 0)
+            close(m_descriptor);
+    }
+    EndSignals(EndSignals const&) = delete;
+    EndSignals& operator=(EndSignals const&) = delete;
+
+    int descriptor() const { return m_descriptor; }
+
+private:
+    sigset_t m_signals;
+    int m_descriptor = -1;
+};
+
+int runEditor(int argc, char** argv)
+{
+    EndSignals const endSignals;
+    std::signal(SIGPIPE, SIG_IGN);
+    ReadySignal ready = ReadySignal::take();
+
+    // There is no window yet, so no display is asked for, even where there is one.
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QGuiApplication app(argc, argv);
+    QGuiApplication::setApplicationName(QStringLiteral("Framewright"));
+
+    UserDefaults defaults = UserDefaults::ofUser();
+    AppState editor(defaults);
+    ExportSession exports(editor);
+    StillFrames stills;
+    EditorReferences const references(editor);
+    Toolbox const toolbox(
+        allTools({editor, exports, stills,
+                  [] { QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection); }}),
+        references);
+
+    CLIServer server(toolbox);
+    if (!std::getenv("FRAMEWRIGHT_NO_CLI")) {
+        try {
+            server.start();
+        } catch (CLISocket::SocketError const& error) {
+            if (error.cause == CLISocket::SocketError::Cause::alreadyRunning) {
+                std::fprintf(stderr, "Framewright is already running.\n");
+                return 1;
+            }
+            std::fprintf(stderr, "Command-line socket not opened: %s\n", error.what());
+        }
+    }
+    // Requests wait in the socket until the loop below runs, so none sees half a project.
+    editor.reopenLastProject();
+    ready.announce();
+
+    QSocketNotifier ending(endSignals.descriptor(), QSocketNotifier::Read);
+    QObject::connect(&ending, &QSocketNotifier::activated, &app, &QCoreApplication::quit);
+    int const status = QGuiApplication::exec();
+
+    server.stop();
+    if (!editor.saveBeforeQuitting())
+        std::fprintf(stderr, "%s\n", editor.errorMessage().c_str());
+    QThreadPool::globalInstance()->waitForDone();
+    return status;
+}
+
+} // namespace
+
+} // namespace framewright
+
+extern "C" int framewrightEditorMain(int argc, char** argv)
+{
+    try {
+        return framewright::runEditor(argc, argv);
+    } catch (std::exception const& error) {
+        std::fprintf(stderr, "Framewright could not start: %s\n", error.what());
+        return 1;
+    }
+}
