@@ -27,14 +27,23 @@ FileError::Cause writingCause(int errorNumber)
     }
 }
 
+std::string sentence(std::string const& file, std::string const& doing, std::string const& why)
+{
+    std::string text = "“";
+    text += file;
+    text += "” could not be ";
+    text += doing;
+    text += ": ";
+    text += why;
+    text += '.';
+    return text;
+}
+
 } // namespace
 
 FileError::FileError(Cause errorCause, std::filesystem::path const& file, std::string const& doing,
                      std::string const& why)
-    : std::runtime_error(std::string("“").append(file).append("” could not be ") + doing + ": " +
-                         why + "."),
-      cause(errorCause),
-      reason(why)
+    : std::runtime_error(sentence(file.string(), doing, why)), cause(errorCause), reason(why)
 {
 }
 

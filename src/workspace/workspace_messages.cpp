@@ -6,7 +6,7 @@ namespace framewright::WorkspaceMessage {
 
 namespace {
 
-std::string quoted(std::string_view name)
+std::string inQuotes(std::string_view name)
 {
     return "“" + validUtf8(name) + "”";
 }
@@ -21,13 +21,13 @@ std::string folderName(std::filesystem::path const& folder)
 
 std::string nameTaken(std::string_view name)
 {
-    return "A folder named " + quoted(name) +
+    return "A folder named " + inQuotes(name) +
            " is already there and isn't a workspace. Pick another name or place.";
 }
 
 std::string notAWorkspace(std::filesystem::path const& folder)
 {
-    return quoted(folderName(folder)) + " isn't a workspace.";
+    return inQuotes(folderName(folder)) + " isn't a workspace.";
 }
 
 std::string gone(std::filesystem::path const& folder)
@@ -50,18 +50,18 @@ std::string invalidProject(std::string_view projectName)
 
 std::string projectNameTaken(std::string_view name)
 {
-    return "A project named " + quoted(name) + " is already there. Pick another name.";
+    return "A project named " + inQuotes(name) + " is already there. Pick another name.";
 }
 
 std::string couldNotBeTrashed(std::filesystem::path const& projectFolder, std::string_view why)
 {
-    return quoted(folderName(projectFolder)) +
+    return inQuotes(folderName(projectFolder)) +
            " could not be moved to the trash and stays where it is: " + validUtf8(why) + ".";
 }
 
 std::string unusableName(std::string_view name, std::string_view why)
 {
-    return quoted(name) + " can't be a name: " + std::string(why);
+    return inQuotes(name) + " can't be a name: " + std::string(why);
 }
 
 } // namespace framewright::WorkspaceMessage
