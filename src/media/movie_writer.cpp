@@ -1,0 +1,110 @@
+#include "media/movie_writer.h"
+
+#include "media/av_handles.h"
+#include "media/encoding.h"
+#include "media/media_failure.h"
+#include "media/mp4_file.h"
+#include "media/pixel_format.h"
+#include "media/sound_stream.h"
+
+#include <cassert>
+#include <stdexcept>
+
+namespace framewright {
+
+namespace {
+
+/// The picture alone: no marks of the file it may come from, which would change how it is coded.
+FrameHandle plainReference(Frame const& frame, std::int64_t time)
+{
+    auto reference = made<FrameHandle>(av_frame_clone(frame.av()));
+    while (reference->nb_side_data > 0)
+        av_frame_remove_side_data(reference.get(), reference->side_data[0]->type);
+    reference->pts = time;
+    reference->pict_type = AV_PICTURE_TYPE_NONE;
+    reference->interlaced_frame = 0;
+    reference->repeat_pict = 0;
+    return reference;
+}
+
+} // namespace
+
+class MovieWriter::Impl {
+public:
+    Impl(std::filesystem::path const& file, MovieSettings const& settings)
+        : m_path(file),
+          m_picture(openPictureEncoder(settings, file)),
+          m_file(file),
+          m_pictureStream(m_file.addStream(*m_picture)),
+          m_sound(settings.audioBitRate, m_file, file),
+          m_packet(newPacket())
+    {
+        m_file.begin();
+    }
+
+    void writeFrame(Frame const& frame)
+    {
+        if (frame.width() != m_picture->width || frame.height() != m_picture->height ||
+            formatOf(frame.layout()) != m_picture->pix_fmt)
+            throw std::invalid_argument("The picture is not of the movie's size and layout.");
+        encode(plainReference(frame, m_frameCount).get());
+        ++m_frameCount;
+    }
+
+    void writeSound(std::span<float const> interleaved) { m_sound.write(interleaved); }
+
+    void finish()
+    {
+        encode(nullptr);
+        m_sound.finish();
+        m_file.finish();
+    }
+
+private:
+    /// Null to write out what the encoder holds back.
+    void encode(AVFrame const* frame)
+    {
+        forgetLibraryMessages();
+        int result = avcodec_send_frame(m_picture.get(), frame);
+        while (result >= 0) {
+            result = avcodec_receive_packet(m_picture.get(), m_packet.get());
+            if (result == AVERROR(EAGAIN) || result == AVERROR_EOF)
+                return;
+            if (result >= 0)
+                m_file.write(*m_packet, *m_pictureStream, *m_picture);
+        }
+        throw libraryFailure(m_path, "written", result);
+    }
+
+    std::filesystem::path m_path;
+    CodecHandle m_picture;
+    Mp4File m_file;
+    AVStream* m_pictureStream;
+    SoundStream m_sound;
+    PacketHandle m_packet;
+    std::int64_t m_frameCount = 0;
+};
+
+MovieWriter::MovieWriter(std::filesystem::path const& file, MovieSettings const& settings)
+    : m_impl(std::make_unique<Impl>(file, settings))
+{
+}
+
+MovieWriter::~MovieWriter() = default;
+
+void MovieWriter::writeFrame(Frame const& frame)
+{
+    m_impl->writeFrame(frame);
+}
+
+void MovieWriter::writeSound(std::span<float const> interleaved)
+{
+    m_impl->writeSound(interleaved);
+}
+
+void MovieWriter::finish()
+{
+    m_impl->finish();
+}
+
+} // namespace framewright

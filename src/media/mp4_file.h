@@ -1,0 +1,52 @@
+#pragma once
+
+#include "media/av_handles.h"
+#include "media/descriptor.h"
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+namespace framewright {
+
+/// An MP4 being written: encoded streams go into a hidden file beside the target, which takes
+/// the target's place when it is complete. Destroyed before `finish` it leaves nothing.
+class Mp4File {
+public:
+    /// Throws MediaError when no file can be made there.
+    explicit Mp4File(std::filesystem::path const& target);
+    ~Mp4File();
+    Mp4File(Mp4File const&) = delete;
+    Mp4File& operator=(Mp4File const&) = delete;
+
+    /// Adds a stream of what `encoder` makes. All streams are added before `begin`.
+    AVStream* addStream(AVCodecContext const& encoder);
+
+    void begin();
+
+    /// Writes a packet of `encoder`, whose times it counts in. Takes the packet's content.
+    void write(AVPacket& packet, AVStream const& stream, AVCodecContext const& encoder);
+
+    /// Moves the index to the front, flushes to disk and takes the target's place.
+    void finish();
+
+private:
+    struct CloseFormat {
+        void operator()(AVFormatContext* format) const { avformat_free_context(format); }
+    };
+
+    static int openForReading(AVFormatContext* format, AVIOContext** io, char const*, int flags,
+                              AVDictionary**);
+    static int closeReading(AVFormatContext* format, AVIOContext*);
+
+    void check(int result);
+
+    std::filesystem::path m_target;
+    std::filesystem::path m_hidden; ///< Empty once it has taken the target's place.
+    Descriptor m_file;
+    std::optional<DescriptorIO> m_io;
+    std::optional<DescriptorIO> m_reading; ///< While the index is being moved.
+    std::unique_ptr<AVFormatContext, CloseFormat> m_format;
+};
+
+} // namespace framewright
