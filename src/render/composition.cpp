@@ -6,8 +6,10 @@ namespace framewright {
 
 CompositionSegment const* CompositionTrack::segmentAt(MediaTime time) const
 {
-    auto const next = std::ranges::upper_bound(
-        segments, time, {}, [](CompositionSegment const& segment) { return segment.timeRange.start; });
+    auto const next =
+        std::ranges::upper_bound(segments, time, {}, [](CompositionSegment const& segment) {
+            return segment.timeRange.start;
+        });
     if (next == segments.begin())
         return nullptr;
     CompositionSegment const& segment = *std::prev(next);
@@ -24,10 +26,9 @@ std::vector<CompositionTrackID> CompositorInstruction::requiredSourceTrackIDs() 
 
 std::size_t VideoComposition::instructionIndexAt(MediaTime time) const
 {
-    auto const next =
-        std::ranges::upper_bound(instructions, time, {}, [](CompositorInstruction const& instruction) {
-            return instruction.timeRange.start;
-        });
+    auto const next = std::ranges::upper_bound(
+        instructions, time, {},
+        [](CompositorInstruction const& instruction) { return instruction.timeRange.start; });
     return next == instructions.begin() ? 0 : std::size_t(next - instructions.begin()) - 1;
 }
 

@@ -32,8 +32,7 @@ CompositionSegment segment(Clip const& clip, LoadedAsset const& asset, std::stri
     segment.source = asset.kind == MediaKind::image ? Source::still : Source::footage;
     segment.file = asset.file;
     segment.timeRange = mediaRange(clip.timelineStart, clip.end());
-    segment.sourceStart =
-        clip.sourceStart + segment.timeRange.start.seconds() - clip.timelineStart;
+    segment.sourceStart = clip.sourceStart + segment.timeRange.start.seconds() - clip.timelineStart;
     segment.clipID = clip.id;
     segment.name = std::move(name);
     return segment;
@@ -258,8 +257,8 @@ VideoComposition CompositionBuilder::video(Project const& project, AssetStore co
         if (isEmpty && !(isLast && video.instructions.empty()))
             continue; // Shorter than the media engine can count.
         start = instruction.timeRange.end;
-        instruction.layers = layersAt((cuts[n] + cuts[n + 1]) / 2, tracks, assets, fillerTrack,
-                                      output.renderSize);
+        instruction.layers =
+            layersAt((cuts[n] + cuts[n + 1]) / 2, tracks, assets, fillerTrack, output.renderSize);
         if (output.burnsInText) {
             std::ranges::copy_if(overlays, std::back_inserter(instruction.overlays),
                                  [&](Overlay const& overlay) {
@@ -299,9 +298,9 @@ Placement CompositionBuilder::placement(LoadedAsset const& asset, ClipTransform 
     if (!placement.uncropped) {
         double const across = 1 - transform.cropLeft - transform.cropRight;
         double const down = 1 - transform.cropTop - transform.cropBottom;
-        placement.crop = upright.inverse().apply(
-            Rect{transform.cropLeft * shown.width, transform.cropTop * shown.height,
-                 across * shown.width, down * shown.height});
+        placement.crop = upright.inverse().apply(Rect{transform.cropLeft * shown.width,
+                                                      transform.cropTop * shown.height,
+                                                      across * shown.width, down * shown.height});
         placement.frame = {x + transform.cropLeft * width, y + transform.cropTop * height,
                            across * width, down * height};
     }

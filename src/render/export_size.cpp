@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <ranges>
 
 namespace framewright {
 
@@ -49,7 +50,8 @@ PixelSize CompositionBuilder::exportRenderSize(Project const& project, AssetStor
     for (Track const* track : project.videoTracks()) {
         for (Clip const& clip : *track->clips) {
             if (LoadedAsset const* const asset = assets.find(clip.assetID))
-                longSide = std::max({longSide, asset->naturalSize.width, asset->naturalSize.height});
+                longSide =
+                    std::max({longSide, asset->naturalSize.width, asset->naturalSize.height});
         }
     }
     return canvasWithLongSide(project.aspect, std::min(longSide, longestSide));
@@ -57,7 +59,10 @@ PixelSize CompositionBuilder::exportRenderSize(Project const& project, AssetStor
 
 int exportFrameRate(Project const& project, AssetStore const& assets)
 {
-    struct Rate { int framesPerSecond; double seconds; };
+    struct Rate {
+        int framesPerSecond;
+        double seconds;
+    };
     std::array rates = {Rate{24, 0}, Rate{25, 0}, Rate{30, 0}, Rate{50, 0}, Rate{60, 0}};
     for (Track const* track : project.videoTracks()) {
         if (track->isHidden)
@@ -73,7 +78,8 @@ int exportFrameRate(Project const& project, AssetStore const& assets)
         }
     }
     // Of two as long, the higher: it loses no picture.
-    auto const most = std::ranges::max_element(rates, std::ranges::less_equal(), &Rate::seconds);
+    auto reversed = rates | std::views::reverse;
+    auto const most = std::ranges::max_element(reversed, {}, &Rate::seconds);
     return most->seconds > 0 ? most->framesPerSecond : 30;
 }
 

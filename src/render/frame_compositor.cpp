@@ -1,0 +1,125 @@
+#include "render/frame_compositor.h"
+
+#include "render/picture_colors.h"
+
+#include <algorithm>
+#include <ranges>
+
+namespace framewright {
+
+namespace {
+
+PixelLayout layoutFor(ColorTags colors)
+{
+    return colors.isHDR() ? PixelLayout::yuv420p10() : PixelLayout::yuv420p8();
+}
+
+} // namespace
+
+bool FrameCompositor::Drawn::isOpaque() const
+{
+    return weight == fullWeight && !(picture && picture->layout().hasAlpha);
+}
+
+bool FrameCompositor::Drawn::looksLike(Drawn const& other) const
+{
+    bool const samePicture = picture.has_value() == other.picture.has_value() &&
+                             (!picture || picture->sharesPixelsWith(*other.picture));
+    return samePicture && layer.placement == other.layer.placement && weight == other.weight &&
+           layer.naturalSize == other.layer.naturalSize;
+}
+
+FrameCompositor::FrameCompositor(VideoComposition video, FrameSource& source)
+    : m_video(std::move(video)), m_source(source)
+{
+}
+
+Frame FrameCompositor::draw(double time)
+{
+    std::size_t const index = m_video.instructionIndexAt(MediaTime::fromSeconds(time));
+    if (m_instruction != index)
+        enter(index);
+    std::vector<Drawn> stack = collect(time);
+    bool const isRepeated =
+        m_last && overlays() == m_lastOverlays &&
+        std::ranges::equal(stack, m_lastStack,
+                           [](Drawn const& a, Drawn const& b) { return a.looksLike(b); });
+    if (!isRepeated)
+        m_last = goesThrough(stack) ? *stack.front().picture : paint(stack);
+    m_lastStack = std::move(stack);
+    m_lastOverlays = overlays();
+    return *m_last;
+}
+
+/// Works out what stays the same over an instruction.
+void FrameCompositor::enter(std::size_t instruction)
+{
+    m_instruction = instruction;
+    m_parts.clear();
+    for (Layer const& layer : m_video.instructions[instruction].layers) {
+        BlendWeight const weight = blendWeight(layer.opacity);
+        auto const geometry = layerGeometry(layer, m_video.renderSize);
+        if (geometry && weight > 0)
+            m_parts.push_back({&layer, *geometry, weight});
+    }
+}
+
+/// The layers that are seen at a time, front to back, with their pictures.
+std::vector<FrameCompositor::Drawn> FrameCompositor::collect(double time)
+{
+    std::vector<Drawn> stack;
+    for (Part const& part : m_parts) {
+        bool const isHidden = std::ranges::any_of(stack, [&](Drawn const& above) {
+            return above.isOpaque() && above.geometry.visible.contains(part.geometry.visible);
+        });
+        if (isHidden)
+            continue;
+        Drawn drawn{*part.layer, part.geometry, part.weight, std::nullopt};
+        if (!part.layer->isBlackPlate)
+            drawn.picture = m_source.frame(*part.layer, time);
+        stack.push_back(std::move(drawn));
+    }
+    return stack;
+}
+
+/// Whether the picture in front is already what would be drawn.
+bool FrameCompositor::goesThrough(std::vector<Drawn> const& stack) const
+{
+    if (!overlays().empty() || stack.size() != 1 || !stack.front().picture ||
+        !stack.front().isOpaque())
+        return false;
+    Drawn const& drawn = stack.front();
+    Frame const& picture = *drawn.picture;
+    PixelLayout const layout = picture.layout();
+    return picture.width() == m_video.renderSize.width &&
+           picture.height() == m_video.renderSize.height && layout == layoutFor(m_video.colors) &&
+           drawnColors(picture.colors(), layout, picture.height()) == m_video.colors &&
+           drawn.geometry.frame == canvas() && drawn.geometry.turn.isIdentity() &&
+           drawn.layer.placement.uncropped;
+}
+
+Frame FrameCompositor::paint(std::vector<Drawn> const& stack)
+{
+    Frame frame(m_video.renderSize.width, m_video.renderSize.height, layoutFor(m_video.colors),
+                m_video.colors);
+    bool const isCovered =
+        !stack.empty() && stack.back().isOpaque() && stack.back().geometry.visible == canvas();
+    if (!isCovered)
+        LayerPainter::paintBlack(frame, canvas(), fullWeight);
+    for (Drawn const& drawn : std::views::reverse(stack)) {
+        if (drawn.picture)
+            m_painter.paint(frame, *drawn.picture, drawn.layer.naturalSize, drawn.geometry,
+                            drawn.weight);
+        else
+            LayerPainter::paintBlack(frame, drawn.geometry.visible, drawn.weight);
+    }
+    m_overlayPainter.paint(frame, overlays());
+    return frame;
+}
+
+std::vector<Overlay> const& FrameCompositor::overlays() const
+{
+    return m_video.instructions[*m_instruction].overlays;
+}
+
+} // namespace framewright
