@@ -1,16 +1,17 @@
 #include "editor/app_state.h"
 
 #include "model/file_url.h"
+#include "workspace/workspace.h"
 
 #include <algorithm>
 
 namespace framewright {
 
-AppState::AppState(UserDefaults& defaults, QObject* parent) : QObject(parent), m_defaults(defaults)
+AppState::AppState(UserDefaults& defaults, QObject* parent) : QObject(parent), m_defaults(defaults), m_recovery(defaults)
 {
     m_saveTimer.setSingleShot(true);
     m_saveTimer.setTimerType(Qt::PreciseTimer);
-    connect(&m_saveTimer, &QTimer::timeout, this, [this] { saveWorkspaceProject(); });
+    connect(&m_saveTimer, &QTimer::timeout, this, [this] { saveOrAutosave(); });
 }
 
 AppState::~AppState() = default;
@@ -22,6 +23,11 @@ std::string AppState::projectName() const
     std::filesystem::path const& file = *m_projectFile;
     return validUtf8(file.filename() == "project.json" ? file.parent_path().filename().string()
                                                        : file.stem().string());
+}
+
+bool AppState::isWorkspaceProject() const
+{
+    return m_projectFile && Workspace::isProjectDocument(*m_projectFile);
 }
 
 void AppState::commit(Project project, std::string const& actionName, std::optional<double> seekTo,
@@ -94,7 +100,7 @@ void AppState::select(std::optional<Id> clip)
 void AppState::setDirty(bool isDirty)
 {
     if (isDirty && !m_isDirty)
-        m_dirtySince = std::chrono::steady_clock::now();
+        m_unsavedSince = std::chrono::steady_clock::now();
     if (isDirty == m_isDirty)
         return;
     m_isDirty = isDirty;

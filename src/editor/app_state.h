@@ -1,6 +1,7 @@
 #pragma once
 
 #include "editor/project_file.h"
+#include "editor/recovery.h"
 #include "editor/undo_history.h"
 #include "media/media_info.h"
 #include "model/clip_moving.h"
@@ -13,6 +14,7 @@
 #include "model/track_editing.h"
 #include "platform/user_defaults.h"
 #include "render/asset_store.h"
+#include "workspace/folder_watcher.h"
 
 #include <QCoro/QCoroTask>
 #include <QObject>
@@ -22,8 +24,10 @@
 #include <filesystem>
 #include <optional>
 #include <map>
+#include <memory>
 #include <span>
 #include <string>
+#include <variant>
 #include <vector>
 
 namespace framewright {
@@ -50,6 +54,9 @@ public:
     /// Where it is kept; nothing for a project that was never saved.
     std::optional<std::filesystem::path> const& projectFile() const { return m_projectFile; }
     std::string projectName() const;
+    /// Whether it is kept in a workspace, and saved there after each change. Another project is
+    /// saved when the user says so; until then a recovery copy holds its changes.
+    bool isWorkspaceProject() const;
     bool isDirty() const { return m_isDirty; }
     double currentTime() const { return m_currentTime; }
     std::optional<Id> const& selectedClip() const { return m_selectedClip; }
@@ -88,6 +95,12 @@ public:
 
     /// The project with a file's asset in it, for an edit that places it in the same step.
     Project withAsset(Imported const& file);
+
+    /// Copies the files that lie neither in the project's folder nor in one of `folders` into the
+    /// project, and has it play the copies from now on, as one step. Gives the copies. Refused for a
+    /// project outside any workspace; throws ProjectFileError, and then nothing has changed.
+    QCoro::Task<Outcome<std::vector<std::filesystem::path>>>
+    consolidateMedia(std::vector<std::filesystem::path> folders);
 
     // Editing ----------------------------------------------------------------------------------
 
@@ -155,11 +168,36 @@ public:
     /// is anybody to wait. When it can't be opened, none is, and `errorMessage` says why.
     void reopenLastProject();
 
-    /// Saves now, when there is something to save. False when it failed; see `errorMessage`.
+    /// Saves a workspace project now, when there is something to save. False when it failed, and for
+    /// a project outside any workspace with changes; see `errorMessage`.
     QCoro::Task<bool> saveNow();
 
-    /// The same, blocking: for the last moment before the process ends.
+    /// Saves the project to its own file, also one outside any workspace. False when it failed.
+    QCoro::Task<bool> saveProject();
+
+    /// The same for a workspace project, blocking: for the last moment before the process ends.
     bool saveBeforeQuitting();
+
+    enum class Changes { keep, discard };
+    /// Closes the project. Refused when it has changes that are not saved and not to be discarded.
+    QCoro::Task<Outcome<std::monostate>> closeProject(Changes changes);
+
+    /// Whether the open project may be left: what can be saved is saved. Refused with a sentence.
+    QCoro::Task<Outcome<std::monostate>> confirmDiscardingChanges(Changes changes);
+
+    /// The project moved with its folder. Its file is watched and saved there from now on.
+    void followTo(std::filesystem::path file);
+
+    // Recovery ---------------------------------------------------------------------------------
+
+    Recovery const& recovery() const { return m_recovery; }
+
+    /// Opens the copy that waits. It is saved to its own place only when the user says so, and
+    /// stays as the recovery copy until then. Throws ProjectFileError; refused when none waits.
+    QCoro::Task<Outcome<std::monostate>> restoreRecovery();
+
+    /// Deletes the copy that waits. Refused when none waits.
+    Outcome<std::monostate> discardRecovery();
 
 signals:
     void projectChanged();
@@ -178,13 +216,20 @@ private:
     void setDirty(bool isDirty);
     void setErrorMessage(std::string message);
 
-    void adopt(ReadProject read, std::filesystem::path const& file);
+    void adopt(ReadProject read, std::optional<std::filesystem::path> const& file);
+    void close();
+    void watchProject();
     QCoro::Task<void> loadAssets();
+    void moveAssets(std::map<Id, std::filesystem::path> const& found);
 
     void scheduleSave();
-    QCoro::Task<bool> saveWorkspaceProject();
+    QCoro::Task<void> saveOrAutosave();
+    QCoro::Task<bool> saveToFile();
+    QCoro::Task<void> autosave();
+    QCoro::Task<void> saveEnded();
     void takeSaveResult(SaveResult const& result, std::uint64_t revision);
-    void takeOutsideEdit();
+    QCoro::Task<void> reloadProjectFromDisk();
+    void takeOutsideEdit(ReadProject read);
 
     UserDefaults& m_defaults;
 
@@ -193,6 +238,7 @@ private:
     std::optional<std::filesystem::path> m_projectFile;
     std::optional<ContentMark> m_diskMark; ///< Of the file as we last read or wrote it.
     std::vector<std::string> m_unknownKeys;
+    AssetRefs m_assetRefs; ///< As the file had them when it was opened.
     UndoHistory m_history;
 
     bool m_isDirty = false;
@@ -208,8 +254,10 @@ private:
     std::uint64_t m_loadingRound = 0;
     bool m_isLoadingAssets = false;
 
+    std::unique_ptr<FolderWatcher> m_watcher;
+    Recovery m_recovery;
     QTimer m_saveTimer;
-    std::chrono::steady_clock::time_point m_dirtySince;
+    std::chrono::steady_clock::time_point m_unsavedSince;
     bool m_isSaving = false;
 };
 

@@ -5,6 +5,8 @@
 
 #include "media/media_error.h"
 #include "model/file_url.h"
+#include "workspace/media_finder.h"
+#include "workspace/workspace.h"
 
 #include <QCoro/QCoroSignal>
 
@@ -15,19 +17,54 @@ namespace framewright {
 
 namespace {
 
+/// Where the media of a project may be looked for.
+struct MediaPlaces {
+    std::filesystem::path projectFolder;
+    std::vector<std::filesystem::path> mediaFolders;
+    AssetRefs refs;
+};
+
 /// What is found behind an asset when its project is opened.
 struct OpenedAsset {
     Id id;
+    std::filesystem::path file;
     std::variant<LoadedAsset, std::string> result; ///< Or the sentence that says why not.
 };
 
-OpenedAsset openAsset(MediaAsset const& asset)
+OpenedAsset openAsset(MediaAsset const& asset, MediaPlaces const& places, MediaFinder& finder)
 {
-    std::filesystem::path const file = asset.playbackURL.path;
+    MediaWanted wanted{"", asset.url, std::nullopt};
+    if (auto const ref = places.refs.find(asset.id); ref != places.refs.end()) {
+        wanted.path = ref->second.path;
+        wanted.size = knownSize(ref->second);
+    }
+    std::filesystem::path const file = finder.find(wanted).value_or(asset.url.path);
     try {
-        return {asset.id, loadedAsset(file, probeMedia(file))};
+        return {asset.id, file, loadedAsset(file, probeMedia(file))};
     } catch (std::exception const& error) {
-        return {asset.id, std::string(error.what())};
+        return {asset.id, asset.url.path, std::string(error.what())};
+    }
+}
+
+std::vector<OpenedAsset> openAssets(std::vector<MediaAsset> const& assets,
+                                    MediaPlaces const& places)
+{
+    MediaFinder finder(places.projectFolder, places.mediaFolders);
+    std::vector<OpenedAsset> opened;
+    for (MediaAsset const& asset : assets)
+        opened.push_back(openAsset(asset, places, finder));
+    return opened;
+}
+
+/// The media folders of the workspace that a project lies in; none when they can't be read.
+std::vector<std::filesystem::path> mediaFoldersAround(std::filesystem::path const& folder)
+{
+    auto const workspace = Workspace::findWorkspace(folder);
+    try {
+        return workspace ? Workspace::mediaFolders(*workspace)
+                         : std::vector<std::filesystem::path>();
+    } catch (WorkspaceError const&) {
+        return {}; // Opening the workspace says what is wrong with it.
     }
 }
 
@@ -96,30 +133,62 @@ QCoro::Task<void> AppState::loadAssets()
 {
     auto const round = ++m_loadingRound;
     m_assetProblems.clear();
-    m_isLoadingAssets = true;
+    m_isLoadingAssets = !m_project.assets->empty();
+    if (!m_isLoadingAssets) {
+        emit assetsWereLoaded();
+        co_return;
+    }
     std::vector<MediaAsset> assets;
     for (auto const& [id, asset] : *m_project.assets)
         assets.push_back(asset);
 
-    std::vector<OpenedAsset> const opened = co_await onWorker([assets] {
-        std::vector<OpenedAsset> all;
-        for (MediaAsset const& asset : assets)
-            all.push_back(openAsset(asset));
-        return all;
+    MediaPlaces places;
+    if (m_projectFile)
+        places.projectFolder = m_projectFile->parent_path();
+    places.refs = m_assetRefs;
+    std::vector<OpenedAsset> const opened = co_await onWorker([assets, places]() mutable {
+        places.mediaFolders = mediaFoldersAround(places.projectFolder);
+        return openAssets(assets, places);
     });
 
     // Another project, or another state of this one, may have been opened meanwhile.
     if (round != m_loadingRound)
         co_return;
+    std::map<Id, std::filesystem::path> moved;
     for (OpenedAsset const& asset : opened) {
+        MediaAsset const* const known = m_project.asset(asset.id);
+        if (known && known->url.path != asset.file.string())
+            moved[asset.id] = asset.file;
         if (auto const* const loaded = std::get_if<LoadedAsset>(&asset.result))
             m_assets.insert(asset.id, *loaded);
         else
             m_assetProblems[asset.id] = std::get<std::string>(asset.result);
     }
     m_isLoadingAssets = false;
+    if (!moved.empty())
+        moveAssets(moved);
     emit compositionOutdated();
     emit assetsWereLoaded();
+}
+
+void AppState::moveAssets(std::map<Id, std::filesystem::path> const& found)
+{
+    // Not a step of the user's: where files lie is a fact, also for every earlier state.
+    auto const follow = [&](Project& project) {
+        for (auto const& [id, file] : found) {
+            if (!project.asset(id))
+                continue;
+            MediaAsset& asset = project.assets.edit()[id];
+            asset.url.path = file.string();
+            asset.playbackURL = asset.url;
+        }
+    };
+    follow(m_project);
+    m_history.forEachProject(follow);
+    ++m_revision;
+    setDirty(true);
+    scheduleSave();
+    emit projectChanged();
 }
 
 QCoro::Task<void> AppState::assetsLoaded()

@@ -3,7 +3,10 @@
 #include "model/file_url.h"
 #include "platform/atomic_file.h"
 
+#include <QByteArray>
 #include <QCryptographicHash>
+
+#include <charconv>
 
 namespace framewright {
 
@@ -30,7 +33,44 @@ std::optional<std::string> contentOf(std::filesystem::path const& file)
     }
 }
 
+/// What a reference's bookmark holds before it is encoded: the size of the file.
+constexpr std::string_view sizeLabel = "size=";
+
 } // namespace
+
+std::optional<std::uintmax_t> knownSize(AssetRef const& ref)
+{
+    if (!ref.bookmark)
+        return std::nullopt;
+    std::string const text =
+        QByteArray::fromBase64(QByteArray::fromStdString(*ref.bookmark)).toStdString();
+    std::uintmax_t size = 0;
+    if (!text.starts_with(sizeLabel))
+        return std::nullopt;
+    char const* const first = text.data() + sizeLabel.size();
+    auto const [end, error] = std::from_chars(first, text.data() + text.size(), size);
+    return error == std::errc() && end == text.data() + text.size() ? std::optional(size)
+                                                                     : std::nullopt;
+}
+
+AssetRefs currentAssetRefs(Project const& project, std::filesystem::path const& folder,
+                           AssetRefs const& known)
+{
+    AssetRefs refs;
+    for (AssetRef& ref : ProjectDocument(project, folder).assetRefs) {
+        std::error_code failed;
+        auto const size = std::filesystem::file_size(project.asset(ref.id)->url.path, failed);
+        auto const before = known.find(ref.id);
+        if (failed && before != known.end()) {
+            ref = before->second;
+        } else if (!failed) {
+            std::string const text = std::string(sizeLabel) + std::to_string(size);
+            ref.bookmark = QByteArray::fromStdString(text).toBase64().toStdString();
+        }
+        refs.emplace(ref.id, std::move(ref));
+    }
+    return refs;
+}
 
 ContentMark contentMark(std::string_view bytes)
 {
@@ -56,10 +96,14 @@ ReadProject readProject(std::filesystem::path const& file)
 }
 
 SaveResult saveProject(std::filesystem::path const& file, Project const& project,
-                       std::optional<ContentMark> const& expected)
+                       std::optional<ContentMark> const& expected, AssetRefs const& known)
 {
     try {
-        std::string const bytes = ProjectDocument(project, file.parent_path()).data();
+        ProjectDocument document(project);
+        document.assetRefs.clear();
+        for (auto& [id, ref] : currentAssetRefs(project, file.parent_path(), known))
+            document.assetRefs.push_back(ref);
+        std::string const bytes = document.data();
         ContentMark const mark = contentMark(bytes);
         std::optional<std::string> const onDisk = contentOf(file);
         if (onDisk && *onDisk == bytes)

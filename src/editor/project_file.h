@@ -2,7 +2,9 @@
 
 #include "model/project_document.h"
 
+#include <cstdint>
 #include <filesystem>
+#include <map>
 #include <optional>
 #include <string>
 
@@ -37,9 +39,20 @@ struct SaveResult {
     bool wasChangedByOthers = false;
 };
 
+/// The files of a project as its document last knew them, by asset.
+using AssetRefs = std::map<Id, AssetRef>;
+
+/// How large an asset's file was when it was last seen; nothing when that is not known.
+std::optional<std::uintmax_t> knownSize(AssetRef const& ref);
+
+/// The files of a project as they are now, seen from its folder. Of a file that is not there,
+/// what was known stays.
+AssetRefs currentAssetRefs(Project const& project, std::filesystem::path const& folder,
+                           AssetRefs const& known);
+
 /// Writes a project atomically, unless the file is no longer the one known by `expected` (nothing:
 /// there was none). Blocks until the disk has it. Throws ProjectFileError.
 SaveResult saveProject(std::filesystem::path const& file, Project const& project,
-                       std::optional<ContentMark> const& expected);
+                       std::optional<ContentMark> const& expected, AssetRefs const& known = {});
 
 } // namespace framewright

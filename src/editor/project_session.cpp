@@ -1,66 +1,69 @@
-// Opening, saving and reloading the project of an AppState.
+// Opening and closing the project of an AppState.
 
 #include "editor/app_state.h"
 #include "editor/worker_task.h"
-
 #include "model/file_url.h"
-
-#include <QCoro/QCoroSignal>
-
-#include <algorithm>
+#include "workspace/workspace.h"
 
 namespace framewright {
 
 namespace {
 
-using namespace std::chrono_literals;
-
-constexpr auto saveDelay = 1000ms;
-/// Edits that follow each other closely put the save off, but no further than this after the first
-/// of them: what was acknowledged must not be at risk for as long as somebody keeps editing.
-constexpr auto longestDelay = 1250ms;
-
-constexpr char const* openProjectKey = "project.open";
+/// The project that was open last.
+constexpr char const* openKey = "project.open";
+/// How many starts in a row have died while opening it.
+constexpr char const* attemptsKey = "project.openAttempts";
+/// A project that ends the editor this often is not opened again by itself.
+constexpr int mostAttempts = 3;
 
 } // namespace
 
 QCoro::Task<void> AppState::startProject(std::filesystem::path file, Project project)
 {
-    co_await saveNow();
     // A new project has no file yet, and whatever lies there is not ours to replace.
     SaveResult const result = co_await onWorker(
-        [file, project] { return saveProject(file, project, std::nullopt); });
+        [file, project] { return framewright::saveProject(file, project, std::nullopt); });
     if (result.wasChangedByOthers)
         throw ProjectFileError("There is a project at " + validUtf8(file.string()) + " already.");
-    adopt(co_await onWorker([file] { return readProject(file); }), file);
+    ReadProject read = co_await onWorker([file] { return readProject(file); });
+    adopt(std::move(read), file);
 }
 
 QCoro::Task<void> AppState::openProject(std::filesystem::path file)
 {
     ReadProject read = co_await onWorker([file] { return readProject(file); });
-    co_await saveNow();
     adopt(std::move(read), file);
 }
 
 void AppState::reopenLastProject()
 {
-    auto const path = m_defaults.string(openProjectKey);
-    if (!path)
-        return;
-    auto const url = FileURL::parse(*path);
+    auto const text = m_defaults.string(openKey);
+    auto const url = text ? FileURL::parse(*text) : std::nullopt;
     if (!url)
         return;
+    double const attempts = m_defaults.number(attemptsKey).value_or(0);
+    if (attempts >= mostAttempts) {
+        m_defaults.remove(attemptsKey);
+        setErrorMessage("Framewright ended several times while opening " + validUtf8(url->path) +
+                        "; it was not opened again.");
+        return;
+    }
+    m_defaults.setNumber(attemptsKey, attempts + 1);
     try {
         adopt(readProject(url->path), url->path);
     } catch (ProjectFileError const& error) {
         setErrorMessage(error.what());
+        m_defaults.remove(attemptsKey);
     }
 }
 
-void AppState::adopt(ReadProject read, std::filesystem::path const& file)
+void AppState::adopt(ReadProject read, std::optional<std::filesystem::path> const& file)
 {
     m_saveTimer.stop();
     m_project = std::move(read.decoded.document.project);
+    m_assetRefs.clear();
+    for (AssetRef& ref : read.decoded.document.assetRefs)
+        m_assetRefs.emplace(ref.id, std::move(ref));
     m_projectFile = file;
     m_diskMark = std::move(read.mark);
     m_unknownKeys = std::move(read.decoded.unknownKeys);
@@ -74,102 +77,133 @@ void AppState::adopt(ReadProject read, std::filesystem::path const& file)
     setDirty(false);
     reconcileSelection();
     // As a URL: settings are text, and a path may be any bytes.
-    m_defaults.setString(openProjectKey, FileURL{file.string()}.text());
-    loadAssets();
+    if (file)
+        m_defaults.setString(openKey, FileURL{file->string()}.text());
+    watchProject();
+    // A start that dies from here on dies of the project's media.
+    [](AppState& state) -> QCoro::Task<void> {
+        co_await state.loadAssets();
+        state.m_defaults.remove(attemptsKey);
+    }(*this);
     emit compositionOutdated();
     emit projectChanged();
 }
 
-void AppState::scheduleSave()
+void AppState::watchProject()
 {
-    if (!m_projectFile)
+    m_watcher.reset();
+    if (!isWorkspaceProject())
         return;
-    auto const waited = std::chrono::duration_cast<std::chrono::milliseconds>(
-        std::chrono::steady_clock::now() - m_dirtySince);
-    m_saveTimer.start(std::clamp(longestDelay - waited, 0ms, std::chrono::milliseconds(saveDelay)));
+    m_watcher = std::make_unique<FolderWatcher>(m_projectFile->parent_path(),
+                                                m_projectFile->filename().string());
+    connect(m_watcher.get(), &FolderWatcher::changed, this, [this] { reloadProjectFromDisk(); });
+    if (!m_watcher->isWatching())
+        setErrorMessage("The project's folder can't be watched; changes by other programs are only "
+                        "seen when the project is saved or opened.");
 }
 
-QCoro::Task<bool> AppState::saveNow()
+void AppState::followTo(std::filesystem::path file)
+{
+    // Media inside the project's folder moved with it.
+    std::filesystem::path const before = m_projectFile->parent_path();
+    std::map<Id, std::filesystem::path> moved;
+    for (auto const& [id, asset] : *m_project.assets) {
+        std::filesystem::path const inside =
+            std::filesystem::path(asset.url.path).lexically_relative(before);
+        if (!inside.empty() && *inside.begin() != "..")
+            moved[id] = file.parent_path() / inside;
+    }
+    m_projectFile = std::move(file);
+    m_defaults.setString(openKey, FileURL{m_projectFile->string()}.text());
+    watchProject();
+    if (moved.empty())
+        return;
+    moveAssets(moved);
+    loadAssets();
+}
+
+QCoro::Task<Outcome<std::monostate>> AppState::confirmDiscardingChanges(Changes changes)
+{
+    if (!m_isOpen)
+        co_return std::monostate();
+    if (isWorkspaceProject())
+        co_await saveNow();
+    if (!m_isDirty)
+        co_return std::monostate();
+    if (changes == Changes::discard) {
+        m_recovery.clear();
+        co_return std::monostate();
+    }
+    if (isWorkspaceProject())
+        co_return Refusal{m_errorMessage + " Pass --force to go on without what is not saved."};
+    co_return Refusal{"“" + projectName() +
+                      "” has changes that are not saved. Save it with project_save, or pass --force "
+                      "to go on without them."};
+}
+
+QCoro::Task<Outcome<std::monostate>> AppState::closeProject(Changes changes)
+{
+    auto const confirmed = co_await confirmDiscardingChanges(changes);
+    if (confirmed)
+        close();
+    co_return confirmed;
+}
+
+void AppState::close()
 {
     m_saveTimer.stop();
-    // A save under way may have begun before the last change; then one more follows it.
-    while (m_isSaving)
-        co_await qCoro(this, &AppState::saved);
-    if (m_isDirty && m_projectFile)
-        co_await saveWorkspaceProject();
-    co_return !m_isDirty;
-}
-
-QCoro::Task<bool> AppState::saveWorkspaceProject()
-{
-    if (m_isSaving || !m_isDirty || !m_projectFile)
-        co_return !m_isDirty;
-    m_isSaving = true;
-    auto const revision = m_revision;
-    std::filesystem::path const file = *m_projectFile;
-    try {
-        SaveResult const result =
-            co_await onWorker([file, project = m_project, mark = m_diskMark] {
-                return saveProject(file, project, mark);
-            });
-        if (file == m_projectFile)
-            takeSaveResult(result, revision);
-    } catch (ProjectFileError const& error) {
-        setErrorMessage(error.what());
-    }
-    m_isSaving = false;
-    emit saved();
-    co_return !m_isDirty;
-}
-
-void AppState::takeSaveResult(SaveResult const& result, std::uint64_t revision)
-{
-    if (result.wasChangedByOthers) {
-        takeOutsideEdit();
-        return;
-    }
-    m_diskMark = result.written;
-    setErrorMessage({});
+    m_watcher.reset();
+    m_isOpen = false;
+    m_project = Project();
+    m_projectFile.reset();
+    m_diskMark.reset();
+    m_assetRefs.clear();
     m_unknownKeys.clear();
-    if (m_revision == revision) {
-        setDirty(false);
-    } else {
-        // What came meanwhile has a save of its own ahead; its second counts from now.
-        m_dirtySince = std::chrono::steady_clock::now();
-        scheduleSave();
-    }
+    m_history.clear();
+    ++m_revision;
+    ++m_loadingRound;
+    m_isLoadingAssets = false;
+    m_currentTime = 0;
+    m_selectedClip.reset();
+    m_activeTrack.reset();
+    setErrorMessage({});
+    setDirty(false);
+    m_defaults.remove(openKey);
+    emit assetsWereLoaded();
+    emit compositionOutdated();
+    emit projectChanged();
 }
 
-void AppState::takeOutsideEdit()
+QCoro::Task<Outcome<std::monostate>> AppState::restoreRecovery()
 {
-    try {
-        ReadProject read = readProject(*m_projectFile);
-        m_diskMark = std::move(read.mark);
-        m_unknownKeys = std::move(read.decoded.unknownKeys);
-        commit(std::move(read.decoded.document.project), "Edit on Disk");
-        loadAssets();
-    } catch (ProjectFileError const&) {
-        setErrorMessage(projectName() + "'s project.json on disk is not a valid project; the app "
-                                        "keeps its own copy.");
+    if (!m_recovery.waiting())
+        co_return Refusal{"There is no recovery copy waiting."};
+    Recovery::Waiting const waiting = *m_recovery.waiting();
+    ReadProject read = co_await onWorker([file = waiting.file] { return readProject(file); });
+
+    // Whatever stands in the project's own file by now is known, so that a save over it is refused
+    // unless it is what we last saw there.
+    std::optional<ContentMark> onDisk;
+    if (waiting.origin) {
+        try {
+            onDisk = (co_await onWorker([file = *waiting.origin] { return readProject(file); })).mark;
+        } catch (ProjectFileError const&) {
+            // It is gone or broken; the copy is then all there is.
+        }
     }
+    adopt(std::move(read), waiting.origin);
+    m_diskMark = onDisk;
+    m_recovery.adoptWaiting();
+    setDirty(true);
+    co_return std::monostate();
 }
 
-bool AppState::saveBeforeQuitting()
+Outcome<std::monostate> AppState::discardRecovery()
 {
-    m_saveTimer.stop();
-    if (!m_isDirty || !m_projectFile)
-        return !m_isDirty;
-    try {
-        auto const revision = m_revision;
-        takeSaveResult(saveProject(*m_projectFile, m_project, m_diskMark), revision);
-        m_saveTimer.stop();
-        if (m_isDirty) // What others wrote was taken in first; it is what lies on disk now.
-            takeSaveResult(saveProject(*m_projectFile, m_project, m_diskMark), m_revision);
-        m_saveTimer.stop();
-    } catch (ProjectFileError const& error) {
-        setErrorMessage(error.what());
-    }
-    return !m_isDirty;
+    if (!m_recovery.waiting())
+        return Refusal{"There is no recovery copy waiting."};
+    m_recovery.discardWaiting();
+    return std::monostate();
 }
 
 } // namespace framewright

@@ -87,6 +87,14 @@ std::optional<UndoHistory::Step> UndoHistory::redo(Project current)
     return std::move(entry.step);
 }
 
+void UndoHistory::forEachProject(std::function<void(Project&)> const& change)
+{
+    for (Entry& entry : m_undo)
+        change(entry.step.project);
+    for (Entry& entry : m_redo)
+        change(entry.step.project);
+}
+
 void UndoHistory::clear()
 {
     m_undo.clear();

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <deque>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -36,6 +37,10 @@ public:
     std::optional<Step> redo(Project current);
 
     void clear();
+
+    /// Changes every state that can be gone back to: for facts that hold at all times, such as
+    /// where a file lies.
+    void forEachProject(std::function<void(Project&)> const& change);
 
     std::size_t undoCount() const { return m_undo.size(); }
     std::size_t redoCount() const { return m_redo.size(); }

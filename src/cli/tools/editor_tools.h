@@ -38,6 +38,8 @@ std::vector<Tool> allTools(EditorTools tools);
 // Its families.
 std::vector<Tool> readingTools(EditorTools tools);
 std::vector<Tool> projectTools(EditorTools tools);
+std::vector<Tool> projectFolderTools(EditorTools tools);
+std::vector<Tool> mediaTools(EditorTools tools);
 std::vector<Tool> trackTools(EditorTools tools);
 std::vector<Tool> clipTools(EditorTools tools);
 std::vector<Tool> clipChangingTools(EditorTools tools);

@@ -2,6 +2,7 @@
 
 #include "cli/tools/editor_tools.h"
 #include "cli/tools/json_views.h"
+#include "cli/tools/project_lookup.h"
 #include "editor/worker_task.h"
 #include "workspace/project_folders.h"
 #include "workspace/workspace.h"
@@ -29,25 +30,6 @@ Param<Canvas> const canvas{"canvas", "9:16, 16:9, 1:1 or 4:5 (default: the works
 Param<Text> const projectToOpen{"project", "A project's name, or the path of one."};
 Param<Flag> const force{"force", "Go on even when changes of the open project can't be saved.",
                         optionalParam};
-Param<FilePaths> const paths{"paths", "Absolute paths of video, photo or audio files."};
-
-/// The workspace a command is about: the one it was given in, else the current one. What it was
-/// given in becomes the current one.
-std::filesystem::path workspaceOf(ToolArgs const& args, AppState& editor)
-{
-    auto const current = Workspace::url(editor.defaults());
-    if (auto const around = Workspace::findWorkspace(args.cwd())) {
-        std::filesystem::path const folder = accepted(Workspace::openable(*around));
-        if (!current || Workspace::canonicalPath(*current) != Workspace::canonicalPath(folder)) {
-            Workspace::setUrl(folder, editor.defaults());
-            Workspace::remember(folder, editor.defaults());
-        }
-        return folder;
-    }
-    if (!current)
-        throw ToolError("Set up a workspace folder first.");
-    return accepted(Workspace::openable(*current));
-}
 
 /// The canvas that a description of what gets made asks for, if it does.
 std::optional<AspectPreset> canvasMeant(std::string const& description)
@@ -118,6 +100,11 @@ Json openedJSON(AppState const& editor)
             {"duration", rounded(editor.project().videoDuration())}};
 }
 
+AppState::Changes changesKept(ToolArgs const& args)
+{
+    return args.get(force, false) ? AppState::Changes::discard : AppState::Changes::keep;
+}
+
 Task<ToolResult> startProject(ToolArgs args, AppState& editor)
 {
     std::filesystem::path const workspace = workspaceOf(args, editor);
@@ -125,38 +112,16 @@ Task<ToolResult> startProject(ToolArgs args, AppState& editor)
         args.get(canvas, Workspace::canvas(workspace).value_or(AspectPreset::portrait)));
     project.brief = args.find(brief);
     // Before the folder is made, so that a project that can't be left doesn't leave an empty one.
-    if (editor.isOpen() && !co_await editor.saveNow())
-        throw ToolError(editor.errorMessage());
+    accepted(co_await editor.confirmDiscardingChanges(changesKept(args)));
     std::filesystem::path const folder = accepted(createProjectFolder(workspace, args[newName]));
     co_await editor.startProject(Workspace::projectFile(folder), std::move(project));
     co_return ToolResult::json(openedJSON(editor));
 }
 
-/// The file of the project that is meant: by its name in the workspace, or by a path.
-std::filesystem::path fileOfProject(ToolArgs const& args, AppState& editor)
-{
-    std::string const word = args[projectToOpen];
-    if (auto const asName = validProjectName(word)) {
-        std::string const wanted = QString::fromStdString(*asName).toCaseFolded().toStdString();
-        auto const listings = listProjects(workspaceOf(args, editor));
-        auto const found = std::ranges::find_if(listings, [&](ProjectListing const& listing) {
-            return listing.name == *asName ||
-                   QString::fromStdString(listing.name).toCaseFolded().toStdString() == wanted;
-        });
-        if (found != listings.end())
-            return Workspace::projectFile(found->folder);
-        if (!word.ends_with(".fwp") && !word.ends_with(".json"))
-            throw ToolError("There is no project called " + word + " in the workspace.");
-    }
-    std::filesystem::path const path = args[Param<FilePath>("project")];
-    return std::filesystem::is_directory(path) ? Workspace::projectFile(path) : path;
-}
-
 Task<ToolResult> openProject(ToolArgs args, AppState& editor)
 {
-    std::filesystem::path const file = fileOfProject(args, editor);
-    if (editor.isOpen() && !co_await editor.saveNow() && !args.get(force, false))
-        throw ToolError(editor.errorMessage() + " Pass --force to go on without them.");
+    std::filesystem::path const file = fileOfProject(args, projectToOpen, editor);
+    accepted(co_await editor.confirmDiscardingChanges(changesKept(args)));
     co_await editor.openProject(file);
     co_await editor.assetsLoaded();
     Json json = openedJSON(editor);
@@ -167,18 +132,12 @@ Task<ToolResult> openProject(ToolArgs args, AppState& editor)
     co_return ToolResult::json(json);
 }
 
-Task<ToolResult> importMedia(ToolArgs args, AppState& editor)
+Task<ToolResult> closeProject(ToolArgs args, AppState& editor)
 {
     requireProject(editor);
-    // All or none: a half-done import would leave the caller to find out which half.
-    std::vector<AppState::Imported> files;
-    for (auto const& file : args[paths])
-        files.push_back(co_await editor.inspect(file));
-    requireProject(editor);
-    Json json = Json::array();
-    for (MediaAsset const& asset : editor.importFiles(files))
-        json.push_back(assetJSON(editor, asset));
-    co_return ToolResult::json(json);
+    std::string const name = editor.projectName();
+    accepted(co_await editor.closeProject(changesKept(args)));
+    co_return ToolResult::json({{"closed", name}});
 }
 
 } // namespace
@@ -209,7 +168,7 @@ std::vector<Tool> projectTools(EditorTools tools)
             .name = "project_new",
             .description = "Start a project in the workspace and open it. A name that is taken "
                            "gets a number.",
-            .params = {newName, brief, canvas},
+            .params = {newName, brief, canvas, force},
             .action = [&editor](ToolArgs args) { return startProject(std::move(args), editor); },
         },
         {
@@ -220,11 +179,10 @@ std::vector<Tool> projectTools(EditorTools tools)
             .action = [&editor](ToolArgs args) { return openProject(std::move(args), editor); },
         },
         {
-            .name = "media_import",
-            .description = "Register media files with the project without placing them (clip-add "
-                           "can then use them by name). Files stay where they are.",
-            .params = {paths},
-            .action = [&editor](ToolArgs args) { return importMedia(std::move(args), editor); },
+            .name = "project_close",
+            .description = "Save the open project and close it.",
+            .params = {force},
+            .action = [&editor](ToolArgs args) { return closeProject(std::move(args), editor); },
         },
     };
 }

@@ -44,6 +44,15 @@ Json statusJSON(AppState& editor)
     } else {
         json["workspace"] = nullptr;
     }
+    if (auto const& waiting = editor.recovery().waiting()) {
+        json["recovery"] = {{"copy", validUtf8(waiting->file.string())},
+                            {"what", "An autosaved copy of a project that wasn't saved before the "
+                                     "app last closed. See project-recover."}};
+        if (waiting->origin)
+            json["recovery"]["project"] = validUtf8(waiting->origin->string());
+    }
+    if (!editor.errorMessage().empty())
+        json["problem"] = validUtf8(editor.errorMessage());
     if (!editor.isOpen()) {
         json["project"] = nullptr;
         return json;
@@ -60,8 +69,6 @@ Json statusJSON(AppState& editor)
         json["missing"] = std::move(missing);
     if (!editor.unknownKeys().empty())
         json["unknownKeys"] = editor.unknownKeys();
-    if (!editor.errorMessage().empty())
-        json["problem"] = validUtf8(editor.errorMessage());
     return json;
 }
 

@@ -161,8 +161,8 @@ ToolResult stepped(std::string const& verb, std::optional<std::string> const& ac
 
 Task<ToolResult> quit(ToolArgs args, EditorTools tools)
 {
-    if (tools.editor.isOpen() && !co_await tools.editor.saveNow() && !args.get(force, false))
-        throw ToolError(tools.editor.errorMessage() + " Pass --force to quit without it.");
+    accepted(co_await tools.editor.confirmDiscardingChanges(
+        args.get(force, false) ? AppState::Changes::discard : AppState::Changes::keep));
     tools.quit();
     co_return ToolResult{true, "Framewright quits.", {}};
 }

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "cli/tool.h"
+#include "editor/app_state.h"
+
+#include <filesystem>
+
+namespace framewright {
+
+/// The workspace a command is about: the one it was given in, else the current one. What it was
+/// given in becomes the current one. Throws ToolError.
+std::filesystem::path workspaceOf(ToolArgs const& args, AppState& editor);
+
+/// The file of the project that an option means: by its name in the workspace, in any case, or by
+/// the path of its file or folder. Throws ToolError.
+std::filesystem::path fileOfProject(ToolArgs const& args, Param<Text> const& project,
+                                    AppState& editor);
+
+} // namespace framewright

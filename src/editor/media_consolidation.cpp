@@ -1,0 +1,98 @@
+// Gathering the media of an AppState's project in the project's own folder.
+
+#include "editor/app_state.h"
+#include "editor/worker_task.h"
+#include "model/file_url.h"
+#include "workspace/workspace.h"
+
+#include <algorithm>
+
+namespace framewright {
+
+namespace {
+
+using Path = std::filesystem::path;
+
+bool isInside(Path const& file, Path const& folder)
+{
+    Path const way = Path(Workspace::canonicalPath(file))
+                         .lexically_relative(Workspace::canonicalPath(folder));
+    return !way.empty() && *way.begin() != "..";
+}
+
+/// A name in `folder` that no file has yet: "a.mp4", "a 2.mp4".
+Path freeFile(Path const& folder, Path const& name)
+{
+    Path file = folder / name;
+    for (int number = 2; std::filesystem::exists(file); ++number)
+        file = folder / Path(name.stem().string() + " " + std::to_string(number) +
+                             name.extension().string());
+    return file;
+}
+
+struct Copied {
+    Id asset;
+    Path file;
+};
+
+/// Copies all of them or, when one fails, none.
+std::vector<Copied> copyAll(std::vector<MediaAsset> const& assets, Path const& folder)
+{
+    std::vector<Copied> copies;
+    try {
+        std::filesystem::create_directories(folder);
+        for (MediaAsset const& asset : assets) {
+            Path const source = asset.url.path;
+            Path const target = freeFile(folder, source.filename());
+            copies.push_back({asset.id, target});
+            std::filesystem::copy_file(source, target);
+        }
+    } catch (std::filesystem::filesystem_error const& error) {
+        std::error_code ignored;
+        for (Copied const& copy : copies)
+            std::filesystem::remove(copy.file, ignored);
+        throw ProjectFileError(validUtf8(error.path1().filename().string()) +
+                               " could not be copied into the project: " +
+                               error.code().message() + ".");
+    }
+    return copies;
+}
+
+} // namespace
+
+QCoro::Task<Outcome<std::vector<Path>>> AppState::consolidateMedia(std::vector<Path> folders)
+{
+    if (!isWorkspaceProject())
+        co_return Refusal{"Only projects of a workspace have a folder to gather media in."};
+    Path const projectFolder = m_projectFile->parent_path();
+    folders.push_back(projectFolder);
+    std::vector<MediaAsset> outside;
+    for (auto const& [id, asset] : *m_project.assets) {
+        bool const isElsewhere = std::ranges::none_of(
+            folders, [&](Path const& folder) { return isInside(asset.url.path, folder); });
+        if (isElsewhere && !assetProblem(id))
+            outside.push_back(asset);
+    }
+
+    std::vector<Copied> const copies = co_await onWorker(
+        [outside, folder = Workspace::mediaFolder(projectFolder)] { return copyAll(outside, folder); });
+
+    std::vector<Path> files;
+    Project project = m_project;
+    for (Copied const& copy : copies) {
+        files.push_back(copy.file);
+        if (!project.asset(copy.asset))
+            continue; // Undone while its file was copied.
+        MediaAsset& asset = project.assets.edit()[copy.asset];
+        asset.url.path = copy.file.string();
+        asset.playbackURL = asset.url;
+    }
+    if (!(project == m_project)) {
+        commit(std::move(project), "Consolidate Media");
+        m_assetRefs.clear(); // They tell of the files before.
+        loadAssets();
+    }
+    co_return files;
+}
+
+} // namespace framewright

@@ -1,0 +1,181 @@
+// Saving the project of an AppState, and taking in what others write.
+
+#include "editor/app_state.h"
+#include "editor/worker_task.h"
+#include "workspace/workspace_messages.h"
+
+#include <QCoro/QCoroSignal>
+
+#include <algorithm>
+
+namespace framewright {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::chrono::milliseconds saveDelay = 1000ms;
+/// Edits that follow each other closely put the save off, but no further than this after the first
+/// of them: what was acknowledged must not be at risk for as long as somebody keeps editing.
+constexpr std::chrono::milliseconds longestDelay = 1250ms;
+
+} // namespace
+
+void AppState::scheduleSave()
+{
+    auto const waited = std::chrono::duration_cast<std::chrono::milliseconds>(
+        std::chrono::steady_clock::now() - m_unsavedSince);
+    m_saveTimer.start(std::clamp(longestDelay - waited, 0ms, saveDelay));
+}
+
+QCoro::Task<void> AppState::saveOrAutosave()
+{
+    if (!m_isDirty)
+        co_return;
+    if (isWorkspaceProject() && co_await saveNow())
+        co_return;
+    // What has no place of its own yet, or can't be written there, is kept all the same.
+    if (m_isDirty)
+        co_await autosave();
+}
+
+QCoro::Task<void> AppState::saveEnded()
+{
+    while (m_isSaving)
+        co_await qCoro(this, &AppState::saved);
+}
+
+QCoro::Task<bool> AppState::saveNow()
+{
+    // A save under way may have begun before the last change; then one more follows it.
+    co_await saveEnded();
+    if (m_isDirty && isWorkspaceProject())
+        co_await saveToFile();
+    co_return !m_isDirty;
+}
+
+QCoro::Task<bool> AppState::saveProject()
+{
+    co_await saveEnded();
+    if (m_isDirty && m_projectFile)
+        co_await saveToFile();
+    co_return !m_isDirty;
+}
+
+QCoro::Task<bool> AppState::saveToFile()
+{
+    m_saveTimer.stop();
+    m_isSaving = true;
+    auto const revision = m_revision;
+    std::filesystem::path const file = *m_projectFile;
+    std::string problem;
+    std::optional<SaveResult> result;
+    try {
+        result = co_await onWorker([file, project = m_project, mark = m_diskMark, refs = m_assetRefs] {
+            return framewright::saveProject(file, project, mark, refs);
+        });
+    } catch (ProjectFileError const& error) {
+        problem = error.what();
+    }
+    m_isSaving = false;
+    if (file == m_projectFile) {
+        if (!result)
+            setErrorMessage(problem);
+        else if (result->wasChangedByOthers)
+            co_await reloadProjectFromDisk();
+        else
+            takeSaveResult(*result, revision);
+    }
+    emit saved();
+    co_return !m_isDirty;
+}
+
+void AppState::takeSaveResult(SaveResult const& result, std::uint64_t revision)
+{
+    m_diskMark = result.written;
+    setErrorMessage({});
+    m_unknownKeys.clear();
+    m_recovery.clear();
+    if (m_revision == revision) {
+        setDirty(false);
+        return;
+    }
+    // What came meanwhile has a save of its own ahead; its second counts from now.
+    m_unsavedSince = std::chrono::steady_clock::now();
+    scheduleSave();
+}
+
+QCoro::Task<void> AppState::autosave()
+{
+    m_recovery.rememberOrigin(m_projectFile);
+    try {
+        co_await onWorker([file = m_recovery.file(), project = m_project] {
+            Recovery::write(file, project);
+        });
+        m_unsavedSince = std::chrono::steady_clock::now();
+    } catch (ProjectFileError const& error) {
+        setErrorMessage(m_errorMessage.empty() ? error.what() : m_errorMessage + " " + error.what());
+    }
+}
+
+QCoro::Task<void> AppState::reloadProjectFromDisk()
+{
+    std::filesystem::path const file = *m_projectFile;
+    try {
+        ReadProject read = co_await onWorker([file] { return readProject(file); });
+        if (file == m_projectFile && read.mark != m_diskMark)
+            takeOutsideEdit(std::move(read));
+    } catch (ProjectFileError const&) {
+        // It may be half written yet: when it is whole, the watcher tells again.
+        if (file == m_projectFile)
+            setErrorMessage(WorkspaceMessage::invalidProject(projectName()));
+    }
+}
+
+void AppState::takeOutsideEdit(ReadProject read)
+{
+    Project& project = read.decoded.document.project;
+    m_diskMark = std::move(read.mark);
+    m_unknownKeys = std::move(read.decoded.unknownKeys);
+    setErrorMessage({});
+    if (!(project == m_project)) {
+        bool const hasOtherMedia = !(project.assets == m_project.assets);
+        commit(std::move(project), "Edit on Disk");
+        if (hasOtherMedia)
+            loadAssets();
+    }
+    // Memory and disk are one again; what was not saved yet is a step back in the history.
+    m_saveTimer.stop();
+    setDirty(false);
+}
+
+bool AppState::saveBeforeQuitting()
+{
+    m_saveTimer.stop();
+    if (!m_isDirty)
+        return true;
+    try {
+        if (!isWorkspaceProject()) {
+            m_recovery.rememberOrigin(m_projectFile);
+            Recovery::write(m_recovery.file(), m_project);
+            return false;
+        }
+        SaveResult const result = framewright::saveProject(
+            *m_projectFile, m_project, m_diskMark, m_assetRefs);
+        if (result.wasChangedByOthers)
+            takeOutsideEdit(readProject(*m_projectFile));
+        else
+            takeSaveResult(result, m_revision);
+    } catch (ProjectFileError const& error) {
+        setErrorMessage(error.what());
+        m_recovery.rememberOrigin(m_projectFile);
+        try {
+            Recovery::write(m_recovery.file(), m_project);
+        } catch (ProjectFileError const& second) {
+            setErrorMessage(m_errorMessage + " " + second.what());
+        }
+    }
+    return !m_isDirty;
+}
+
+} // namespace framewright
