@@ -128,14 +128,15 @@ TEST(ProjectFolder, IsRenamedUnlessTheNameIsTaken)
     EXPECT_EQ(*renameProject(folder / "Hook/", " hook "), folder / "hook");
     EXPECT_EQ(*renameProject(folder / "hook", "hook"), folder / "hook");
     EXPECT_EQ(*renameProject(folder / "hook", "Opening"), folder / "Opening");
-    for (std::string const taken : {"Other", "OTHER", "Empty"})
+    fs::create_directory(folder / "opening");
+    for (std::string const taken : {"Other", "OTHER", "Empty", "opening"})
         EXPECT_EQ(renameProject(folder / "Opening", taken).refusal(),
                   "A project named “" + taken + "” is already there. Pick another name.");
     EXPECT_FALSE(renameProject(folder / "Opening", "../x"));
     EXPECT_EQ(failureOf<WorkspaceError>([&] { (void)renameProject(folder / "gone", "x"); }),
               (folder / "gone").string() +
                   " is not there. It may have been moved, renamed or deleted.");
-    EXPECT_THAT(namesIn(folder.path()), ElementsAre("Empty", "Opening", "Other"));
+    EXPECT_THAT(namesIn(folder.path()), ElementsAre("Empty", "Opening", "Other", "opening"));
     EXPECT_EQ(contentsOf(folder / "Opening/project.json"), "mine");
 }
 
