@@ -7,6 +7,7 @@
 #include "workspace/workspace_messages.h"
 
 #include <QFile>
+#include <QStandardPaths>
 #include <QString>
 
 #include <algorithm>
@@ -128,6 +129,19 @@ private:
 
     Path m_folder;
 };
+
+/// Makes sure that this user has a trash. Without one Qt would move the files to folders it makes
+/// in the current folder, and call that the trash.
+void requireTrash()
+{
+    QString const data = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
+    Path const trash = Path(QFile::encodeName(data).toStdString()) / "Trash";
+    if (!trash.is_absolute())
+        throw FileError(FileError::Cause::missing, trash, "used",
+                        "XDG_DATA_HOME is a relative path");
+    for (char const* const part : {"files", "info"})
+        ensureFolder(trash / part);
+}
 
 Path freeFolder(Path const& projects, std::string const& name)
 {
@@ -260,6 +274,11 @@ Path trashProject(Path const& project)
     Path const folder = namedFolder(project);
     requireFolder(folder);
     QFile entry(QFile::decodeName(folder.c_str()));
+    try {
+        requireTrash();
+    } catch (FileError const& error) {
+        throw WorkspaceError(WorkspaceMessage::couldNotBeTrashed(folder, error.reason));
+    }
     if (!entry.moveToTrash())
         throw WorkspaceError(
             WorkspaceMessage::couldNotBeTrashed(folder, entry.errorString().toStdString()));
