@@ -40,7 +40,11 @@ struct MediaInfo {
     int displayHeight() const { return orientation.swapsSides() ? width : height; }
 };
 
-/// Looks into a file by its content, whatever its name says. Blocks: reads the file's head.
+/// Looks into a file by its content, whatever its name says. Blocks: reads the file's head, and
+/// all of a sound file whose head doesn't tell its exact length.
+///
+/// Photos are described upright. Where a video's pixels are not square, `width` is the one that
+/// makes them so; its pictures come as stored and have to be drawn into that width.
 ///
 /// Only local files are opened, and never what refers to other files (playlists, concat lists).
 /// Throws MediaError: missing, a folder, empty, no media, a picture too large to be real.

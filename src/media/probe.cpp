@@ -1,0 +1,166 @@
+#include "media/media_info.h"
+
+#include "media/av_handles.h"
+#include "media/media_failure.h"
+#include "media/media_file.h"
+#include "media/media_input.h"
+#include "media/photo_decoding.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+namespace framewright {
+
+namespace {
+
+MediaInfo photoInfo(Descriptor const& opened, PhotoFormat format, std::filesystem::path const& file)
+{
+    QSize const size = photoSize(opened, format, file);
+    MediaInfo info;
+    info.kind = MediaKind::image;
+    info.hasVideo = true;
+    info.width = size.width();
+    info.height = size.height();
+    return info;
+}
+
+Orientation orientationOf(AVStream const& stream)
+{
+    std::size_t size = 0;
+    auto const* const matrix = reinterpret_cast<std::int32_t const*>(
+        av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, &size));
+    if (!matrix || size < 9 * sizeof(std::int32_t))
+        return {};
+    // The stored x axis points along (a, b) in the upright picture, the y axis along (c, d).
+    double a = matrix[0];
+    double b = matrix[1];
+    double const c = matrix[3];
+    double const d = matrix[4];
+    Orientation orientation;
+    orientation.isMirrored = a * d - b * c < 0;
+    if (orientation.isMirrored) {
+        a = -a;
+        b = -b;
+    }
+    long const turns = std::lround(std::atan2(b, a) / (std::numbers::pi / 2));
+    orientation.quarterTurns = int((turns + 4) % 4);
+    return orientation;
+}
+
+/// Pixels that are not square are made so by the width: the height keeps its lines.
+int squareWidth(AVFormatContext& format, AVStream& stream)
+{
+    int const width = stream.codecpar->width;
+    AVRational const aspect = av_guess_sample_aspect_ratio(&format, &stream, nullptr);
+    double const ratio = aspect.num > 0 && aspect.den > 0 ? av_q2d(aspect) : 1;
+    if (ratio < 0.1 || ratio > 10) // No camera's; a mistake of the file.
+        return width;
+    return std::clamp(int(std::lround(width * ratio)), 1, maxPictureSide);
+}
+
+double frameRateOf(AVStream const& stream)
+{
+    for (AVRational const rate : {stream.avg_frame_rate, stream.r_frame_rate}) {
+        if (rate.num > 0 && rate.den > 0)
+            return av_q2d(rate);
+    }
+    return 0;
+}
+
+void addPictureFacts(MediaInfo& info, AVFormatContext& format, AVStream& stream)
+{
+    info.hasVideo = true;
+    info.width = squareWidth(format, stream);
+    info.height = stream.codecpar->height;
+    info.orientation = orientationOf(stream);
+    info.frameRate = frameRateOf(stream);
+    info.isHDR = stream.codecpar->color_trc == AVCOL_TRC_SMPTE2084 ||
+                 stream.codecpar->color_trc == AVCOL_TRC_ARIB_STD_B67;
+    info.videoCodec = avcodec_get_name(stream.codecpar->codec_id);
+}
+
+void addSoundFacts(MediaInfo& info, AVStream const& stream)
+{
+    info.hasAudio = true;
+    info.channels = stream.codecpar->ch_layout.nb_channels;
+    info.sampleRate = stream.codecpar->sample_rate;
+    info.audioCodec = avcodec_get_name(stream.codecpar->codec_id);
+}
+
+std::int64_t droppedAtEnd(AVPacket const& packet, AVStream const& stream)
+{
+    std::size_t size = 0;
+    std::uint8_t const* const skip =
+        av_packet_get_side_data(&packet, AV_PKT_DATA_SKIP_SAMPLES, &size);
+    if (!skip || size < 8 || stream.codecpar->sample_rate <= 0)
+        return 0;
+    std::uint32_t const samples =
+        skip[4] | skip[5] << 8 | skip[6] << 16 | std::uint32_t(skip[7]) << 24;
+    return av_rescale_q(samples, {1, stream.codecpar->sample_rate}, stream.time_base);
+}
+
+/// Reads all packets, without decoding, to where the last one ends.
+double measuredEnd(MediaInput& input)
+{
+    PacketHandle const packet = newPacket();
+    double end = 0;
+    while (true) {
+        try {
+            if (!input.read(*packet))
+                return end;
+        } catch (MediaError const&) {
+            return end; // What cannot be read has no length.
+        }
+        AVStream const& stream = *input.format()->streams[packet->stream_index];
+        if ((&stream == input.picture() || &stream == input.sound()) &&
+            packet->pts != AV_NOPTS_VALUE) {
+            std::int64_t const last =
+                packet->pts + packet->duration - droppedAtEnd(*packet, stream);
+            end = std::max(end, double(last - input.zero(stream)) * av_q2d(stream.time_base));
+        }
+        av_packet_unref(packet.get());
+    }
+}
+
+double durationOf(MediaInput& input)
+{
+    double end = 0;
+    for (AVStream const* const stream : {input.picture(), input.sound()}) {
+        if (!stream)
+            continue;
+        double const its = input.end(*stream);
+        if (its < 0)
+            return measuredEnd(input);
+        end = std::max(end, its);
+    }
+    return end;
+}
+
+} // namespace
+
+MediaInfo probeMedia(std::filesystem::path const& file)
+{
+    Descriptor opened = openMediaFile(file);
+    PhotoFormat const format = photoFormat(headOf(opened, file));
+    if (format != PhotoFormat::none)
+        return photoInfo(opened, format, file);
+
+    MediaInput input(std::move(opened), file, MediaInput::Detail::complete);
+    input.findLeadIn();
+    MediaInfo info;
+    info.kind = input.picture() ? MediaKind::video : MediaKind::audio;
+    // Opening them finds out what cannot be decoded before it is asked for.
+    if (AVStream* const picture = input.picture()) {
+        input.openDecoder(*picture, 1);
+        addPictureFacts(info, *input.format(), *picture);
+    }
+    if (AVStream* const sound = input.sound()) {
+        input.openDecoder(*sound, 1);
+        addSoundFacts(info, *sound);
+    }
+    info.duration = durationOf(input);
+    return info;
+}
+
+} // namespace framewright

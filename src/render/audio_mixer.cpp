@@ -1,0 +1,107 @@
+#include "render/audio_mixer.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+
+namespace framewright {
+
+namespace {
+
+constexpr std::int64_t fadeLength = AudioMixer::sampleRate * 3 / 1000;
+constexpr float untouched = 0.9f;
+
+std::int64_t sampleAt(double seconds)
+{
+    return std::llround(seconds * AudioMixer::sampleRate);
+}
+
+/// Whether `next` goes on where `segment` stops, in time and in its file, to within a sample.
+bool continues(CompositionSegment const& segment, CompositionSegment const& next)
+{
+    double const jump = next.sourceStart - segment.sourceTimeAt(next.timeRange.start.seconds());
+    return segment.timeRange.end == next.timeRange.start && segment.file == next.file &&
+           std::abs(jump) * AudioMixer::sampleRate <= 1;
+}
+
+float fade(std::int64_t samplesFromEdge)
+{
+    return samplesFromEdge >= fadeLength ? 1.0f : (float(samplesFromEdge) + 0.5f) / fadeLength;
+}
+
+/// Rises ever more slowly towards 1, in line with the untouched range where it begins.
+float belowOne(float sample)
+{
+    float const size = std::abs(sample);
+    if (size <= untouched)
+        return sample;
+    constexpr float room = 1 - untouched;
+    return std::copysign(untouched + room * std::tanh((size - untouched) / room), sample);
+}
+
+} // namespace
+
+AudioMixer::AudioMixer(BuiltComposition const& composition, SoundSource& source)
+    : m_composition(composition), m_source(source)
+{
+    for (CompositionTrack const& track : composition.tracks) {
+        if (track.kind == CompositionTrack::Kind::sound)
+            addTrack(track);
+    }
+}
+
+void AudioMixer::addTrack(CompositionTrack const& track)
+{
+    std::vector<Part> parts;
+    for (CompositionSegment const& segment : track.segments) {
+        bool const goesOn = !parts.empty() && continues(*parts.back().segment, segment);
+        if (goesOn)
+            parts.back().fadesOut = false;
+        parts.push_back({track.id, &segment, sampleAt(segment.timeRange.start.seconds()),
+                         sampleAt(segment.timeRange.end.seconds()), sampleAt(segment.sourceStart),
+                         !goesOn, true});
+    }
+    m_tracks.push_back(std::move(parts));
+}
+
+void AudioMixer::mix(std::int64_t first, std::span<float> interleaved)
+{
+    std::ranges::fill(interleaved, 0.0f);
+    std::int64_t const last = first + std::int64_t(interleaved.size() / 2);
+    for (std::vector<Part> const& parts : m_tracks) {
+        auto part = std::ranges::upper_bound(parts, first, {}, &Part::end);
+        for (; part != parts.end() && part->start < last; ++part) {
+            std::int64_t const from = std::max(first, part->start);
+            std::int64_t const to = std::min(last, part->end);
+            if (from < to)
+                mixPart(
+                    *part, from,
+                    interleaved.subspan(std::size_t(from - first) * 2, std::size_t(to - from) * 2));
+        }
+    }
+    std::ranges::transform(interleaved, interleaved.begin(), belowOne);
+}
+
+void AudioMixer::mixPart(Part const& part, std::int64_t first, std::span<float> interleaved)
+{
+    std::size_t const count = interleaved.size() / 2;
+    m_gains.resize(count);
+    m_composition.audioMix.gains(part.track, double(first) / sampleRate, m_gains);
+    if (std::ranges::all_of(m_gains, [](float gain) { return gain == 0; }))
+        return; // Silent: not worth decoding.
+
+    m_sound.resize(count * 2);
+    m_source.read(part.track, *part.segment, part.sourceStart + (first - part.start), m_sound);
+    for (std::size_t n = 0; n < count; ++n) {
+        std::int64_t const sample = first + std::int64_t(n);
+        float gain = m_gains[n];
+        if (part.fadesIn)
+            gain *= fade(sample - part.start);
+        if (part.fadesOut)
+            gain *= fade(part.end - 1 - sample);
+        interleaved[2 * n] += m_sound[2 * n] * gain;
+        interleaved[2 * n + 1] += m_sound[2 * n + 1] * gain;
+    }
+}
+
+} // namespace framewright

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "render/composition.h"
+#include "render/sound_source.h"
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace framewright {
+
+/// Mixes the sound of a composition: 48 kHz, stereo. One thread at a time.
+class AudioMixer {
+public:
+    static constexpr int sampleRate = AudioMix::sampleRate;
+
+    /// Both must outlive it.
+    AudioMixer(BuiltComposition const& composition, SoundSource& source);
+
+    /// Fills `interleaved` (left, right, …) with the piece from sample `first` on.
+    ///
+    /// Each sample depends on its time alone: any order and any length of blocks gives the same.
+    /// Clips begin and end on exact samples, with a fade of 3 ms against clicks, but where the next
+    /// clip goes on in the same file without a jump. Peaks are bent so that they stay below 1;
+    /// what is below 0.9 is left as it is.
+    /// Throws MediaError, which names the clip and the file.
+    void mix(std::int64_t first, std::span<float> interleaved);
+
+private:
+    /// A segment in samples, with what surrounds it.
+    struct Part {
+        CompositionTrackID track;
+        CompositionSegment const* segment;
+        std::int64_t start;
+        std::int64_t end;
+        std::int64_t sourceStart;
+        bool fadesIn;
+        bool fadesOut;
+    };
+
+    void addTrack(CompositionTrack const& track);
+    void mixPart(Part const& part, std::int64_t first, std::span<float> interleaved);
+
+    BuiltComposition const& m_composition;
+    SoundSource& m_source;
+    std::vector<std::vector<Part>> m_tracks; ///< The parts of each sound track, in time order.
+    std::vector<float> m_sound;
+    std::vector<float> m_gains;
+};
+
+} // namespace framewright
