@@ -22,9 +22,7 @@ public:
             system,         ///< A system call failed.
             alreadyRunning, ///< Another editor of this user and profile serves here.
         };
-        SocketError(Cause cause, std::string const& text) : std::runtime_error(text), cause(cause)
-        {
-        }
+        SocketError(Cause why, std::string const& text) : std::runtime_error(text), cause(why) {}
         Cause const cause;
     };
 
