@@ -136,7 +136,7 @@ std::filesystem::path CLISocket::path(std::filesystem::path const& folder,
 CLISocket::Listener CLISocket::listen(std::filesystem::path const& path)
 {
     std::string const place = addressable(path);
-    Listener listener{.socket = newSocket(), .lock = {}};
+    Listener listener{.socket = newSocket(), .lock = {}, .file = place};
     if (!listener.socket)
         fail("socket() failed");
     listener.lock = lockBeside(place);

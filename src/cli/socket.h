@@ -48,6 +48,7 @@ public:
     struct Listener {
         Descriptor socket; ///< Non-blocking.
         Descriptor lock;   ///< Held until closed. Given up by the system when the process dies.
+        std::string file;  ///< The socket's, to be removed before the lock is given up.
     };
 
     /// Where this user's editor is reached; the profile comes from VELMORA_PROFILE. Makes the

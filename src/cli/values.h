@@ -10,6 +10,9 @@
 
 namespace framewright {
 
+/// Whether two texts differ in nothing but the case of ASCII letters.
+bool equalIgnoringCase(std::string_view a, std::string_view b);
+
 /// A number, or "m:ss.ss". Seconds.
 std::optional<double> parseSeconds(std::string_view text);
 
