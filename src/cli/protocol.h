@@ -35,7 +35,8 @@ struct ToolRequest {
     /// How the user spelled those of `args` that the client turned into numbers and booleans, in
     /// the same shape: a text option takes "007" from here, where `args` only has 7 left of it.
     nlohmann::json words = nlohmann::json::object();
-    std::string cwd; ///< The client's current folder: a path, or a file URL where it is not UTF-8.
+    /// The client's current folder: a path, or a file URL where it is not UTF-8.
+    std::string cwd{};
     bool wantsProgress = false;
 };
 
@@ -43,6 +44,7 @@ struct ToolRequest {
 struct HelpRequest {
     std::string command;
     bool wantsTools = false; ///< The descriptors too.
+    std::string cwd{};
 };
 
 /// Ends the command with this id on the same connection. Has no reply of its own.

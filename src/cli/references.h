@@ -4,6 +4,7 @@
 
 #include <string>
 #include <string_view>
+#include <variant>
 
 namespace framewright {
 
@@ -21,13 +22,16 @@ struct BarPlace {
     CaptionBar const* bar = nullptr;
 };
 
-/// A reference, a track's name (in any case, unless two differ in nothing else), or the beginning
-/// of its id.
+/// A reference, a track's name (in any case, where no name is the very same), or the beginning of
+/// its id.
 Track const& resolveTrack(Project const& project, std::string_view reference);
 
 ClipPlace resolveClip(Project const& project, std::string_view reference);
 
 BarPlace resolveBar(Project const& project, std::string_view reference);
+
+/// Either of the two; a clip when it can be neither, so that the sentence speaks of clips.
+std::variant<ClipPlace, BarPlace> resolveItem(Project const& project, std::string_view reference);
 
 /// By name, or by id or its beginning.
 MediaAsset const& resolveAsset(Project const& project, std::string_view nameOrID);

@@ -22,9 +22,7 @@ public:
             system,         ///< A system call failed.
             alreadyRunning, ///< Another editor of this user and profile serves here.
         };
-        SocketError(Cause cause, std::string const& text) : std::runtime_error(text), cause(cause)
-        {
-        }
+        SocketError(Cause why, std::string const& text) : std::runtime_error(text), cause(why) {}
         Cause const cause;
     };
 
@@ -50,6 +48,7 @@ public:
     struct Listener {
         Descriptor socket; ///< Non-blocking.
         Descriptor lock;   ///< Held until closed. Given up by the system when the process dies.
+        std::string file;  ///< The socket's, to be removed before the lock is given up.
     };
 
     /// Where this user's editor is reached; the profile comes from VELMORA_PROFILE. Makes the

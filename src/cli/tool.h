@@ -20,8 +20,8 @@ using Task = QCoro::Task<T>;
 /// What a command answers.
 struct ToolResult {
     bool ok = true;
-    std::string text;
-    std::vector<std::string> images; ///< PNG files, as bytes.
+    std::string text{};
+    std::vector<std::string> images{}; ///< PNG files, as bytes.
 
     /// Data, pretty-printed, and below it a note for people when there is one.
     static ToolResult json(nlohmann::json const& data, std::string const& note = {});
@@ -83,7 +83,7 @@ struct Tool {
     std::string name;        ///< Lower case with underscores. Users see hyphens.
     std::string description; ///< Whole sentences. The first stands alone in the index.
     /// In the order of the help; values without a name fill the required ones in this order.
-    std::vector<Parameter> params;
+    std::vector<Parameter> params{};
     Action action;
 
     /// {name, description, params, required}, as models are told of tools.

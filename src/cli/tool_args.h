@@ -47,6 +47,9 @@ public:
     /// A time whose "end" is that of the track or file concerned.
     std::optional<double> time(Param<Moment> const& param, double end) const;
 
+    /// Reads a value and forgets it. Throws ToolError when it can't be read.
+    void check(Parameter const& param) const;
+
     std::string const& cwd() const { return m_cwd; }
     ReferenceContext const& references() const { return *m_references; }
     Progress const& progress() const { return m_progress; }

@@ -10,9 +10,8 @@
 
 namespace framewright {
 
-/// A decimal number that is the whole text ("-.5", "1e3", "007"). Nothing for any other text, and
-/// for numbers that a double can't hold: no infinity, no hexadecimal, no blanks.
-std::optional<double> parseNumber(std::string_view text);
+/// Whether two texts differ in nothing but the case of ASCII letters.
+bool equalIgnoringCase(std::string_view a, std::string_view b);
 
 /// A number, or "m:ss.ss". Seconds.
 std::optional<double> parseSeconds(std::string_view text);
