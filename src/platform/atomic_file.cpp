@@ -48,7 +48,8 @@ public:
     {
         constexpr std::size_t longestName = 255;
         std::string const name = file.filename().string();
-        m_start = "." + name.substr(0, longestName - 2 - digitCount - m_end.size()) + ".";
+        m_start += name.substr(0, longestName - 2 - digitCount - m_end.size());
+        m_start += '.';
     }
 
     std::string make() const
@@ -69,7 +70,7 @@ private:
     static constexpr std::size_t digitCount = 16;
     static constexpr std::string_view m_end = ".framewright-new";
 
-    std::string m_start;
+    std::string m_start = ".";
 };
 
 Path folderOf(Path const& file)
@@ -183,10 +184,9 @@ void removeLeftovers(Path const& file, TemporaryName const& name)
     std::error_code error;
     for (std::filesystem::directory_iterator entry(folderOf(file), error), end;
          !error && entry != end; entry.increment(error)) {
-        if (!name.fits(entry->path().filename().string()) || entry->is_symlink())
-            continue;
         std::error_code unreadable;
-        if (entry->last_write_time(unreadable) < abandoned && !unreadable)
+        if (name.fits(entry->path().filename().string()) &&
+            entry->last_write_time(unreadable) < abandoned && !unreadable)
             ::unlink(entry->path().c_str());
     }
 }
