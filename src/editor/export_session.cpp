@@ -43,9 +43,8 @@ QCoro::Task<Outcome<ExportResult>> ExportSession::run(ExportSettings settings,
 
     co_await m_editor.assetsLoaded();
     Exporter const exporter(m_editor.project(), m_editor.assets(), std::move(settings));
-    ExportResult result = co_await onWorker(
-        [exporter, progress = std::move(progress), stop] { return exporter.run(progress, stop); });
-    co_return result;
+    auto const render = [exporter, progress, stop] { return exporter.run(progress, stop); };
+    co_return co_await onWorker(render);
 }
 
 } // namespace framewright

@@ -74,17 +74,19 @@ QCoro::Task<Outcome<std::vector<Path>>> AppState::consolidateMedia(std::vector<P
             outside.push_back(asset);
     }
 
-    std::vector<Copied> const copies = co_await onWorker(
-        [outside, folder = Workspace::mediaFolder(projectFolder)] { return copyAll(outside, folder); });
+    auto const copy = [outside, folder = Workspace::mediaFolder(projectFolder)] {
+        return copyAll(outside, folder);
+    };
+    std::vector<Copied> const copies = co_await onWorker(copy);
 
     std::vector<Path> files;
     Project project = m_project;
-    for (Copied const& copy : copies) {
-        files.push_back(copy.file);
-        if (!project.asset(copy.asset))
+    for (Copied const& each : copies) {
+        files.push_back(each.file);
+        if (!project.asset(each.asset))
             continue; // Undone while its file was copied.
-        MediaAsset& asset = project.assets.edit()[copy.asset];
-        asset.url.path = copy.file.string();
+        MediaAsset& asset = project.assets.edit()[each.asset];
+        asset.url.path = each.file.string();
         asset.playbackURL = asset.url;
     }
     if (!(project == m_project)) {

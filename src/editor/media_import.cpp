@@ -77,10 +77,11 @@ QCoro::Task<AppState::Imported> AppState::inspect(std::filesystem::path file)
         std::filesystem::path file;
         MediaInfo info;
     };
-    Found const found = co_await onWorker([file]() -> Found {
+    auto const look = [file]() -> Found {
         MediaInfo const info = probeMedia(file);
         return {std::filesystem::canonical(file), info};
-    });
+    };
+    Found const found = co_await onWorker(look);
 
     LoadedAsset loaded = loadedAsset(found.file, found.info);
     for (auto const& [id, asset] : *m_project.assets) {
@@ -146,10 +147,12 @@ QCoro::Task<void> AppState::loadAssets()
     if (m_projectFile)
         places.projectFolder = m_projectFile->parent_path();
     places.refs = m_assetRefs;
-    std::vector<OpenedAsset> const opened = co_await onWorker([assets, places]() mutable {
-        places.mediaFolders = mediaFoldersAround(places.projectFolder);
-        return openAssets(assets, places);
-    });
+    auto const open = [assets, places] {
+        MediaPlaces all = places;
+        all.mediaFolders = mediaFoldersAround(all.projectFolder);
+        return openAssets(assets, all);
+    };
+    std::vector<OpenedAsset> const opened = co_await onWorker(open);
 
     // Another project, or another state of this one, may have been opened meanwhile.
     if (round != m_loadingRound)

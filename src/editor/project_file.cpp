@@ -1,5 +1,6 @@
 #include "editor/project_file.h"
 
+#include "editor/worker_task.h"
 #include "model/file_url.h"
 #include "platform/atomic_file.h"
 
@@ -93,6 +94,12 @@ ReadProject readProject(std::filesystem::path const& file)
     } catch (DocumentError const& error) {
         throw ProjectFileError(nameOf(file) + " is not a valid project: " + error.what());
     }
+}
+
+QCoro::Task<ReadProject> readOnWorker(std::filesystem::path file)
+{
+    auto const read = [file] { return readProject(file); };
+    co_return co_await onWorker(read);
 }
 
 SaveResult saveProject(std::filesystem::path const& file, Project const& project,

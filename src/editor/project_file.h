@@ -2,6 +2,8 @@
 
 #include "model/project_document.h"
 
+#include <QCoro/QCoroTask>
+
 #include <cstdint>
 #include <filesystem>
 #include <map>
@@ -29,6 +31,9 @@ struct ReadProject {
 
 /// Reads a project. Throws ProjectFileError with the file's name in the sentence.
 ReadProject readProject(std::filesystem::path const& file);
+
+/// The same on a worker thread.
+QCoro::Task<ReadProject> readOnWorker(std::filesystem::path file);
 
 /// What a save came to.
 struct SaveResult {

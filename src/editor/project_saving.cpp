@@ -70,10 +70,11 @@ QCoro::Task<bool> AppState::saveToFile()
     std::filesystem::path const file = *m_projectFile;
     std::string problem;
     std::optional<SaveResult> result;
+    auto const write = [file, project = m_project, mark = m_diskMark, refs = m_assetRefs] {
+        return framewright::saveProject(file, project, mark, refs);
+    };
     try {
-        result = co_await onWorker([file, project = m_project, mark = m_diskMark, refs = m_assetRefs] {
-            return framewright::saveProject(file, project, mark, refs);
-        });
+        result = co_await onWorker(write);
     } catch (ProjectFileError const& error) {
         problem = error.what();
     }
@@ -108,10 +109,11 @@ void AppState::takeSaveResult(SaveResult const& result, std::uint64_t revision)
 QCoro::Task<void> AppState::autosave()
 {
     m_recovery.rememberOrigin(m_projectFile);
+    auto const write = [file = m_recovery.file(), project = m_project] {
+        Recovery::write(file, project);
+    };
     try {
-        co_await onWorker([file = m_recovery.file(), project = m_project] {
-            Recovery::write(file, project);
-        });
+        co_await onWorker(write);
         m_unsavedSince = std::chrono::steady_clock::now();
     } catch (ProjectFileError const& error) {
         setErrorMessage(m_errorMessage.empty() ? error.what() : m_errorMessage + " " + error.what());
@@ -122,7 +124,7 @@ QCoro::Task<void> AppState::reloadProjectFromDisk()
 {
     std::filesystem::path const file = *m_projectFile;
     try {
-        ReadProject read = co_await onWorker([file] { return readProject(file); });
+        ReadProject read = co_await readOnWorker(file);
         if (file == m_projectFile && read.mark != m_diskMark)
             takeOutsideEdit(std::move(read));
     } catch (ProjectFileError const&) {

@@ -21,18 +21,18 @@ constexpr int mostAttempts = 3;
 QCoro::Task<void> AppState::startProject(std::filesystem::path file, Project project)
 {
     // A new project has no file yet, and whatever lies there is not ours to replace.
-    SaveResult const result = co_await onWorker(
-        [file, project] { return framewright::saveProject(file, project, std::nullopt); });
+    auto const write = [file, project] {
+        return framewright::saveProject(file, project, std::nullopt);
+    };
+    SaveResult const result = co_await onWorker(write);
     if (result.wasChangedByOthers)
         throw ProjectFileError("There is a project at " + validUtf8(file.string()) + " already.");
-    ReadProject read = co_await onWorker([file] { return readProject(file); });
-    adopt(std::move(read), file);
+    adopt(co_await readOnWorker(file), file);
 }
 
 QCoro::Task<void> AppState::openProject(std::filesystem::path file)
 {
-    ReadProject read = co_await onWorker([file] { return readProject(file); });
-    adopt(std::move(read), file);
+    adopt(co_await readOnWorker(file), file);
 }
 
 void AppState::reopenLastProject()
@@ -179,14 +179,15 @@ QCoro::Task<Outcome<std::monostate>> AppState::restoreRecovery()
     if (!m_recovery.waiting())
         co_return Refusal{"There is no recovery copy waiting."};
     Recovery::Waiting const waiting = *m_recovery.waiting();
-    ReadProject read = co_await onWorker([file = waiting.file] { return readProject(file); });
+    ReadProject read = co_await readOnWorker(waiting.file);
 
     // Whatever stands in the project's own file by now is known, so that a save over it is refused
     // unless it is what we last saw there.
     std::optional<ContentMark> onDisk;
     if (waiting.origin) {
         try {
-            onDisk = (co_await onWorker([file = *waiting.origin] { return readProject(file); })).mark;
+            ReadProject const there = co_await readOnWorker(*waiting.origin);
+            onDisk = there.mark;
         } catch (ProjectFileError const&) {
             // It is gone or broken; the copy is then all there is.
         }

@@ -13,20 +13,37 @@
 
 namespace framewright {
 
+/// What work on another thread came to: its result, or what it threw.
+template <class Result>
+using WorkEnded = std::shared_ptr<std::variant<
+    std::exception_ptr, std::conditional_t<std::is_void_v<Result>, std::monostate, Result>>>;
+
+template <class Result>
+QCoro::Task<Result> resultOf(QFuture<WorkEnded<Result>> future)
+{
+    WorkEnded<Result> const ended = co_await future;
+    if (ended->index() == 0)
+        std::rethrow_exception(std::get<0>(*ended));
+    if constexpr (!std::is_void_v<Result>)
+        co_return std::move(std::get<1>(*ended));
+}
+
 /// Runs `work` on a worker thread and gives what it returned, back on the caller's thread. What it
 /// throws is thrown here. `work` gets values only: nothing of the editor is touched from there.
+///
+/// `work` must have a name. A closure written into the co_await itself is destroyed twice by the
+/// compilers we support (GCC bug 99576), so that does not compile.
 template <class Work>
-QCoro::Task<std::invoke_result_t<Work>> onWorker(Work work)
+auto onWorker(Work const& work) -> QCoro::Task<std::invoke_result_t<Work>>
 {
     using Result = std::invoke_result_t<Work>;
-    using Held = std::conditional_t<std::is_void_v<Result>, std::monostate, Result>;
-    using Ended = std::variant<std::exception_ptr, Held>;
+    using Ended = WorkEnded<Result>;
 
-    auto const promise = std::make_shared<QPromise<std::shared_ptr<Ended>>>();
-    QFuture<std::shared_ptr<Ended>> future = promise->future();
+    auto const promise = std::make_shared<QPromise<Ended>>();
+    QFuture<Ended> future = promise->future();
     promise->start();
-    QThreadPool::globalInstance()->start([promise, work = std::move(work)]() mutable {
-        auto ended = std::make_shared<Ended>();
+    QThreadPool::globalInstance()->start([promise, work = Work(work)]() mutable {
+        auto ended = std::make_shared<typename Ended::element_type>();
         try {
             if constexpr (std::is_void_v<Result>) {
                 work();
@@ -40,12 +57,10 @@ QCoro::Task<std::invoke_result_t<Work>> onWorker(Work work)
         promise->addResult(std::move(ended));
         promise->finish();
     });
-
-    std::shared_ptr<Ended> const ended = co_await future;
-    if (ended->index() == 0)
-        std::rethrow_exception(std::get<0>(*ended));
-    if constexpr (!std::is_void_v<Result>)
-        co_return std::move(std::get<1>(*ended));
+    return resultOf<Result>(std::move(future));
 }
+
+template <class Work>
+void onWorker(Work const&& work) = delete;
 
 } // namespace framewright

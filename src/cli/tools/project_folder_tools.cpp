@@ -65,10 +65,11 @@ Task<ToolResult> saveCopy(std::filesystem::path file, AppState& editor)
         file += ".fwp";
     if (std::filesystem::exists(file))
         throw ToolError("There is a file at " + file.string() + " already.");
-    co_await onWorker([file, project = editor.project()] {
+    auto const write = [file, project = editor.project()] {
         // An exact copy to be opened anywhere: its paths are absolute.
         writeFileAtomically(file, ProjectDocument(project).data());
-    });
+    };
+    co_await onWorker(write);
     co_return ToolResult::json({{"copy", validUtf8(file.string())}});
 }
 
@@ -106,8 +107,10 @@ Task<ToolResult> duplicateProjectFolder(ToolArgs args, AppState& editor)
 {
     std::filesystem::path const folder = co_await savedFolder(args, project, editor);
     std::optional<std::string> const name = args.find(copyName);
-    std::filesystem::path const copy = accepted(co_await onWorker(
-        [folder, name] { return name ? duplicateProject(folder, *name) : duplicateProject(folder); }));
+    auto const duplicate = [folder, name] {
+        return name ? duplicateProject(folder, *name) : duplicateProject(folder);
+    };
+    std::filesystem::path const copy = accepted(co_await onWorker(duplicate));
     co_return ToolResult::json(folderJSON(copy));
 }
 
@@ -115,7 +118,8 @@ Task<ToolResult> deleteProject(ToolArgs args, AppState& editor)
 {
     std::filesystem::path const folder = co_await savedFolder(args, doomed, editor);
     bool const isOpen = isOpenProject(editor, Workspace::projectFile(folder));
-    std::filesystem::path const trashed = co_await onWorker([folder] { return trashProject(folder); });
+    auto const trash = [folder] { return trashProject(folder); };
+    std::filesystem::path const trashed = co_await onWorker(trash);
     if (isOpen)
         accepted(co_await editor.closeProject(AppState::Changes::discard));
     Json json = {{"deleted", validUtf8(folder.filename().string())}};

@@ -118,7 +118,8 @@ std::vector<Tool> readingTools(EditorTools tools)
             .params = {path},
             .action = [](ToolArgs args) -> Task<ToolResult> {
                 std::filesystem::path const file = args[path];
-                MediaInfo const info = co_await onWorker([file] { return probeMedia(file); });
+                auto const look = [file] { return probeMedia(file); };
+                MediaInfo const info = co_await onWorker(look);
                 co_return ToolResult::json(mediaInfoJSON(info));
             },
         },

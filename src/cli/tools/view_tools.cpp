@@ -53,11 +53,11 @@ Task<ToolResult> drawFrame(ToolArgs args, EditorTools tools)
     if (time < 0)
         throw ToolError("at must be 0 or later.");
 
-    std::vector<std::uint8_t> const png =
-        co_await onWorker([&stills = tools.stills, project = editor.project(),
-                           assets = editor.assets(), time, pixels] {
-            return stills.png(project, assets, time, pixels);
-        });
+    auto const draw = [&stills = tools.stills, project = editor.project(),
+                       assets = editor.assets(), time, pixels] {
+        return stills.png(project, assets, time, pixels);
+    };
+    std::vector<std::uint8_t> const png = co_await onWorker(draw);
     Json json = {{"at", rounded(time)}, {"width", pixels}};
     if (Json missing = missingMediaJSON(editor); !missing.empty())
         json["missing"] = std::move(missing);
@@ -117,10 +117,11 @@ Task<ToolResult> exportMovie(ToolArgs args, EditorTools tools)
     co_await tools.editor.assetsLoaded();
     Json missing = missingMediaJSON(tools.editor);
     Progress const progress = args.progress();
-    ExportResult const made = accepted(co_await tools.exports.run(
-        settings,
-        [progress](double fraction, std::string_view stage) { progress.report(fraction, stage); },
-        args.stopToken()));
+    ExportProgress const report = [progress](double fraction, std::string_view stage) {
+        progress.report(fraction, stage);
+    };
+    ExportResult const made =
+        accepted(co_await tools.exports.run(settings, report, args.stopToken()));
 
     Json json = {{"path", validUtf8(made.file.string())},
                  {"duration", rounded(made.duration)},

@@ -1,0 +1,104 @@
+#include "editor_home.h"
+
+#include <gmock/gmock.h>
+
+namespace framewright {
+
+namespace {
+
+/// A project outside any workspace, as its file.
+std::filesystem::path looseProject(EditorHome& home, std::string const& brief)
+{
+    Project project = newProject();
+    project.brief = brief;
+    auto const file = home.folder / "loose.fwp";
+    put(file, ProjectDocument(project).data());
+    return file;
+}
+
+} // namespace
+
+TEST(Recovery, ALooseProjectIsKeptAsideUntilItIsSaved)
+{
+    EditorHome home;
+    auto const file = looseProject(home, "as saved");
+    awaited(home.editor().openProject(file));
+    setBrief(home.editor(), "unsaved");
+    ASSERT_TRUE(eventually([&] { return std::filesystem::exists(home.editor().recovery().file()); }));
+    EXPECT_EQ(briefIn(file), "as saved") << "The user's file is the user's.";
+
+    home.restart();
+    ASSERT_TRUE(home.editor().recovery().waiting());
+    EXPECT_EQ(home.editor().recovery().waiting()->origin, file);
+    ASSERT_TRUE(awaited(home.editor().restoreRecovery()));
+    EXPECT_EQ(home.editor().project().brief, "unsaved");
+    EXPECT_TRUE(home.editor().isDirty());
+    EXPECT_EQ(briefIn(file), "as saved");
+
+    ASSERT_TRUE(awaited(home.editor().saveProject()));
+    EXPECT_EQ(briefIn(file), "unsaved");
+    home.restart();
+    EXPECT_FALSE(home.editor().recovery().waiting()) << "Saved, so there is nothing to recover.";
+}
+
+TEST(Recovery, ClosingWithoutTheChangesLeavesNoCopy)
+{
+    EditorHome home;
+    awaited(home.editor().openProject(looseProject(home, "as saved")));
+    setBrief(home.editor(), "unsaved");
+    ASSERT_TRUE(eventually([&] { return std::filesystem::exists(home.editor().recovery().file()); }));
+
+    auto const kept = awaited(home.editor().closeProject(AppState::Changes::keep));
+    ASSERT_FALSE(kept);
+    EXPECT_THAT(kept.refusal(), testing::HasSubstr("“loose” has changes that are not saved."));
+    EXPECT_TRUE(home.editor().isOpen());
+
+    ASSERT_TRUE(awaited(home.editor().closeProject(AppState::Changes::discard)));
+    EXPECT_FALSE(home.editor().isOpen());
+    home.restart();
+    EXPECT_FALSE(home.editor().recovery().waiting());
+}
+
+TEST(Recovery, AWaitingCopyIsNeverOverwritten)
+{
+    EditorHome home;
+    auto const file = looseProject(home, "as saved");
+    awaited(home.editor().openProject(file));
+    setBrief(home.editor(), "of the first run");
+    ASSERT_TRUE(eventually([&] { return std::filesystem::exists(home.editor().recovery().file()); }));
+
+    home.restart();
+    auto const waiting = home.editor().recovery().waiting()->file;
+    awaited(home.editor().openProject(file));
+    setBrief(home.editor(), "of the second run");
+    ASSERT_TRUE(eventually([&] { return std::filesystem::exists(home.editor().recovery().file()); }));
+
+    EXPECT_EQ(briefIn(waiting), "of the first run");
+    EXPECT_EQ(briefIn(home.editor().recovery().file()), "of the second run");
+    home.restart();
+    ASSERT_TRUE(home.editor().discardRecovery());
+    EXPECT_FALSE(std::filesystem::exists(waiting));
+    home.restart();
+    ASSERT_TRUE(home.editor().recovery().waiting()) << "The second run's copy comes up next.";
+    EXPECT_EQ(briefIn(home.editor().recovery().waiting()->file), "of the second run");
+}
+
+TEST(Recovery, AProjectThatKillsTheEditorIsNotOpenedForever)
+{
+    EditorHome home;
+    home.startProject("Deadly");
+    awaited(home.editor().assetsLoaded());
+    int starts = 0;
+    for (; starts < 10; ++starts) {
+        home.restart();
+        home.editor().reopenLastProject(); // Dies before the event loop runs on.
+        if (!home.editor().isOpen())
+            break;
+        // What a dying process would have left behind.
+        home.defaults.setNumber("project.openAttempts", starts + 1);
+    }
+    EXPECT_EQ(starts, 3);
+    EXPECT_THAT(home.editor().errorMessage(), testing::HasSubstr("Deadly"));
+}
+
+} // namespace framewright
