@@ -58,11 +58,22 @@ void shiftToSourceStart(Clip& clip)
     }
 }
 
+/// Cuts what is past the file by no more than the tolerance: edit after edit must not creep on.
+void snapToFile(Clip& clip, double runs)
+{
+    if (clip.sourceStart < 0 && clip.sourceStart >= -timeTolerance)
+        clip.sourceStart = 0;
+    if (clip.sourceEnd > runs && clip.sourceEnd <= runs + timeTolerance)
+        clip.sourceEnd = runs;
+}
+
 std::optional<Refusal> placeRefusal(Track const& track, std::size_t index, Clip const& clip)
 {
-    double const growth = clip.length() - (*track.clips)[index].length();
-    double const end = track.isMagnetic ? track.end() + growth : clip.end();
-    if (growth > 0 && !(end <= latestTime))
+    Clip const& before = (*track.clips)[index];
+    double const later =
+        track.isMagnetic ? clip.length() - before.length() : clip.end() - before.end();
+    double const end = track.isMagnetic ? track.end() + later : clip.end();
+    if (later > 0 && !(end <= latestTime))
         return Refusal{"The timeline only goes to " + secondsText(latestTime) + "."};
     if (track.isMagnetic)
         return std::nullopt;
@@ -128,11 +139,13 @@ Outcome<Trimmed> trimClip(Project project, Id const& clipID, Trim const& trim)
         return Refusal{"The clip cannot start before 0."};
     after.timelineStart = std::max(0.0, after.timelineStart);
     double const headTrimmedBy = after.sourceStart - before.sourceStart;
-    if (!trim.in && !sourceLength(project, before))
+    auto const runs = sourceLength(project, before);
+    if (!trim.in && !runs)
         shiftToSourceStart(after);
+    if (runs)
+        snapToFile(after, std::max(*runs, before.sourceEnd));
     if (auto refusal = rangeRefusal(project, after, before.sourceEnd))
         return *refusal;
-    after.sourceStart = std::max(0.0, after.sourceStart);
     if (auto refusal = placeRefusal(track, spot->index, after))
         return *refusal;
 

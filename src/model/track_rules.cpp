@@ -135,8 +135,10 @@ Stretch freeStretch(Track const& track, std::size_t index)
             stretch.to = std::min(stretch.to, clips[i].timelineStart);
     }
     // What overlaps already, in a document written by hand, may stay where it is.
-    stretch.from = std::min(stretch.from, std::max(0.0, own.timelineStart));
-    stretch.to = std::max(stretch.to, own.end());
+    if (own.timelineStart < stretch.from - timeTolerance)
+        stretch.from = std::max(0.0, own.timelineStart);
+    if (own.end() > stretch.to + timeTolerance)
+        stretch.to = own.end();
     return stretch;
 }
 

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+
 namespace framewright {
 
 TEST(AspectPreset, IsNamedInTheWordsOfUsers)
@@ -76,6 +78,30 @@ TEST(Shared, CopiesAreIndependent)
     second.edit().push_back(3);
     EXPECT_EQ(first->size(), 2u);
     EXPECT_EQ(second->size(), 3u);
+
+    int const* const before = &second->front();
+    EXPECT_TRUE(second.isOnlyCopy());
+    second.edit()[0] = 7;
+    EXPECT_EQ(&second->front(), before) << "its own value is changed in place";
+    Shared<std::vector<int>> const third = std::move(second);
+    EXPECT_TRUE(third.isOnlyCopy());
+    EXPECT_EQ(third->front(), 7);
+}
+
+// A race, if there is one, is for the thread sanitizer to see.
+TEST(Shared, CopiesAreUsedOnOtherThreads)
+{
+    Shared<std::vector<int>> value(std::vector<int>(100, 1));
+    for (int round = 0; round < 200; ++round) {
+        std::thread reader([copy = value] {
+            for (int const number : *copy)
+                ASSERT_EQ(number, copy->front());
+        });
+        for (int& number : value.edit())
+            ++number;
+        reader.join();
+    }
+    EXPECT_EQ(value->front(), 201);
 }
 
 } // namespace framewright

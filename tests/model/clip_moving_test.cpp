@@ -1,0 +1,139 @@
+#include "model/clip_moving.h"
+#include "model/time_rules.h"
+
+#include "model/sketch.h"
+
+#include <gtest/gtest.h>
+
+namespace framewright {
+
+TEST(MoveClip, LandsWhereThereIsRoom)
+{
+    struct Case {
+        char const* name;
+        Project before;
+        char const* moving;
+        double time;
+        char const* after;
+    };
+    for (Case const& c : {
+             Case{"free", sketch("AA...BB"), "A", 2, "..AA.BB"},
+             Case{"free, over its own spot", sketch("AAAA...BB"), "A", 1, ".AAAA..BB"},
+             Case{"free, against a neighbour", sketch("AA...BB"), "A", 4, "...AABB"},
+             Case{"free, over a neighbour", sketch("AABB"), "A", 5, "..BB.AA"},
+             Case{"free, to before another", sketch("....AA.BB"), "B", 0, "BB..AA"},
+             Case{"free, before the piece", sketch("..AA"), "A", -9, "AA"},
+             Case{"magnetic, on by one", magnetic(sketch("AABBCC")), "A", 2, "BBAACC"},
+             Case{"magnetic, not far enough", magnetic(sketch("AABBCC")), "A", 0.9, "AABBCC"},
+             Case{"magnetic, the nearer of two starts", magnetic(sketch("AABBCC")), "A", 3.5,
+                  "BBCCAA"},
+             Case{"magnetic, back by one", magnetic(sketch("AABBCC")), "C", 2.9, "AACCBB"},
+             Case{"magnetic, to the front", magnetic(sketch("AABBCC")), "C", 0, "CCAABB"},
+             Case{"magnetic, past the end", magnetic(sketch("AABBCC")), "B", 99, "AACCBB"},
+             Case{"magnetic, where it is", magnetic(sketch("AABBCC")), "B", 2, "AABBCC"},
+         }) {
+        auto const moved = moveClip(c.before, id(c.moving), c.time);
+        ASSERT_TRUE(moved) << c.name;
+        EXPECT_EQ(drawing(moved->project), c.after) << c.name;
+        EXPECT_EQ(moved->at, std::string(c.after).find(c.moving)) << c.name;
+    }
+}
+
+TEST(MoveClip, OntoATrackOfItsKind)
+{
+    Project const project =
+        magnetic(sketch({{"t1", "T"}, {"v1", "AABBb"}, {"v2", "..DD"}, {"a1", "CC"}}));
+    auto const moved = moveClip(project, id("A"), 1, id("v2"));
+    ASSERT_TRUE(moved);
+    EXPECT_EQ(drawing(moved->project, "v1"), "BBb") << "what it left closes up";
+    EXPECT_EQ(drawing(moved->project, "v2"), "AADD") << "the nearest spot";
+    EXPECT_EQ(moved->trackID, id("v2"));
+    EXPECT_EQ(drawing(moveClip(project, id("D"), 2, id("v1"))->project, "v1"), "AADDBBb");
+
+    struct Case {
+        char const* moving;
+        char const* track;
+        std::string refusal;
+    };
+    for (Case const& c : {
+             Case{"b", "a1", "A placeholder stays on its kind of track."},
+             Case{"b", "t1", "A placeholder stays on its kind of track."},
+             Case{"A", "a1", "A clip can only move onto another track of the same kind."},
+             Case{"A", "t1",
+                  "Text clips live on text tracks and media clips on video or audio tracks."},
+             Case{"T", "v1",
+                  "Text clips live on text tracks and media clips on video or audio tracks."},
+             Case{"A", "v9", "That track is no longer on the timeline."},
+             Case{"Z", "v1", "That clip is no longer on the timeline."},
+         })
+        EXPECT_EQ(moveClip(project, id(c.moving), 0, id(c.track)).refusal(), c.refusal) << c.moving;
+    EXPECT_EQ(moveClip(locked(project), id("A"), 0, id("v2")).refusal(), "V1" + locks);
+    EXPECT_EQ(moveClip(locked(project, "v2"), id("A"), 0, id("v2")).refusal(), "V2" + locks);
+    EXPECT_EQ(moveClip(locked(project), id("A"), 0).refusal(), "V1" + locks);
+}
+
+TEST(NudgeClips, GoTogetherUpToAnObstacle)
+{
+    struct Case {
+        char const* name;
+        char const* before;
+        std::vector<Id> ids;
+        double by;
+        char const* after;
+    };
+    Id const a = id("A"), b = id("B");
+    for (Case const& c : {
+             Case{"right", "AA...CC", {a}, 1, ".AA..CC"},
+             Case{"right, against the next", "AA..CC", {a}, 5, "..AACC"},
+             Case{"left, against 0", ".AA", {a}, -3, "AA"},
+             Case{"never over a clip", "AA.C.....", {a}, 5, ".AAC"},
+             Case{"two that touch", "AABB.CC", {a, b}, 1, ".AABBCC"},
+             Case{"the tighter one holds both", "AA...CCBB.DD", {a, b}, 2, ".AA..CC.BBDD"},
+         }) {
+        auto const nudged = nudgeClips(sketch(c.before), c.ids, c.by);
+        ASSERT_TRUE(nudged) << c.name;
+        EXPECT_EQ(drawing(nudged->project), c.after) << c.name;
+    }
+    auto const frame = nudgeClips(sketch(".A"), std::vector{a}, 1.0 / 30);
+    EXPECT_DOUBLE_EQ(find(frame->project, "A").timelineStart, 1 + 1.0 / 30);
+
+    std::vector<Id> const one = {a};
+    EXPECT_EQ(nudgeClips(sketch("AACC"), one, 1).refusal(), "No room to nudge.");
+    EXPECT_EQ(nudgeClips(sketch("AACC"), one, -1).refusal(), "No room to nudge.");
+    EXPECT_EQ(nudgeClips(locked(sketch("A.CC")), one, 1).refusal(), "V1" + locks);
+    EXPECT_EQ(nudgeClips(magnetic(sketch("AACC")), one, 1).refusal(),
+              "Clips on a magnetic track are ordered, not positioned. Drag to reorder, or make the "
+              "track free.");
+    EXPECT_EQ(nudgeClips(sketch("AACC"), {}, 1).refusal(), "Nothing is selected.");
+}
+
+TEST(RemoveClips, CloseTheGapOnMagneticTracksOnly)
+{
+    struct Case {
+        char const* name;
+        Project before;
+        std::vector<Id> ids;
+        char const* after;
+        bool closedGap;
+    };
+    Id const a = id("A"), b = id("B"), c = id("C");
+    for (Case const& each : {
+             Case{"magnetic, the middle one", magnetic(sketch("AABBBCC")), {b}, "AACC", true},
+             Case{"magnetic, the last", magnetic(sketch("AABBBCC")), {c}, "AABBB", false},
+             Case{"magnetic, the last two", magnetic(sketch("AABBBCC")), {c, b}, "AA", false},
+             Case{"magnetic, first and last", magnetic(sketch("AABBBCC")), {a, c}, "BBB", true},
+             Case{"free", sketch("AABBBCC"), {b}, "AA...CC", false},
+         }) {
+        auto const removed = removeClips(each.before, each.ids);
+        ASSERT_TRUE(removed) << each.name;
+        EXPECT_EQ(drawing(removed->project), each.after) << each.name;
+        EXPECT_EQ(removed->closedGap, each.closedGap) << each.name;
+    }
+    EXPECT_EQ(removeClip(locked(sketch("AA")), a).refusal(), "V1" + locks);
+    EXPECT_EQ(removeClip(sketch("AA"), b).refusal(), "That clip is no longer on the timeline.");
+    EXPECT_EQ(removeClips(locked(sketch({{"v1", "AA"}, {"a1", "BB"}}), "a1"), std::vector{a, b})
+                  .refusal(),
+              "A1" + locks);
+}
+
+} // namespace framewright

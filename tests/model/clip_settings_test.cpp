@@ -1,0 +1,139 @@
+#include "model/clip_settings.h"
+#include "model/clip_sound.h"
+#include "model/time_rules.h"
+
+#include "model/sketch.h"
+
+#include <gtest/gtest.h>
+
+namespace framewright {
+
+namespace {
+
+Project timeline()
+{
+    return sketch({{"t1", "T"}, {"v1", "AApp"}, {"a1", "SS"}});
+}
+
+} // namespace
+
+TEST(ClipSettings, StayWithinTheirLimits)
+{
+    auto const volume = [](char const* clip, float level) {
+        return setClipVolume(timeline(), id(clip), level);
+    };
+    auto const transform = [](char const* clip, ClipTransform const& to) {
+        return setClipTransform(timeline(), id(clip), to);
+    };
+    struct Case {
+        Outcome<Project> done;
+        std::string refusal;
+    };
+    for (Case const& c : {
+             Case{volume("A", 0), ""},
+             Case{volume("S", 1.5f), ""},
+             Case{volume("S", 1.51f), "volume is 0 to 1.5."},
+             Case{volume("S", -0.1f), "volume is 0 to 1.5."},
+             Case{volume("S", std::nanf("")), "volume is 0 to 1.5."},
+             Case{volume("T", 1), "A text has no level."},
+             Case{transform("A",
+                            {.scale = 1.78, .offsetX = -0.5, .cropLeft = 0.45, .cropRight = 0.45}),
+                  ""},
+             Case{transform("p", {.scale = 0.5}), ""},
+             Case{transform("A", {.scale = 0}), "scale must be above 0 and at most 100."},
+             Case{transform("A", {.scale = -1}), "scale must be above 0 and at most 100."},
+             Case{transform("A", {.cropTop = 0.46}), "cropTop is 0 to 0.45."},
+             Case{transform("A", {.cropBottom = -0.01}), "cropBottom is 0 to 0.45."},
+             Case{transform("A", {.offsetY = std::nan("")}), "offsetY is -100 to 100."},
+             Case{transform("S", {}), "Scale, offset and crop apply to clips on video tracks."},
+             Case{transform("T", {}), "Scale, offset and crop apply to clips on video tracks."},
+             Case{renamePlaceholder(timeline(), id("p"), "Pour"), ""},
+             Case{renamePlaceholder(timeline(), id("p"), ""), "A placeholder needs a name."},
+             Case{renamePlaceholder(timeline(), id("A"), "Pour"),
+                  "Only placeholders can be renamed."},
+             Case{setPlaceholderNote(timeline(), id("A"), "n"), "Only placeholders have a note."},
+             Case{setClipText(timeline(), id("A"), {}), "talk.mov is not a text clip."},
+             Case{setClipText(timeline(), id("T"), {}), ""},
+             Case{setClipVolume(locked(timeline()), id("A"), 1), "V1" + locks},
+             Case{resetClipTransform(locked(timeline()), id("A")), "V1" + locks},
+             Case{renamePlaceholder(locked(timeline()), id("p"), "x"), "V1" + locks},
+             Case{setClipText(locked(timeline(), "t1"), id("T"), {}), "T1" + locks},
+             Case{updateClip(locked(timeline()), id("A"), [](Clip&) {}), "V1" + locks},
+         })
+        EXPECT_EQ(c.done ? "" : c.done.refusal(), c.refusal);
+}
+
+TEST(ClipSettings, AreSet)
+{
+    Project project = *setClipVolume(timeline(), id("A"), 0.25f);
+    project = *setClipTransform(project, id("A"), {.scale = 2});
+    EXPECT_EQ(find(project, "A").volume, 0.25f);
+    EXPECT_EQ(find(project, "A").transform.scale, 2);
+    EXPECT_EQ(find(*resetClipTransform(project, id("A")), "A").transform, ClipTransform());
+    project = *renamePlaceholder(project, id("p"), "Pour");
+    project = *setPlaceholderNote(project, id("p"), "slowly");
+    EXPECT_EQ(find(project, "p").placeholderName, "Pour");
+    EXPECT_EQ(find(project, "p").placeholderNote, "slowly");
+    TextOverlay words;
+    words.text = "Hello";
+    EXPECT_EQ(**find(*setClipText(project, id("T"), words), "T").text, words);
+}
+
+TEST(UpdateClip, CannotBreakTheTrack)
+{
+    Project const project = timeline();
+    auto const done = updateClip(project, id("A"), [](Clip& clip) {
+        clip = Clip();
+        clip.volume = 0.5f;
+    });
+    Clip expected = find(project, "A");
+    expected.volume = 0.5f;
+    EXPECT_EQ(find(*done, "A"), expected);
+}
+
+TEST(DetachAudio, GoesWhereThereIsRoomAtThatTime)
+{
+    struct Case {
+        char const* name;
+        Project before;
+        char const* track;
+        char const* after;
+    };
+    for (Case const& c : {
+             Case{"a free spot", sketch({{"v1", "..AA"}, {"a1", "SS"}}), "a1", "SSXX"},
+             Case{"the next track", sketch({{"v1", "..AA"}, {"a1", "SSS"}, {"a2", ""}}), "a2",
+                  "..XX"},
+             Case{"not a locked one", locked(sketch({{"v1", "..AA"}, {"a1", ""}}), "a1"), "a9",
+                  "..XX"},
+             Case{"a new track", sketch({{"v1", "..AA"}, {"a1", "...S"}}), "a9", "..XX"},
+         }) {
+        auto const done = detachAudio(c.before, id("A"), id("X"), id("a9"));
+        ASSERT_TRUE(done) << c.name;
+        EXPECT_EQ(done->trackID, id(c.track)) << c.name;
+        EXPECT_EQ(drawing(done->project, c.track), c.after) << c.name;
+        EXPECT_EQ(done->isNewTrack, done->trackID == id("a9")) << c.name;
+        EXPECT_EQ(find(done->project, "A").volume, 0) << c.name;
+        EXPECT_EQ(find(done->project, "X").volume, 1) << c.name;
+        EXPECT_EQ(find(done->project, "X").sourceStart, 10) << c.name;
+    }
+    auto const done = detachAudio(sketch("A"), id("A"), id("X"), id("a9"));
+    EXPECT_EQ(detachAudio(done->project, id("A"), id("Y"), id("a8")).refusal(),
+              "The clip is silent already.");
+    EXPECT_EQ(detachAudio(timeline(), id("p"), id("X"), id("a9")).refusal(),
+              "Only video clips have sound to detach.");
+    EXPECT_EQ(detachAudio(timeline(), id("S"), id("X"), id("a9")).refusal(),
+              "Only video clips have sound to detach.");
+    EXPECT_EQ(detachAudio(locked(timeline()), id("A"), id("X"), id("a9")).refusal(), "V1" + locks);
+}
+
+TEST(ClampAudioToTimeline, MovesWhatStartsBeforeZeroAndLeavesTheEnd)
+{
+    Project project = sketch({{"v1", "AA"}, {"a1", "SS.RRRR"}, {"a2", "QQ"}});
+    project.track(id("a1"))->clips.edit()[0].timelineStart = -1;
+    project.track(id("a2"))->clips.edit()[0].timelineStart = -1;
+    Project const clamped = clampAudioToTimeline(locked(project, "a2"));
+    EXPECT_EQ(drawing(clamped, "a1"), "SS.RRRR") << "uncut, and past the picture's end";
+    EXPECT_EQ(clamped.track(id("a2"))->clips, project.track(id("a2"))->clips) << "locked";
+}
+
+} // namespace framewright

@@ -1,0 +1,258 @@
+#include "model/clip_placing.h"
+#include "model/clip_trimming.h"
+#include "model/time_rules.h"
+
+#include "model/sketch.h"
+
+#include <gtest/gtest.h>
+
+namespace framewright {
+
+TEST(Split, CutsWithATenthOfASecondToSpare)
+{
+    struct Case {
+        double time;
+        bool isCut;
+    };
+    for (Project const& project : {sketch("..AAAABB"), magnetic(sketch("CCAAAABB"))}) {
+        for (Case const& c :
+             {Case{2, false}, Case{2.09, false}, Case{2.1, true}, Case{4, true}, Case{5.9, true},
+              Case{5.91, false}, Case{6, false}, Case{1, false}, Case{7, false}, Case{-1, false}}) {
+            auto const cut = split(project, id("A"), std::nullopt, c.time, id("X"));
+            ASSERT_EQ(bool(cut), c.isCut) << c.time;
+            if (!cut) {
+                EXPECT_EQ(cut.refusal(), "Could not split there.");
+                continue;
+            }
+            Clip const& first = find(cut->project, "A");
+            Clip const& second = find(cut->project, "X");
+            EXPECT_EQ(first.timelineStart, 2);
+            EXPECT_NEAR(first.end(), c.time, 1e-9);
+            EXPECT_NEAR(second.timelineStart, c.time, 1e-9);
+            EXPECT_NEAR(second.end(), 6, 1e-9);
+            EXPECT_EQ(first.sourceStart, 10);
+            EXPECT_EQ(first.sourceEnd, second.sourceStart);
+            EXPECT_EQ(second.sourceEnd, 14);
+            EXPECT_EQ(find(cut->project, "B"), find(project, "B"));
+        }
+    }
+}
+
+TEST(Split, IsExactWhereBinaryFractionsAreNot)
+{
+    // 0.3 - 0.2 is a little less than 0.1.
+    Project project = sketch("");
+    project = place(project, placeholder("A", 0.6), id("v1"), 0.2)->project;
+    EXPECT_TRUE(split(project, id("A"), std::nullopt, 0.3, id("X")));
+    EXPECT_TRUE(split(project, id("A"), std::nullopt, 0.7, id("X")));
+}
+
+TEST(Split, BothPartsKeepWhatTheClipHad)
+{
+    Project project = sketch({{"t1", "TTTT"}, {"v1", "pppp"}});
+    Clip& slot = project.tracks[1].clips.edit()[0];
+    slot.placeholderNote = "pour slowly";
+    slot.volume = 0.5f;
+    slot.transform.scale = 2;
+    auto const cut = split(project, id("p"), std::nullopt, 3, id("X"));
+    Clip expected = slot;
+    expected.id = id("X");
+    expected.timelineStart = 3;
+    expected.sourceStart = 3;
+    EXPECT_EQ(find(cut->project, "X"), expected);
+    auto const text = split(project, id("T"), std::nullopt, 1, id("X"));
+    EXPECT_EQ(find(text->project, "X").text, find(project, "T").text);
+}
+
+TEST(Split, FallsBackToTheClipUnderTheTime)
+{
+    Project const project = sketch({{"v1", "AABB"}, {"a1", "CCCC"}});
+    EXPECT_EQ(split(project, std::nullopt, id("v1"), 3, id("X"))->firstID, id("B"));
+    EXPECT_EQ(split(project, id("A"), id("a1"), 3, id("X"))->firstID, id("C")) << "A is not there";
+    EXPECT_EQ(split(project, id("C"), id("v1"), 3, id("X"))->firstID, id("C"));
+    EXPECT_EQ(split(project, id("A"), id("v1"), 9, id("X")).refusal(), "Could not split there.");
+    EXPECT_EQ(split(project, std::nullopt, std::nullopt, 1, id("X")).refusal(),
+              "Could not split there.");
+    EXPECT_EQ(split(locked(project), id("A"), std::nullopt, 1, id("X")).refusal(), "V1" + locks);
+    EXPECT_TRUE(split(locked(project, "a1"), id("A"), id("a1"), 1, id("X")))
+        << "A's track is not locked";
+}
+
+TEST(TrimClip, OnAFreeTrackNothingElseMoves)
+{
+    // B plays seconds 10 to 14 of its file.
+    struct Case {
+        char const* name;
+        Trim trim;
+        double in, out;
+    };
+    for (Case const& c : {
+             Case{"start later", {.start = 5}, 12, 14},
+             Case{"start earlier, to the neighbour", {.start = 1}, 8, 14},
+             Case{"end earlier", {.end = 6}, 10, 13},
+             Case{"end later, to the neighbour", {.end = 9}, 10, 16},
+             Case{"both edges", {.start = 4, .end = 6}, 11, 13},
+             Case{"in later", {.in = 11}, 11, 14},
+             Case{"in earlier", {.in = 9}, 9, 14},
+             Case{"out", {.out = 15}, 10, 15},
+             Case{"in and out", {.in = 20, .out = 25}, 20, 25},
+             Case{"a new start for a new in", {.start = 5, .in = 10}, 10, 14},
+             Case{"in, ending at", {.end = 8, .in = 20}, 20, 25},
+             Case{"start, up to out", {.start = 4, .out = 16}, 11, 16},
+         }) {
+        auto const done = trimClip(sketch("A..BBBB..C"), id("B"), c.trim);
+        ASSERT_TRUE(done) << c.name;
+        Clip const& clip = find(done->project, "B");
+        EXPECT_DOUBLE_EQ(clip.timelineStart, c.trim.start.value_or(3)) << c.name;
+        EXPECT_DOUBLE_EQ(clip.sourceStart, c.in) << c.name;
+        EXPECT_DOUBLE_EQ(clip.sourceEnd, c.out) << c.name;
+        EXPECT_EQ(done->start, clip.timelineStart);
+        EXPECT_EQ(done->end, clip.end());
+        EXPECT_FALSE(done->headTrimmedBy);
+        EXPECT_EQ(find(done->project, "C").timelineStart, 9) << c.name;
+    }
+}
+
+TEST(TrimClip, OnAMagneticTrackLaterClipsFollow)
+{
+    struct Case {
+        char const* name;
+        Trim trim;
+        char const* after;
+        std::optional<double> head;
+    };
+    for (Case const& c : {
+             Case{"end later", {.end = 7}, "AABBBBBCC", {}},
+             Case{"end earlier", {.end = 3}, "AABCC", {}},
+             Case{"start later", {.start = 3}, "AABBBCC", 1},
+             Case{"start earlier", {.start = 1}, "AABBBBBCC", -1},
+             Case{"in later", {.in = 12}, "AABBCC", {}},
+             Case{"out later", {.out = 15}, "AABBBBBCC", {}},
+             Case{"start and end", {.start = 3, .end = 5}, "AABBCC", 1},
+         }) {
+        auto const done = trimClip(magnetic(sketch("AABBBBCC")), id("B"), c.trim);
+        ASSERT_TRUE(done) << c.name;
+        EXPECT_EQ(drawing(done->project), c.after) << c.name;
+        EXPECT_EQ(done->headTrimmedBy, c.head) << c.name;
+        EXPECT_EQ(done->start, 2) << c.name;
+    }
+    EXPECT_EQ(packedNote(0.5), "Magnetic track: the clip stays packed against its neighbors; its "
+                               "head was trimmed by 0.5 s.");
+}
+
+TEST(TrimClip, RefusalsSayWhatBoundsIt)
+{
+    Project const free = sketch("A..BBBB..C");
+    Project const packed = magnetic(sketch("AABBBB"));
+    struct Case {
+        Project project;
+        char const* clip;
+        Trim trim;
+        std::string refusal;
+    };
+    for (Case const& c : {
+             Case{free, "B", {}, "Give start, end, in or out."},
+             Case{free, "B", {.end = 5, .out = 12}, "Give end or out, not both."},
+             Case{free, "B", {.end = 3.1}, ""},
+             Case{free, "B", {.end = 3.09}, "The clip would be shorter than 0.1 s."},
+             Case{free, "B", {.start = 6.91}, "The clip would be shorter than 0.1 s."},
+             Case{free, "B", {.in = 14}, "The clip would be shorter than 0.1 s."},
+             Case{free, "B", {.end = 2}, "The clip would be shorter than 0.1 s."},
+             Case{free, "B", {.end = std::nan("")}, "The clip would be shorter than 0.1 s."},
+             Case{free, "B", {.start = std::nan(""), .in = 10}, "The clip cannot start before 0."},
+             Case{free, "A", {.start = -0.5}, "The clip cannot start before 0."},
+             Case{free,
+                  "B",
+                  {.start = 0.5},
+                  "That would overlap a neighbor; this clip can span 1–9 s."},
+             Case{free,
+                  "B",
+                  {.end = 9.1},
+                  "That would overlap a neighbor; this clip can span 1–9 s."},
+             Case{free,
+                  "B",
+                  {.start = 12, .in = 10},
+                  "That would overlap a neighbor; this clip can span 1–9 s."},
+             Case{free,
+                  "C",
+                  {.start = 6},
+                  "That would overlap a neighbor; this clip can span 7 s onwards."},
+             Case{free, "C", {.out = 100}, ""},
+             Case{free, "C", {.out = 100.1}, "The source only runs 0–100 s."},
+             Case{free, "C", {.in = -0.1, .out = 5}, "The source only runs 0–100 s."},
+             Case{packed, "B", {.start = -9}, "The clip cannot start before 0."},
+             Case{packed, "B", {.in = -1}, "The source only runs 0–100 s."},
+             Case{packed, "B", {.end = 92.1}, "The source only runs 0–100 s."},
+             Case{packed, "B", {.end = 92}, ""},
+             Case{locked(packed), "B", {.end = 5}, "V1" + locks},
+             Case{packed, "Z", {.end = 5}, "That clip is no longer on the timeline."},
+         }) {
+        auto const done = trimClip(c.project, id(c.clip), c.trim);
+        EXPECT_EQ(done ? "" : done.refusal(), c.refusal) << c.clip;
+    }
+}
+
+TEST(TrimClip, PhotosPlaceholdersAndTextsStretchBothWays)
+{
+    Clip const photo = clipOf(id("P"), id("face.jpg"), photoLength, 0);
+    Project const project = place(sketch(""), photo, id("v1"), 10)->project;
+    struct Case {
+        Trim trim;
+        double length;
+        std::string refusal;
+    };
+    for (Case const& c : {
+             Case{{.end = 70}, 60, ""},
+             Case{{.end = 70.1}, 0, "A photo can be stretched to 60 s at most."},
+             Case{{.start = 2}, 11, ""},
+             Case{{.start = 2, .end = 62.5}, 0, "A photo can be stretched to 60 s at most."},
+             Case{{.out = 9}, 9, ""},
+             Case{{.in = -1}, 0, "in must be 0 or later."},
+         }) {
+        auto const done = trimClip(project, id("P"), c.trim);
+        ASSERT_EQ(done ? "" : done.refusal(), c.refusal);
+        if (!done)
+            continue;
+        Clip const& clip = find(done->project, "P");
+        EXPECT_DOUBLE_EQ(clip.length(), c.length);
+        EXPECT_DOUBLE_EQ(clip.timelineStart, c.trim.start.value_or(10));
+        EXPECT_GE(clip.sourceStart, 0);
+    }
+    Project const texts = sketch({{"t1", "..TT"}});
+    auto const earlier = trimClip(texts, id("T"), {.start = 0, .end = 3600});
+    EXPECT_EQ(find(earlier->project, "T").length(), 3600);
+    EXPECT_EQ(trimClip(texts, id("T"), {.end = 2e6}).refusal(),
+              "The timeline only goes to 1000000 s.");
+}
+
+TEST(TrimClip, AFileThatProbedShortBindsOnlyItsEnd)
+{
+    Project project = sketch("AAAA");
+    project.assets.edit()[id("talk.mov")].duration = 13.5; // A plays 10 to 14.
+    EXPECT_TRUE(trimClip(project, id("A"), {.in = 9}));
+    EXPECT_TRUE(trimClip(project, id("A"), {.end = 3}));
+    EXPECT_EQ(trimClip(project, id("A"), {.end = 5}).refusal(), "The source only runs 0–14 s.");
+}
+
+TEST(SlipClip, MovesTheSourceRangeOnly)
+{
+    Project const project = magnetic(sketch("AABBBB"));
+    auto const slipped = slipClip(project, id("B"), 96);
+    Clip expected = find(project, "B");
+    expected.sourceStart = 96;
+    expected.sourceEnd = 100;
+    EXPECT_EQ(find(*slipped, "B"), expected);
+    EXPECT_TRUE(slipClip(project, id("B"), 0));
+
+    std::string const bounds = "The source only runs 0–100 s; this clip can begin at 0–96 s of it.";
+    EXPECT_EQ(slipClip(project, id("B"), 96.1).refusal(), bounds);
+    EXPECT_EQ(slipClip(project, id("B"), -0.1).refusal(), bounds);
+    EXPECT_EQ(slipClip(project, id("B"), std::nan("")).refusal(), bounds);
+    EXPECT_EQ(slipClip(sketch("pp"), id("p"), 1).refusal(),
+              "Only clips with a file have a range to slide.");
+    EXPECT_EQ(slipClip(sketch({{"t1", "T"}}), id("T"), 1).refusal(),
+              "Only clips with a file have a range to slide.");
+    EXPECT_EQ(slipClip(locked(project), id("B"), 1).refusal(), "V1" + locks);
+}
+
+} // namespace framewright

@@ -1,0 +1,120 @@
+#include "model/time_rules.h"
+#include "model/track_rules.h"
+
+#include "model/sketch.h"
+
+#include <gtest/gtest.h>
+
+namespace framewright {
+
+namespace {
+
+Track trackOf(char const* row)
+{
+    return sketch(row).tracks[0];
+}
+
+} // namespace
+
+TEST(FreeStart, TakesTheNearestGapThatFits)
+{
+    struct Case {
+        char const* name;
+        char const* row;
+        double length, near;
+        std::optional<double> limit;
+        std::optional<double> start;
+    };
+    auto const none = std::nullopt;
+    for (Case const& c : {
+             Case{"empty track", "", 2, 7, none, 7},
+             Case{"never before 0", "", 2, -3, none, 0},
+             Case{"where asked", "AAAA......BB", 2, 6, none, 6},
+             Case{"pushed left by what follows", "AAAA....BB", 2, 7, none, 6},
+             Case{"pushed right by what is there", "AAAA......BB", 2, 3, none, 4},
+             Case{"a gap too short is passed over", "AAAA.BBBB", 2, 4, none, 9},
+             Case{"a gap of exactly its length", "AAAA..BBBB", 2, 5, none, 4},
+             Case{"equally near: the earlier gap", "..AAAA", 2, 3, none, 0},
+             Case{"equally near across a clip", "AA..BBBB..CC", 2, 5, none, 2},
+             Case{"limit where it just fits", "AAAA", 2, 4, 6, 4},
+             Case{"limit within the tolerance", "AAAA", 2, 4, 5.9996, 3.9996},
+             Case{"limit a little too short", "AAAA", 2, 4, 5.999, none},
+             Case{"a limit inside the clips", "AA..AAAAAA", 2, 12, 8, 2},
+             Case{"pushed left by the limit", "AA", 2, 9, 8, 6},
+             Case{"no gap at all before the limit", "AAAA", 2, 0, 5, none},
+         }) {
+        auto const start = freeStart(trackOf(c.row), c.length, c.near, std::nullopt, c.limit);
+        ASSERT_EQ(start.has_value(), c.start.has_value()) << c.name;
+        EXPECT_NEAR(start.value_or(0), c.start.value_or(0), 1e-9) << c.name;
+    }
+}
+
+TEST(FreeStart, ToleratesAGapHalfAMillisecondShort)
+{
+    Track track = trackOf("AA..BB");
+    EXPECT_NEAR(*freeStart(track, 2.0004, 2), 1.9996, 1e-9);
+    EXPECT_NEAR(*freeStart(track, 2.0006, 2), 6, 1e-9);
+}
+
+TEST(FreeStart, LeavesOutTheClipThatMoves)
+{
+    EXPECT_EQ(freeStart(trackOf("AABBCC"), 2, 2.5, id("B")), 2);
+    EXPECT_EQ(freeStart(trackOf("AABB..CC"), 2, 3, id("B")), 3);
+}
+
+TEST(FreeStart, ReadsATrackInTimeOrderHoweverItIsListed)
+{
+    Track track = trackOf("AAAA..BB");
+    std::ranges::reverse(track.clips.edit());
+    EXPECT_EQ(freeStart(track, 2, 3), 4);
+}
+
+TEST(InsertionIndex, GoesByTheMiddleOfClips)
+{
+    Track const track = trackOf("AABBBB"); // Middles at 1 and 4.
+    struct Case {
+        double time;
+        std::size_t index;
+    };
+    for (Case const& c : {Case{-1, 0}, Case{0.5, 0}, Case{1, 1}, Case{3, 1}, Case{3.999, 1},
+                          Case{4, 2}, Case{5, 2}, Case{99, 2}})
+        EXPECT_EQ(insertionIndex(track, c.time), c.index) << c.time;
+}
+
+TEST(Normalize, PacksMagneticTracksInListOrderAndSortsFreeOnes)
+{
+    Project project = magnetic(sketch("..AA.BBB"));
+    Track& track = project.tracks[0];
+    std::ranges::reverse(track.clips.edit());
+    normalize(track);
+    EXPECT_EQ(drawing(project), "BBBAA");
+
+    Project unsorted = sketch("..AA.BBB");
+    std::ranges::reverse(unsorted.tracks[0].clips.edit());
+    normalize(unsorted.tracks[0]);
+    EXPECT_EQ(drawing(unsorted), "..AA.BBB");
+}
+
+TEST(Normalize, DoesNotCopyATrackThatIsInOrder)
+{
+    Project const project = magnetic(sketch("AABB"));
+    Project copy = project;
+    normalize(copy.tracks[0]);
+    EXPECT_TRUE(copy.tracks[0].clips.isSameAs(project.tracks[0].clips));
+}
+
+TEST(SecondsText, IsNoLongerThanNeeded)
+{
+    struct Case {
+        double seconds;
+        char const* text;
+    };
+    for (Case const& c :
+         {Case{12.4, "12.4 s"}, Case{3, "3 s"}, Case{0.1 + 0.2, "0.3 s"}, Case{100, "100 s"},
+          Case{-0.00001, "0 s"}, Case{-1.5, "-1.5 s"}, Case{1.0 / 30, "0.033 s"}})
+        EXPECT_EQ(secondsText(c.seconds), c.text);
+    EXPECT_EQ(stretchText(0, 7.25), "0–7.25 s");
+    EXPECT_EQ(stretchText(3, std::numeric_limits<double>::infinity()), "3 s onwards");
+}
+
+} // namespace framewright
