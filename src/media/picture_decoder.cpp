@@ -156,19 +156,7 @@ void PictureDecoder::seek(std::int64_t time, std::int64_t skipUntil)
 
 void PictureDecoder::seekToStart(std::int64_t skipUntil)
 {
-    AVFormatContext* const format = m_input.format();
-    AVIndexEntry const* const first = avformat_index_get_entry(&m_stream, 0);
-    std::int64_t const start = first                                   ? first->timestamp
-                               : m_stream.start_time != AV_NOPTS_VALUE ? m_stream.start_time
-                                                                       : 0;
-    forgetLibraryMessages();
-    int result = -1;
-    if (!(format->iformat->flags & AVFMT_TS_DISCONT))
-        result = av_seek_frame(format, m_stream.index, start, AVSEEK_FLAG_BACKWARD);
-    if (result < 0)
-        result = av_seek_frame(format, -1, 0, AVSEEK_FLAG_BYTE);
-    if (result < 0)
-        throw damage(m_input.path(), result);
+    m_input.seekToStart(m_stream);
     beginAfresh(skipUntil);
 }
 
