@@ -240,9 +240,7 @@ void MediaInput::findLeadIn()
             skip[0] | skip[1] << 8 | skip[2] << 16 | std::uint32_t(skip[3]) << 24;
         m_leadIn = av_rescale_q(samples, {1, m_sound->codecpar->sample_rate}, m_sound->time_base);
     }
-    int const result = av_seek_frame(m_format.get(), m_sound->index, 0, AVSEEK_FLAG_BACKWARD);
-    if (result < 0)
-        throw damage(m_path, result);
+    seekToStart(*m_sound);
 }
 
 double MediaInput::end(AVStream const& stream) const
@@ -297,6 +295,25 @@ bool MediaInput::read(AVPacket& packet)
     if (result < 0)
         throw damage(m_path, result);
     return true;
+}
+
+void MediaInput::seekToStart(AVStream& stream)
+{
+    AVIndexEntry const* const first = avformat_index_get_entry(&stream, 0);
+    std::int64_t start = 0;
+    if (first)
+        start = first->timestamp;
+    else if (stream.start_time != AV_NOPTS_VALUE)
+        start = stream.start_time;
+    forgetLibraryMessages();
+    int result = -1;
+    // Formats whose times may jump are searched for a time; their first packet is simply the first.
+    if (!(m_format->iformat->flags & AVFMT_TS_DISCONT))
+        result = av_seek_frame(m_format.get(), stream.index, start, AVSEEK_FLAG_BACKWARD);
+    if (result < 0)
+        result = av_seek_frame(m_format.get(), -1, 0, AVSEEK_FLAG_BYTE);
+    if (result < 0)
+        throw damage(m_path, result);
 }
 
 } // namespace framewright

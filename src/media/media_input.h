@@ -54,6 +54,9 @@ public:
     /// may go on.
     bool read(AVPacket& packet);
 
+    /// The next packets read are the first ones of a stream. Throws MediaError.
+    void seekToStart(AVStream& stream);
+
 private:
     struct CloseInput {
         void operator()(AVFormatContext* format) const { avformat_close_input(&format); }

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <numbers>
 
 namespace framewright {
@@ -88,8 +89,12 @@ void addSoundFacts(MediaInfo& info, AVStream const& stream)
     info.audioCodec = avcodec_get_name(stream.codecpar->codec_id);
 }
 
-std::int64_t droppedAtEnd(AVPacket const& packet, AVStream const& stream)
+/// What the decoder drops at the end of a packet and its duration still holds.
+std::int64_t droppedAtEnd(AVPacket const& packet, AVStream const& stream,
+                          AVInputFormat const& format)
 {
+    if (std::strcmp(format.name, "ogg") == 0) // Its durations are without it.
+        return 0;
     std::size_t size = 0;
     std::uint8_t const* const skip =
         av_packet_get_side_data(&packet, AV_PKT_DATA_SKIP_SAMPLES, &size);
@@ -115,8 +120,8 @@ double measuredEnd(MediaInput& input)
         AVStream const& stream = *input.format()->streams[packet->stream_index];
         if ((&stream == input.picture() || &stream == input.sound()) &&
             packet->pts != AV_NOPTS_VALUE) {
-            std::int64_t const last =
-                packet->pts + packet->duration - droppedAtEnd(*packet, stream);
+            std::int64_t const last = packet->pts + packet->duration -
+                                      droppedAtEnd(*packet, stream, *input.format()->iformat);
             end = std::max(end, double(last - input.zero(stream)) * av_q2d(stream.time_base));
         }
         av_packet_unref(packet.get());

@@ -10,10 +10,13 @@ CompositionSegment const* CompositionTrack::segmentAt(MediaTime time) const
         std::ranges::upper_bound(segments, time, {}, [](CompositionSegment const& segment) {
             return segment.timeRange.start;
         });
-    if (next == segments.begin())
-        return nullptr;
-    CompositionSegment const& segment = *std::prev(next);
-    return time < segment.timeRange.end ? &segment : nullptr;
+    for (auto segment = next; segment != segments.begin();) {
+        // Usually the first one decides. Only in documents that other programs wrote do clips of
+        // one track overlap.
+        if (time < (--segment)->timeRange.end)
+            return &*segment;
+    }
+    return nullptr;
 }
 
 std::vector<CompositionTrackID> CompositorInstruction::requiredSourceTrackIDs() const

@@ -1,5 +1,6 @@
 #include "render/frame_compositor.h"
 
+#include "media/media_error.h"
 #include "render/picture_colors.h"
 
 #include <algorithm>
@@ -45,7 +46,7 @@ Frame FrameCompositor::draw(double time)
         std::ranges::equal(stack, m_lastStack,
                            [](Drawn const& a, Drawn const& b) { return a.looksLike(b); });
     if (!isRepeated)
-        m_last = goesThrough(stack) ? *stack.front().picture : paint(stack);
+        m_last = goesThrough(stack) ? *stack.front().picture : paint(stack, time);
     m_lastStack = std::move(stack);
     m_lastOverlays = overlays();
     return *m_last;
@@ -98,7 +99,7 @@ bool FrameCompositor::goesThrough(std::vector<Drawn> const& stack) const
            drawn.layer.placement.uncropped;
 }
 
-Frame FrameCompositor::paint(std::vector<Drawn> const& stack)
+Frame FrameCompositor::paint(std::vector<Drawn> const& stack, double time)
 {
     Frame frame(m_video.renderSize.width, m_video.renderSize.height, layoutFor(m_video.colors),
                 m_video.colors);
@@ -107,11 +108,17 @@ Frame FrameCompositor::paint(std::vector<Drawn> const& stack)
     if (!isCovered)
         LayerPainter::paintBlack(frame, canvas(), fullWeight);
     for (Drawn const& drawn : std::views::reverse(stack)) {
-        if (drawn.picture)
+        if (!drawn.picture) {
+            LayerPainter::paintBlack(frame, drawn.geometry.visible, drawn.weight);
+            continue;
+        }
+        try {
             m_painter.paint(frame, *drawn.picture, drawn.layer.naturalSize, drawn.geometry,
                             drawn.weight);
-        else
-            LayerPainter::paintBlack(frame, drawn.geometry.visible, drawn.weight);
+        } catch (MediaError const& error) {
+            throw MediaError(error.cause, "Can't draw " + m_source.name(drawn.layer, time) + ". " +
+                                              error.what());
+        }
     }
     m_overlayPainter.paint(frame, overlays());
     return frame;

@@ -7,6 +7,7 @@
 #include "render/overlay_painter.h"
 
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace framewright {
@@ -20,6 +21,9 @@ public:
     /// format and size, not turned. The same picture shares its pixels each time.
     /// Throws MediaError, which names the clip and the file.
     virtual Frame frame(Layer const& layer, double time) = 0;
+
+    /// What a picture is called in a sentence for people.
+    virtual std::string name(Layer const& layer, double time) const = 0;
 };
 
 /// Draws the pictures of a composition. One thread at a time.
@@ -57,7 +61,7 @@ private:
     void enter(std::size_t instruction);
     std::vector<Drawn> collect(double time);
     bool goesThrough(std::vector<Drawn> const& stack) const;
-    Frame paint(std::vector<Drawn> const& stack);
+    Frame paint(std::vector<Drawn> const& stack, double time);
     std::vector<Overlay> const& overlays() const;
     PixelRect canvas() const { return {0, 0, m_video.renderSize.width, m_video.renderSize.height}; }
 

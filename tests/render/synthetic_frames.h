@@ -76,6 +76,8 @@ public:
         ++asked[layer.trackID];
         return pictures.at(layer.trackID)(time);
     }
+
+    std::string name(Layer const& layer, double) const override { return "track " + std::to_string(layer.trackID); }
 };
 
 } // namespace framewright

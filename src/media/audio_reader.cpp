@@ -1,0 +1,166 @@
+#include "media/audio_reader.h"
+
+#include "media/media_failure.h"
+#include "media/media_file.h"
+#include "media/media_input.h"
+#include "media/sound_decoder.h"
+#include "media/stereo_converter.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <limits>
+
+namespace framewright {
+
+namespace {
+
+/// So much before a wanted sample is decoded anew after a jump: codecs build on what went before,
+/// and the resampler looks around each sample. Seconds.
+constexpr double preroll = 0.3;
+
+/// A jump forward by less is made by reading on. Seconds.
+constexpr double shortJump = 0.5;
+
+/// Damage at the very end counts as not being there: see VideoReader. Seconds.
+constexpr double forgivenEnd = 0.5;
+
+AVStream& soundOf(MediaInput const& input)
+{
+    if (!input.sound())
+        throw failure(MediaError::Cause::unsupported, input.path(), "has no sound.");
+    return *input.sound();
+}
+
+} // namespace
+
+class AudioReader::Impl {
+public:
+    explicit Impl(std::filesystem::path const& file)
+        : m_input(openMediaFile(file), file, MediaInput::Detail::forReading),
+          m_stream(withLeadInFound(m_input)),
+          m_decoder(m_input, m_stream),
+          m_converter(m_decoder.sampleRate(), file)
+    {
+    }
+
+    void read(std::int64_t first, std::span<float> interleaved)
+    {
+        auto const count = std::int64_t(interleaved.size() / 2);
+        std::int64_t const silent = std::clamp<std::int64_t>(-first, 0, count);
+        std::fill_n(interleaved.begin(), silent * 2, 0.0F);
+        if (silent == count)
+            return;
+        std::int64_t const from = std::max<std::int64_t>(first, 0);
+        if (!m_isPlaced || from < m_converter.position() ||
+            from > m_converter.readyUpTo() + std::int64_t(shortJump * sampleRate))
+            jumpTo(from);
+        while (m_converter.readyUpTo() < first + count && !m_isAtEnd)
+            readOn();
+        m_converter.take(from, interleaved.subspan(std::size_t(silent) * 2));
+        if (m_hole && m_hole->begin < first + count && m_hole->end > from)
+            throw damage(m_input.path(),
+                         fmt::format("its sound at {:.2f} s cannot be decoded",
+                                     double(std::max(from, m_hole->begin)) / sampleRate));
+    }
+
+private:
+    struct Hole {
+        std::int64_t begin; ///< In samples given out.
+        std::int64_t end;
+    };
+
+    static AVStream& withLeadInFound(MediaInput& input)
+    {
+        AVStream& sound = soundOf(input);
+        input.findLeadIn();
+        return sound;
+    }
+
+    /// Starts converting at the last sample before `output` from which on everything is as if it
+    /// had been read from the beginning.
+    void jumpTo(std::int64_t output)
+    {
+        int const rate = m_decoder.sampleRate();
+        std::int64_t const start =
+            m_converter.startFor(output - std::int64_t(preroll * sampleRate));
+        auto back = std::int64_t(preroll * rate);
+        m_isPlaced = false;
+        m_hole.reset();
+        while (true) {
+            bool const isAtStart = start - back <= 0;
+            if (isAtStart)
+                m_decoder.seekToStart();
+            else
+                m_decoder.seek(start - back);
+            m_pending = m_decoder.next();
+            if (isAtStart || (m_pending && m_pending->position <= start))
+                break;
+            back *= 4;
+        }
+        m_isAtEnd = false;
+        m_converter.startAt(start);
+        // Blocks that cannot be decoded for want of those before them are no damage.
+        while (m_pending && m_pending->endPosition() <= start)
+            m_pending = m_decoder.next();
+        m_isPlaced = true;
+        if (m_pending)
+            noteHole();
+        else
+            end();
+    }
+
+    void noteHole()
+    {
+        if (m_decoder.isDamagedBefore() && m_pending->position > m_converter.expected())
+            m_hole = Hole{m_converter.outputFor(m_converter.expected()),
+                          m_converter.outputFor(m_pending->position)};
+    }
+
+    void readOn()
+    {
+        if (!m_pending) {
+            m_pending = m_decoder.next();
+            if (!m_pending) {
+                end();
+                return;
+            }
+            noteHole();
+        }
+        if (m_converter.add(*m_pending))
+            m_pending.reset();
+    }
+
+    void end()
+    {
+        m_converter.finish();
+        m_isAtEnd = true;
+        double const missing = m_input.end(m_stream) - double(m_converter.readyUpTo()) / sampleRate;
+        if (m_decoder.isDamagedBefore() && missing >= forgivenEnd)
+            m_hole = Hole{m_converter.readyUpTo(), std::numeric_limits<std::int64_t>::max()};
+    }
+
+    MediaInput m_input;
+    AVStream& m_stream;
+    SoundDecoder m_decoder;
+    StereoConverter m_converter;
+    std::optional<SoundBlock> m_pending; ///< Decoded, not converted yet.
+    std::optional<Hole> m_hole;          ///< The last stretch that could not be decoded.
+    bool m_isPlaced = false;             ///< The converter stands at a known sample.
+    bool m_isAtEnd = false;
+};
+
+AudioReader::AudioReader(std::filesystem::path const& file) : m_impl(std::make_unique<Impl>(file))
+{
+}
+
+AudioReader::~AudioReader() = default;
+AudioReader::AudioReader(AudioReader&&) noexcept = default;
+AudioReader& AudioReader::operator=(AudioReader&&) noexcept = default;
+
+void AudioReader::read(std::int64_t first, std::span<float> interleaved)
+{
+    m_impl->read(first, interleaved);
+}
+
+} // namespace framewright

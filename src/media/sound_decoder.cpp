@@ -1,0 +1,155 @@
+#include "media/sound_decoder.h"
+
+#include "media/media_failure.h"
+
+#include <algorithm>
+#include <utility>
+
+extern "C" {
+#include <libavutil/intreadwrite.h>
+}
+
+namespace framewright {
+
+namespace {
+
+/// Behind so many packets without sound nothing more is expected.
+constexpr int maxFailuresInARow = 1000;
+
+} // namespace
+
+SoundDecoder::SoundDecoder(MediaInput& input, AVStream& stream)
+    : m_input(input),
+      m_stream(stream),
+      m_decoder(input.openDecoder(stream, 1)),
+      m_packet(newPacket())
+{
+    // What is to be skipped is reported, not cut away: samples keep their places.
+    m_decoder->flags2 |= AV_CODEC_FLAG2_SKIP_MANUAL;
+    input.readOnly(stream);
+    m_first = decoded();
+    if (!m_first)
+        throw damage(input.path(), "none of its sound can be decoded");
+    m_sampleRate = m_first->frame->sample_rate;
+    m_clock.emplace(input, stream,
+                    SampleClock::FirstBlock{m_first->stamp, m_first->frame->nb_samples,
+                                            m_first->skippedInFront, m_sampleRate});
+}
+
+std::optional<SoundBlock> SoundDecoder::next()
+{
+    m_isDamaged = false;
+    while (auto block = m_first ? std::exchange(m_first, std::nullopt) : decoded()) {
+        SoundBlock sound = placed(std::move(*block));
+        m_expected = sound.position + sound.frame->nb_samples;
+        sound.position += sound.begin;
+        if (sound.length() > 0)
+            return sound;
+    }
+    return std::nullopt;
+}
+
+SoundBlock SoundDecoder::placed(Decoded decoded)
+{
+    SoundBlock block;
+    int const samples = decoded.frame->nb_samples;
+    block.position = m_clock->position(decoded.stamp, m_expected);
+    block.begin = std::min(samples, decoded.skippedInFront);
+    block.end = std::max(block.begin, samples - decoded.droppedAtEnd);
+    if (auto const end = m_clock->end(); end && block.position + block.end > *end)
+        block.end =
+            std::max<int>(block.begin, int(std::max<std::int64_t>(0, *end - block.position)));
+    if (decoded.frame->flags & AV_FRAME_FLAG_DISCARD) // Outside of what an edit list shows.
+        block.end = block.begin;
+    block.frame = std::move(decoded.frame);
+    return block;
+}
+
+std::optional<SoundDecoder::Decoded> SoundDecoder::decoded()
+{
+    FrameHandle frame = newFrame();
+    while (true) {
+        int const result = avcodec_receive_frame(m_decoder.get(), frame.get());
+        if (result == AVERROR(ENOMEM))
+            throw std::bad_alloc();
+        if (result == AVERROR_EOF || m_failuresInARow > maxFailuresInARow)
+            return std::nullopt;
+        if (result == AVERROR(EAGAIN)) {
+            if (!feed()) {
+                m_isDamaged = true;
+                ++m_failuresInARow;
+            }
+            continue;
+        }
+        // A stream that changes its rate half-way is not worth more than silence there.
+        bool const isUsable = result >= 0 && frame->nb_samples > 0 && frame->sample_rate > 0 &&
+                              (m_sampleRate == 0 || frame->sample_rate == m_sampleRate);
+        if (!isUsable) {
+            m_isDamaged = true;
+            ++m_failuresInARow;
+            av_frame_unref(frame.get());
+            continue;
+        }
+        m_failuresInARow = 0;
+        Decoded block;
+        block.stamp = frame->best_effort_timestamp != AV_NOPTS_VALUE ? frame->best_effort_timestamp
+                                                                     : m_lastStamp;
+        m_lastStamp = block.stamp +
+                      av_rescale_q(frame->nb_samples, {1, frame->sample_rate}, m_stream.time_base);
+        AVFrameSideData const* const skip =
+            av_frame_get_side_data(frame.get(), AV_FRAME_DATA_SKIP_SAMPLES);
+        if (skip && skip->size >= 8) {
+            block.skippedInFront = int(std::min<std::uint32_t>(AV_RL32(skip->data), 1U << 20));
+            block.droppedAtEnd = int(std::min<std::uint32_t>(AV_RL32(skip->data + 4), 1U << 20));
+        }
+        block.frame = std::move(frame);
+        return block;
+    }
+}
+
+/// Gives the decoder one packet. False when that failed.
+bool SoundDecoder::feed()
+{
+    try {
+        if (!m_input.read(*m_packet)) {
+            avcodec_send_packet(m_decoder.get(), nullptr);
+            return true;
+        }
+    } catch (MediaError const&) {
+        return false;
+    }
+    int result = 0;
+    if (m_packet->stream_index == m_stream.index)
+        result = avcodec_send_packet(m_decoder.get(), m_packet.get());
+    av_packet_unref(m_packet.get());
+    if (result == AVERROR(ENOMEM))
+        throw std::bad_alloc();
+    return result >= 0;
+}
+
+void SoundDecoder::seek(std::int64_t position)
+{
+    int const result = av_seek_frame(m_input.format(), m_stream.index, m_clock->stampOf(position),
+                                     AVSEEK_FLAG_BACKWARD);
+    if (result < 0)
+        seekToStart();
+    else
+        beginAfresh();
+}
+
+void SoundDecoder::seekToStart()
+{
+    m_input.seekToStart(m_stream);
+    beginAfresh();
+}
+
+void SoundDecoder::beginAfresh()
+{
+    avcodec_flush_buffers(m_decoder.get());
+    m_first.reset();
+    m_expected.reset();
+    m_failuresInARow = 0;
+    m_isDamaged = false;
+}
+
+} // namespace framewright

@@ -1,0 +1,190 @@
+#include "media/video_reader.h"
+
+#include "media/media_failure.h"
+#include "media/media_file.h"
+#include "media/media_input.h"
+#include "media/picture_decoder.h"
+#include "media/planar_converter.h"
+#include "model/time_rules.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace framewright {
+
+namespace {
+
+/// A seek throws away what the decoder has begun, so it must spare at least this. Seconds.
+constexpr double leastGain = 0.3;
+
+/// Where the file has no index of what lies ahead, a jump this far tries its luck. Seconds.
+constexpr double farJump = 5;
+
+/// How long before the wanted time pictures are decoded even if no other needs them. In a file
+/// with longer gaps between pictures the right one may be left out at first, which is noticed.
+constexpr double skipMargin = 0.5;
+
+/// Data that cannot be decoded at the very end counts as not being there: recorders that were
+/// stopped hard leave such ends in otherwise good files. The picture before it stays. Seconds.
+constexpr double forgivenEnd = 0.5;
+
+constexpr auto never = std::numeric_limits<std::int64_t>::min();
+
+AVStream& pictureOf(MediaInput const& input)
+{
+    if (!input.picture())
+        throw failure(MediaError::Cause::unsupported, input.path(), "has no picture.");
+    return *input.picture();
+}
+
+} // namespace
+
+class VideoReader::Impl {
+public:
+    Impl(std::filesystem::path const& file, int threads)
+        : m_input(openMediaFile(file), file, MediaInput::Detail::forReading),
+          m_stream(pictureOf(m_input)),
+          m_zero(m_input.zero(m_stream)),
+          m_decoder(m_input, m_stream, threads)
+    {
+    }
+
+    Frame frameAt(double seconds)
+    {
+        std::int64_t const time = m_zero + unitsOf(seconds + timeTolerance);
+        if (!shows(time))
+            moveTo(time);
+        if (m_missing && time >= *m_missing)
+            throw damage(m_input.path(), fmt::format("its picture at {:.2f} s cannot be decoded",
+                                                     std::max(0.0, seconds)));
+        if (!m_shown)
+            m_shown = m_converter.frameOf(*m_current->frame);
+        return *m_shown;
+    }
+
+private:
+    /// Seconds in the stream's time base, rounded down.
+    std::int64_t unitsOf(double seconds) const
+    {
+        constexpr double longest = 1e15;
+        double const units = std::floor(seconds / av_q2d(m_stream.time_base));
+        return std::isnan(units) ? 0 : std::int64_t(std::clamp(units, -longest, longest));
+    }
+
+    /// Whether the current picture is the one for `time`.
+    bool shows(std::int64_t time) const
+    {
+        return m_current && (m_isFirst || time >= m_current->time) &&
+               (m_next ? time < m_next->time : m_isLast);
+    }
+
+    void moveTo(std::int64_t time)
+    {
+        if (!m_current || time < m_current->time || isCheaperToJump(time))
+            jumpTo(time, time - unitsOf(skipMargin));
+        readOn(time);
+        if (m_decoder.lastLeftOut() && m_current->time < *m_decoder.lastLeftOut()) {
+            jumpTo(time, never);
+            readOn(time);
+        }
+    }
+
+    void readOn(std::int64_t time)
+    {
+        while (m_next && m_next->time <= time)
+            advance();
+    }
+
+    bool isCheaperToJump(std::int64_t time) const
+    {
+        auto const readUpTo = m_decoder.readUpTo();
+        if (!readUpTo)
+            return false;
+        AVIndexEntry const* const keyframe =
+            avformat_index_get_entry_from_timestamp(&m_stream, time, AVSEEK_FLAG_BACKWARD);
+        if (keyframe && keyframe->timestamp > *readUpTo + unitsOf(leastGain))
+            return true;
+        int const entries = avformat_index_get_entries_count(&m_stream);
+        bool const knowsAhead =
+            entries > 0 && avformat_index_get_entry(&m_stream, entries - 1)->timestamp > *readUpTo;
+        return !knowsAhead && time > *readUpTo + unitsOf(farJump);
+    }
+
+    /// Makes a picture at or before `time` the current one, or the first picture.
+    void jumpTo(std::int64_t time, std::int64_t skipUntil)
+    {
+        m_current.reset();
+        AVIndexEntry const* const firstEntry = avformat_index_get_entry(&m_stream, 0);
+        std::int64_t const start = firstEntry ? firstEntry->timestamp : m_zero;
+        std::int64_t from = time;
+        // The index may count in decoding times, and a keyframe may be damaged or not be enough
+        // for the pictures shown before it: then it goes back further.
+        for (double back = 1;; back *= 2) {
+            m_isFirst = from <= start;
+            if (m_isFirst)
+                m_decoder.seekToStart(skipUntil);
+            else
+                m_decoder.seek(from, skipUntil);
+            m_next = m_decoder.next();
+            if (m_isFirst || (m_next && m_next->time <= time))
+                break;
+            from -= unitsOf(back);
+        }
+        if (!m_next)
+            throw damage(m_input.path(), "none of its pictures can be decoded");
+        advance();
+    }
+
+    void advance()
+    {
+        m_isFirst = m_isFirst && !m_current;
+        m_isLast = false;
+        m_shown.reset();
+        m_missing.reset();
+        m_current = std::move(m_next);
+        m_next.reset();
+        m_next = m_decoder.next();
+        m_isLast = !m_next;
+        m_missing = m_decoder.missing();
+        if (m_isLast && m_missing && isForgiven(*m_missing))
+            m_missing.reset();
+    }
+
+    bool isForgiven(std::int64_t missing) const
+    {
+        double const end = m_input.end(m_stream);
+        return end < 0 || end - double(missing - m_zero) * av_q2d(m_stream.time_base) < forgivenEnd;
+    }
+
+    MediaInput m_input;
+    AVStream& m_stream;
+    std::int64_t m_zero;
+    PictureDecoder m_decoder;
+    PlanarConverter m_converter;
+
+    std::optional<Picture> m_current;
+    std::optional<Picture> m_next;         ///< The picture after it.
+    bool m_isFirst = false;                ///< Nothing comes before the current picture.
+    bool m_isLast = false;                 ///< Nothing comes after it.
+    std::optional<std::int64_t> m_missing; ///< From here to m_next nothing could be decoded.
+    std::optional<Frame> m_shown;          ///< m_current as it was given out.
+};
+
+VideoReader::VideoReader(std::filesystem::path const& file, int threads)
+    : m_impl(std::make_unique<Impl>(file, threads))
+{
+}
+
+VideoReader::~VideoReader() = default;
+VideoReader::VideoReader(VideoReader&&) noexcept = default;
+VideoReader& VideoReader::operator=(VideoReader&&) noexcept = default;
+
+Frame VideoReader::frameAt(double seconds)
+{
+    return m_impl->frameAt(seconds);
+}
+
+} // namespace framewright

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "render/composition.h"
+#include "render/frame_compositor.h"
+#include "render/open_files.h"
+
+#include <map>
+#include <memory>
+
+namespace framewright {
+
+/// The pictures of a composition's files. One thread at a time.
+class ClipFrameSource : public FrameSource {
+public:
+    enum class Reading {
+        forward,  ///< From beginning to end: each track has its own decoders, closed once they are
+                  ///< not needed soon.
+        anywhere, ///< At single times: decoders are left open for the next one.
+    };
+
+    /// All must outlive it.
+    ClipFrameSource(BuiltComposition const& composition, OpenReaders& readers, ReadPhotos& photos,
+                    Reading reading);
+
+    Frame frame(Layer const& layer, double time) override;
+    std::string name(Layer const& layer, double time) const override;
+
+private:
+    struct Playing { ///< What a track shows at the moment.
+        CompositionSegment const* segment = nullptr;
+        std::shared_ptr<VideoReader> reader;
+    };
+
+    Frame footage(CompositionTrack const& track, CompositionSegment const& segment, double time);
+    Frame still(Layer const& layer, CompositionSegment const& segment);
+    void closeUnneeded(CompositionTrack const& track, CompositionSegment const& left, double time);
+
+    BuiltComposition const& m_composition;
+    OpenReaders& m_readers;
+    ReadPhotos& m_photos;
+    Reading m_reading;
+    std::map<CompositionTrackID, Playing> m_playing;
+};
+
+} // namespace framewright
