@@ -27,7 +27,8 @@ std::string base64(std::string_view bytes)
     for (std::size_t i = 0; i < bytes.size(); i += 3) {
         std::uint32_t group = 0;
         for (std::size_t k = 0; k < 3; ++k)
-            group = group << 8 | (i + k < bytes.size() ? static_cast<unsigned char>(bytes[i + k]) : 0);
+            group =
+                group << 8 | (i + k < bytes.size() ? static_cast<unsigned char>(bytes[i + k]) : 0);
         for (std::size_t k = 0; k < 4; ++k)
             text += i + k <= bytes.size() ? digits[group >> (18 - 6 * k) & 63] : '=';
     }

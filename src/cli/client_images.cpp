@@ -30,8 +30,7 @@ std::string timedName(std::string command, std::chrono::system_clock::time_point
     std::tm local{};
     ::localtime_r(&time, &local);
     std::array<char, 48> text{};
-    std::size_t const length =
-        std::strftime(text.data(), text.size(), "-%Y%m%d-%H%M%S", &local);
+    std::size_t const length = std::strftime(text.data(), text.size(), "-%Y%m%d-%H%M%S", &local);
     std::snprintf(text.data() + length, text.size() - length, "-%03d",
                   static_cast<int>(milliseconds));
     return command + text.data();
@@ -67,11 +66,11 @@ bool writeAll(int descriptor, std::string_view bytes)
 
 bool isWorkspace(fs::path const& folder)
 {
-    return std::ranges::any_of(
-        std::array{"workspace.json", "library.json", "Framewright.md"}, [&](char const* name) {
-            std::error_code error;
-            return fs::is_regular_file(folder / name, error);
-        });
+    return std::ranges::any_of(std::array{"workspace.json", "library.json", "Framewright.md"},
+                               [&](char const* name) {
+                                   std::error_code error;
+                                   return fs::is_regular_file(folder / name, error);
+                               });
 }
 
 std::vector<fs::path> imagePaths(std::size_t count, std::string const& command,
@@ -122,9 +121,8 @@ void writeImage(fs::path const& path, std::string_view bytes)
 {
     // Not flushed to the disk as documents are: it can be made again, and is wanted now.
     makeFolderOf(path);
-    fs::path const temporary =
-        path.parent_path() /
-        ("." + path.filename().native() + "." + std::to_string(::getpid()) + ".tmp");
+    fs::path const temporary = path.parent_path() / ("." + path.filename().native() + "." +
+                                                     std::to_string(::getpid()) + ".tmp");
     int const descriptor =
         ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0666);
     if (descriptor < 0)

@@ -155,8 +155,8 @@ std::vector<pollfd> LineServer::Loop::wait() const
     std::vector<pollfd> entries{{m_wakeReader.get(), POLLIN, 0},
                                 {accepts ? m_listener.socket.get() : -1, POLLIN, 0}};
     for (auto const& [id, connection] : m_connections) {
-        int const events = (connection.wantsToRead() ? POLLIN : 0) |
-                           (connection.wantsToWrite() ? POLLOUT : 0);
+        int const events =
+            (connection.wantsToRead() ? POLLIN : 0) | (connection.wantsToWrite() ? POLLOUT : 0);
         entries.push_back({connection.socket(), static_cast<short>(events), 0});
     }
     ::poll(entries.data(), entries.size(), m_isRoomless ? roomlessPause : -1);
@@ -176,7 +176,8 @@ bool LineServer::Loop::serve(LineConnection& connection, short events)
     }
     // Both directions are closed: nobody is left to read an answer. While input is read, that is
     // found out once all of it has been.
-    bool const isGone = (events & (POLLHUP | POLLERR)) && !((events & POLLIN) && connection.wantsToRead());
+    bool const isGone =
+        (events & (POLLHUP | POLLERR)) && !((events & POLLIN) && connection.wantsToRead());
     return !isGone && !connection.isFinished();
 }
 
@@ -191,8 +192,8 @@ LineServer::Loop::Connections::iterator LineServer::Loop::close(Connections::ite
 void LineServer::Loop::acceptPending()
 {
     while (m_connections.size() < m_limits.connections) {
-        CLISocket::Descriptor socket(::accept4(m_listener.socket.get(), nullptr, nullptr,
-                                               SOCK_NONBLOCK | SOCK_CLOEXEC));
+        CLISocket::Descriptor socket(
+            ::accept4(m_listener.socket.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
         if (!socket) {
             if (errno == EINTR || errno == ECONNABORTED)
                 continue;

@@ -150,8 +150,8 @@ double Moment::read(Given const& given) const
             return given.references.playhead();
         auto const seconds = parseSeconds(text);
         if (!seconds || !(std::abs(*seconds) <= largestNumber))
-            refuse(given, " must be seconds (4.5), m:ss.ss, \"end\" or \"playhead\", not \"" + text +
-                              "\".");
+            refuse(given, " must be seconds (4.5), m:ss.ss, \"end\" or \"playhead\", not \"" +
+                              text + "\".");
         return *seconds;
     }
     auto const seconds = sensibleNumber(given.value);

@@ -104,10 +104,9 @@ Request decodeRequest(std::string_view line)
     json id = take(object, "id");
     json const tool = take(object, "tool");
     if (object.contains("help") && (tool.is_null() || !object["help"].is_null()))
-        return {std::move(id),
-                HelpRequest{.command = textOf(take(object, "help")),
-                            .wantsTools = isTrue(take(object, "tools")),
-                            .cwd = textOf(take(object, "cwd"))}};
+        return {std::move(id), HelpRequest{.command = textOf(take(object, "help")),
+                                           .wantsTools = isTrue(take(object, "tools")),
+                                           .cwd = textOf(take(object, "cwd"))}};
     if (tool.is_string())
         return {std::move(id), toolRequest(object, tool.get<std::string>())};
     if (object.contains("cancel"))

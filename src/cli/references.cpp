@@ -21,10 +21,14 @@ constexpr std::size_t mostListed = 20;
 char letter(TrackKind kind)
 {
     switch (kind) {
-    case TrackKind::video: return 'v';
-    case TrackKind::audio: return 'a';
-    case TrackKind::text: return 't';
-    case TrackKind::subtitles: return 's';
+    case TrackKind::video:
+        return 'v';
+    case TrackKind::audio:
+        return 'a';
+    case TrackKind::text:
+        return 't';
+    case TrackKind::subtitles:
+        return 's';
     }
     return 'v';
 }
@@ -65,7 +69,8 @@ bool looksLikeId(std::string_view text)
         return false;
     std::string const form = Id().text();
     for (std::size_t i = 0; i < text.size(); ++i) {
-        bool const isRight = form[i] == '-' ? text[i] == '-' : hexDigits.find(text[i]) != std::string_view::npos;
+        bool const isRight =
+            form[i] == '-' ? text[i] == '-' : hexDigits.find(text[i]) != std::string_view::npos;
         if (!isRight)
             return false;
     }
@@ -218,8 +223,7 @@ ClipPlace resolveClip(Project const& project, std::string_view reference)
         if (place->number >= 1 && place->number <= clips.size())
             return {&track, &clips[place->number - 1]};
         throw ToolError("No clip " + text + ": " + trackTitle(project, track) + " has " +
-                        std::to_string(clips.size()) +
-                        (clips.size() == 1 ? " clip." : " clips."));
+                        std::to_string(clips.size()) + (clips.size() == 1 ? " clip." : " clips."));
     }
     if (!looksLikeId(reference))
         throw ToolError("Clip refs look like v1:2 or an 8-character id, not " + text +
@@ -323,8 +327,7 @@ std::string trackList(Project const& project)
 void requireUnlocked(Project const& project, Track const& track)
 {
     if (track.isLocked)
-        throw ToolError(trackTitle(project, track) +
-                        " is locked. Unlock it with track_set first.");
+        throw ToolError(trackTitle(project, track) + " is locked. Unlock it with track_set first.");
 }
 
 } // namespace framewright

@@ -94,8 +94,7 @@ LineServer::Callbacks CLIServer::Session::callbacks()
             [this](LineID line, std::string text) {
                 auto request = std::make_shared<Request>(decodeRequest(text));
                 QMetaObject::invokeMethod(
-                    &m_mainThread,
-                    [this, line, request] { handle(line, std::move(*request)); },
+                    &m_mainThread, [this, line, request] { handle(line, std::move(*request)); },
                     Qt::QueuedConnection);
             },
         .closed =

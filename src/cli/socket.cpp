@@ -118,8 +118,8 @@ std::filesystem::path CLISocket::path()
     return path(folder, profile ? profile : "", ::getuid());
 }
 
-std::filesystem::path CLISocket::path(std::filesystem::path const& folder,
-                                      std::string_view profile, unsigned userID)
+std::filesystem::path CLISocket::path(std::filesystem::path const& folder, std::string_view profile,
+                                      unsigned userID)
 {
     std::string suffix;
     std::ranges::copy_if(profile, std::back_inserter(suffix), countsInProfile);

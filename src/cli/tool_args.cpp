@@ -14,8 +14,12 @@ json const none;
 
 ToolArgs::ToolArgs(json options, json words, std::string cwd, ReferenceContext const& references,
                    Progress progress, std::stop_token stop)
-    : m_options(std::move(options)), m_words(std::move(words)), m_cwd(std::move(cwd)),
-      m_references(&references), m_progress(std::move(progress)), m_stop(std::move(stop))
+    : m_options(std::move(options)),
+      m_words(std::move(words)),
+      m_cwd(std::move(cwd)),
+      m_references(&references),
+      m_progress(std::move(progress)),
+      m_stop(std::move(stop))
 {
 }
 

@@ -32,8 +32,7 @@ std::string withHyphens(std::string_view name)
 bool isGiven(json const& options, Parameter const& param)
 {
     auto const found = options.find(param.name);
-    return found != options.end() && !found->is_null() &&
-           !(found->is_array() && found->empty());
+    return found != options.end() && !found->is_null() && !(found->is_array() && found->empty());
 }
 
 json const& at(json const& array, std::size_t place)

@@ -15,9 +15,9 @@ struct ToolCall {
     std::string tool; ///< With underscores or hyphens.
     nlohmann::json args = nlohmann::json::object();
     nlohmann::json words = nlohmann::json::object(); ///< As in ToolRequest.
-    std::string cwd;
-    Progress progress;
-    std::stop_token stop;
+    std::string cwd{};
+    Progress progress{};
+    std::stop_token stop{};
 };
 
 /// Every command there is. It finds the one that is called, checks what it was given, runs it and

@@ -31,9 +31,12 @@ std::string firstSentence(std::string const& text)
 std::string typeName(Parameter const& param)
 {
     switch (param.type) {
-    case Parameter::Type::string: return "string";
-    case Parameter::Type::number: return "number";
-    case Parameter::Type::boolean: return "boolean";
+    case Parameter::Type::string:
+        return "string";
+    case Parameter::Type::number:
+        return "number";
+    case Parameter::Type::boolean:
+        return "boolean";
     }
     return "string";
 }
@@ -72,7 +75,8 @@ json Tool::descriptor() const
         if (param.isRequired)
             required.push_back(param.name);
     }
-    return {{"name", name}, {"description", description}, {"params", options}, {"required", required}};
+    return {
+        {"name", name}, {"description", description}, {"params", options}, {"required", required}};
 }
 
 std::string Toolbox::helpIndex() const

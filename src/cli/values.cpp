@@ -38,9 +38,10 @@ std::optional<double> parseSeconds(std::string_view text)
 
     std::string_view const minutes = text.substr(0, colon);
     std::string_view const seconds = text.substr(colon + 1);
-    bool const isPlain = !minutes.empty() && std::ranges::all_of(minutes, isDigit) &&
-                         !seconds.empty() && isDigit(seconds[0]) &&
-                         std::ranges::all_of(seconds, [](char c) { return isDigit(c) || c == '.'; });
+    bool const isPlain =
+        !minutes.empty() && std::ranges::all_of(minutes, isDigit) && !seconds.empty() &&
+        isDigit(seconds[0]) &&
+        std::ranges::all_of(seconds, [](char c) { return isDigit(c) || c == '.'; });
     auto const wholeMinutes = parseNumber(minutes);
     auto const rest = parseNumber(seconds);
     if (!isPlain || !wholeMinutes || !rest || *rest >= 60)
@@ -69,8 +70,8 @@ std::string formatColor(RGBAColor const& color)
         return static_cast<unsigned>(std::lround(std::clamp(part, 0.0, 1.0) * 255));
     };
     std::array<char, 10> text{};
-    std::snprintf(text.data(), text.size(), "#%02X%02X%02X%02X", byte(color.red),
-                  byte(color.green), byte(color.blue), byte(color.alpha));
+    std::snprintf(text.data(), text.size(), "#%02X%02X%02X%02X", byte(color.red), byte(color.green),
+                  byte(color.blue), byte(color.alpha));
     return text.data();
 }
 
@@ -89,9 +90,8 @@ CaptionStyle const& favorite(std::span<CaptionStyle const> styles, std::string_v
 {
     auto found = std::ranges::find(styles, name, &CaptionStyle::name);
     if (found == styles.end()) {
-        found = std::ranges::find_if(styles, [&](CaptionStyle const& style) {
-            return equalIgnoringCase(style.name, name);
-        });
+        found = std::ranges::find_if(
+            styles, [&](CaptionStyle const& style) { return equalIgnoringCase(style.name, name); });
     }
     if (found != styles.end())
         return *found;
