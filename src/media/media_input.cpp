@@ -219,7 +219,11 @@ std::int64_t MediaInput::zero(AVStream const& stream) const
                                      first->time_base) < 0))
             first = each;
     }
-    return first ? av_rescale_q(first->start_time, first->time_base, stream.time_base) : 0;
+    std::int64_t const begin =
+        first ? av_rescale_q(first->start_time, first->time_base, stream.time_base) : 0;
+    // AVI stamps pictures in decoding order, so all are shown late by the decoder's delay.
+    bool const countsDelay = std::strcmp(m_format->iformat->name, "avi") == 0;
+    return begin + (countsDelay ? stream.codecpar->video_delay : 0);
 }
 
 void MediaInput::findLeadIn()
