@@ -32,8 +32,9 @@ QCoro::Task<void> AppState::saveOrAutosave()
 {
     if (!m_isDirty)
         co_return;
-    if (isWorkspaceProject() && co_await saveNow())
-        co_return;
+    // No await stands inside a condition: GCC 12 destroys its task on the way not taken, too.
+    if (isWorkspaceProject())
+        co_await saveNow();
     // What has no place of its own yet, or can't be written there, is kept all the same.
     if (m_isDirty)
         co_await autosave();

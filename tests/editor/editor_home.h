@@ -78,12 +78,12 @@ inline bool eventually(std::function<bool()> const& condition)
     return condition();
 }
 
-/// What a task gives, the event loop running meanwhile.
+/// What a task gives, or throws, the event loop running meanwhile.
 template <class T>
 T awaited(QCoro::Task<T> task)
 {
     std::optional<T> result;
-    QCoro::waitFor([](QCoro::Task<T> inner, std::optional<T>& place) -> QCoro::Task<void> {
+    awaited([](QCoro::Task<T> inner, std::optional<T>& place) -> QCoro::Task<void> {
         place.emplace(co_await std::move(inner));
     }(std::move(task), result));
     return std::move(*result);
@@ -91,7 +91,17 @@ T awaited(QCoro::Task<T> task)
 
 inline void awaited(QCoro::Task<void> task)
 {
-    QCoro::waitFor(std::move(task));
+    // A task that throws would never end the wait.
+    std::exception_ptr thrown;
+    QCoro::waitFor([](QCoro::Task<void> inner, std::exception_ptr& place) -> QCoro::Task<void> {
+        try {
+            co_await std::move(inner);
+        } catch (...) {
+            place = std::current_exception();
+        }
+    }(std::move(task), thrown));
+    if (thrown)
+        std::rethrow_exception(thrown);
 }
 
 /// An edit that shows in the project: its brief.

@@ -48,8 +48,11 @@ Task<std::filesystem::path> savedFolder(ToolArgs args, Param<Text> which, AppSta
         args.has(which) ? fileOfProject(args, which, editor) : editor.projectFile().value_or("");
     if (!Workspace::isProjectDocument(file))
         throw ToolError("Only projects of a workspace can be renamed, duplicated or deleted.");
-    if (isOpenProject(editor, file) && !co_await editor.saveNow())
-        throw ToolError(editor.errorMessage());
+    if (isOpenProject(editor, file)) {
+        bool const isSaved = co_await editor.saveNow();
+        if (!isSaved)
+            throw ToolError(editor.errorMessage());
+    }
     co_return file.parent_path();
 }
 
