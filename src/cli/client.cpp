@@ -32,6 +32,9 @@ enum Status { succeeded = 0, failed = 1, unreachable = 2 };
 /// A client sends one request, so any id tells its reply.
 constexpr int requestID = 1;
 
+/// How often a request is made that no editor has read.
+constexpr int mostAttempts = 3;
+
 /// Written to by the first Ctrl-C. A signal handler can reach nothing else.
 int interruptPipe[2] = {-1, -1};
 
@@ -105,6 +108,10 @@ public:
         return std::nullopt;
     }
 
+    /// Whether the connection ended before the editor had read the request, as it does when one
+    /// that is ending no longer takes connections. The request can be made again.
+    bool wasUnread() const { return m_wasReset && !m_hasCancelled; }
+
 private:
     std::optional<std::string> nextLine()
     {
@@ -127,8 +134,11 @@ private:
     {
         std::array<char, 65536> bytes;
         ssize_t const length = ::read(m_socket, bytes.data(), bytes.size());
-        if (length < 0)
+        if (length < 0) {
+            // A closing socket tells of data left in it in this way.
+            m_wasReset = errno == ECONNRESET;
             return errno == EINTR;
+        }
         std::size_t const scanned = m_buffer.size();
         m_buffer.append(bytes.data(), static_cast<std::size_t>(length));
         m_lines = CLISocket::takeLines(m_buffer, scanned);
@@ -139,6 +149,7 @@ private:
     {
         char byte;
         [[maybe_unused]] auto const length = ::read(interruptPipe[0], &byte, 1);
+        m_hasCancelled = true;
         sendAll(m_socket, encode(CancelRequest{requestID}));
     }
 
@@ -146,6 +157,8 @@ private:
     std::string m_buffer;
     std::vector<std::string> m_lines;
     ProgressLine m_progress;
+    bool m_wasReset = false;
+    bool m_hasCancelled = false;
 };
 
 void print(std::FILE* stream, std::string_view text)
@@ -185,6 +198,30 @@ int printReply(Reply const& reply, ClientCommand const& command, std::string con
     return reply.ok ? succeeded : failed;
 }
 
+/// Sends the request and prints the reply.
+int ask(std::string const& line, ClientCommand const& command, std::string const& folder)
+{
+    for (int attempt = 1; attempt <= mostAttempts; ++attempt) {
+        auto const connection = connectToEditor(CLISocket::path());
+        if (!connection) {
+            print(stderr, "Framewright is not running and could not be launched. "
+                          "Open the app and try again.\n");
+            return unreachable;
+        }
+        if (attempt == 1)
+            catchInterrupt();
+        // Also when the editor did not take all of it: it may have said why.
+        sendAll(connection.get(), line);
+        Answers answers(connection.get());
+        if (auto const reply = answers.reply())
+            return printReply(*reply, command, folder);
+        if (!answers.wasUnread())
+            break;
+    }
+    print(stderr, "Framewright stopped answering. Open the app and try again.\n");
+    return unreachable;
+}
+
 int run(std::span<std::string const> words)
 {
     openStandardDescriptors();
@@ -207,21 +244,7 @@ int run(std::span<std::string const> words)
         },
         command.request);
 
-    auto const connection = connectToEditor(CLISocket::path());
-    if (!connection) {
-        print(stderr, "Framewright is not running and could not be launched. "
-                      "Open the app and try again.\n");
-        return unreachable;
-    }
-    catchInterrupt();
-    // Also when the editor did not take all of it: it may have said why.
-    sendAll(connection.get(), line);
-    auto const reply = Answers(connection.get()).reply();
-    if (!reply) {
-        print(stderr, "Framewright stopped answering. Open the app and try again.\n");
-        return unreachable;
-    }
-    return printReply(*reply, command, folder);
+    return ask(line, command, folder);
 }
 
 } // namespace

@@ -130,9 +130,11 @@ void LineServer::Loop::run()
 {
     while (true) {
         std::vector<pollfd> const entries = wait();
-        if (entries[0].revents != 0 && !takeWakeUp())
-            return;
+        bool const goesOn = entries[0].revents == 0 || takeWakeUp();
+        // Also at the end: the answer of the command that ends the editor is among it.
         sendOutgoing();
+        if (!goesOn)
+            return;
         m_isRoomless = false;
 
         // New connections come last, so the entries still belong to the connections in order; but

@@ -61,8 +61,8 @@ public:
     /// answered once. From any thread.
     void answer(LineID line, MakeText text);
 
-    /// Closes every connection and the socket; returns when the thread has ended. Afterwards
-    /// nothing is called and nothing sent.
+    /// Sends what goes at once of what was given to send, closes every connection and the socket,
+    /// and returns when the thread has ended. Afterwards nothing is called and nothing sent.
     void stop();
 
 private:

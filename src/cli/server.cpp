@@ -3,9 +3,12 @@
 #include "cli/line_server.h"
 #include "cli/protocol.h"
 
-#include <QObject>
+#include <QCoreApplication>
 
+#include <deque>
+#include <functional>
 #include <map>
+#include <mutex>
 #include <utility>
 
 namespace framewright {
@@ -35,17 +38,13 @@ std::string tooLongLine()
 /// it until they end.
 class CLIServer::Session : public std::enable_shared_from_this<Session> {
 public:
-    Session(Toolbox const& toolbox, CLISocket::Listener listener)
-        : m_toolbox(toolbox),
-          m_lines(std::make_shared<LineServer>(std::move(listener), callbacks()))
-    {
-    }
+    explicit Session(Toolbox const& toolbox) : m_toolbox(toolbox) {}
 
-    void stop()
+    void start(CLISocket::Listener listener)
     {
-        m_lines->stop();
-        requestStop([](LineID, json const&) { return true; });
+        m_lines = std::make_shared<LineServer>(std::move(listener), callbacks());
     }
+    void stop();
 
 private:
     using LineID = LineServer::LineID;
@@ -56,6 +55,8 @@ private:
     };
 
     LineServer::Callbacks callbacks();
+    void post(std::function<void()> work);
+    void runPosted();
     void handle(LineID line, Request request);
     void handle(LineID line, json id, ToolRequest request);
     void handle(LineID line, json id, HelpRequest const& request);
@@ -69,8 +70,9 @@ private:
 
     Toolbox const& m_toolbox;
     std::map<LineID, Running> m_running;
-    QObject m_mainThread; ///< Calls posted to it die with it.
-    std::shared_ptr<LineServer> const m_lines;
+    std::mutex m_mutex;
+    std::deque<std::function<void()>> m_posted; ///< Guarded by the mutex.
+    std::shared_ptr<LineServer> m_lines;
 };
 
 /// Tells the commands that the test accepts to stop.
@@ -87,37 +89,74 @@ void CLIServer::Session::requestStop(Test const& test)
         source.request_stop();
 }
 
+void CLIServer::Session::stop()
+{
+    m_lines->stop();
+    {
+        std::lock_guard const lock(m_mutex);
+        m_posted.clear();
+    }
+    requestStop([](LineID, json const&) { return true; });
+}
+
 LineServer::Callbacks CLIServer::Session::callbacks()
 {
     return {
         .line =
             [this](LineID line, std::string text) {
-                auto request = std::make_shared<Request>(decodeRequest(text));
-                QMetaObject::invokeMethod(
-                    &m_mainThread, [this, line, request] { handle(line, std::move(*request)); },
-                    Qt::QueuedConnection);
+                post([this, line, request = decodeRequest(text)]() mutable {
+                    handle(line, std::move(request));
+                });
             },
         .closed =
             [this](LineServer::ConnectionID connection) {
-                QMetaObject::invokeMethod(
-                    &m_mainThread, [this, connection] { abandon(connection); },
-                    Qt::QueuedConnection);
+                post([this, connection] { abandon(connection); });
             },
         .tooLong = tooLongLine,
     };
 }
 
+/// Has the main thread do something. From the server's thread.
+void CLIServer::Session::post(std::function<void()> work)
+{
+    {
+        std::lock_guard const lock(m_mutex);
+        m_posted.push_back(std::move(work));
+    }
+    // One wake-up each, so that nothing waits where a command runs a loop of its own.
+    QMetaObject::invokeMethod(
+        QCoreApplication::instance(),
+        [session = weak_from_this()] {
+            if (auto const self = session.lock())
+                self->runPosted();
+        },
+        Qt::QueuedConnection);
+}
+
+void CLIServer::Session::runPosted()
+{
+    std::function<void()> work;
+    {
+        std::lock_guard const lock(m_mutex);
+        if (m_posted.empty()) // The server was stopped.
+            return;
+        work = std::move(m_posted.front());
+        m_posted.pop_front();
+    }
+    work();
+}
+
 void CLIServer::Session::handle(LineID line, Request request)
 {
-    json& id = request.id;
+    json const& id = request.id;
     if (auto* const tool = std::get_if<ToolRequest>(&request.what))
-        handle(line, std::move(id), std::move(*tool));
+        handle(line, id, std::move(*tool));
     else if (auto const* const help = std::get_if<HelpRequest>(&request.what))
-        handle(line, std::move(id), *help);
+        handle(line, id, *help);
     else if (auto const* const cancelled = std::get_if<CancelRequest>(&request.what))
         cancel(line, cancelled->id);
     else
-        reply(line, {.id = std::move(id),
+        reply(line, {.id = id,
                      .ok = false,
                      .text = std::get<BadRequest>(request.what).sentence,
                      .images = {},
@@ -205,14 +244,16 @@ void CLIServer::start()
 void CLIServer::start(std::filesystem::path const& socketPath)
 {
     stop();
-    m_session = std::make_shared<Session>(m_toolbox, CLISocket::listen(socketPath));
+    auto session = std::make_shared<Session>(m_toolbox);
+    session->start(CLISocket::listen(socketPath));
+    m_session = std::move(session);
 }
 
 void CLIServer::stop()
 {
-    if (m_session)
-        m_session->stop();
-    m_session.reset();
+    // Taken first: a command that ends because of this may stop the server too.
+    if (auto const session = std::exchange(m_session, nullptr))
+        session->stop();
 }
 
 } // namespace framewright

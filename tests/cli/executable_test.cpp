@@ -161,7 +161,7 @@ struct LaunchTest : testing::Test {
     {
         if (!hasModule)
             return;
-        run({"quit"});
+        EXPECT_EQ(run({"quit"}).out, "bye\n");
         // The lock is free when the editor has ended.
         CLISocket::Descriptor const lock(
             ::open((support() / "cli.sock.lock").c_str(), O_RDWR | O_CLOEXEC));

@@ -1,7 +1,6 @@
 #include "toy_editor.h"
 
 #include <QCoreApplication>
-#include <QTimer>
 
 #include <memory>
 #include <optional>
@@ -98,8 +97,7 @@ std::vector<Tool> ToyEditor::tools()
          .description = "Ends.",
          .action =
              [](ToolArgs) {
-                 // After the answer has gone out.
-                 QTimer::singleShot(50, qApp, [] { QCoreApplication::quit(); });
+                 QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
                  return ToolResult{.text = "bye"};
              }},
     };

@@ -23,5 +23,7 @@ extern "C" __attribute__((visibility("default"))) int framewrightEditorMain(int 
     ready.announce();
     // Should a test fail to end it.
     QTimer::singleShot(60'000, &application, [] { QCoreApplication::quit(); });
-    return QCoreApplication::exec();
+    int const status = QCoreApplication::exec();
+    editor.server().stop();
+    return status;
 }
