@@ -2,8 +2,9 @@
 
 #include "model/time_rules.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
-#include <string>
 
 namespace framewright {
 
@@ -48,7 +49,7 @@ std::vector<CompositionSegment> segments(Track const& track, AssetStore const& a
         LoadedAsset const* const asset = assets.find(clip.assetID);
         if (!asset || !(kind == Kind::picture ? asset->hasVideo : asset->hasAudio))
             continue;
-        auto made = segment(clip, *asset, "clip " + std::to_string(number) + " on " + track.name);
+        auto made = segment(clip, *asset, fmt::format("clip {} on {}", number, track.name));
         if (made.timeRange.start < made.timeRange.end)
             found.push_back(std::move(made));
     }

@@ -36,10 +36,10 @@ struct ExportSettings {
         preview, ///< Quick: 960 pixels on the long side.
     };
 
-    std::filesystem::path file;
-    std::optional<double> start; ///< Seconds; the beginning by default.
-    std::optional<double> end;   ///< Seconds; the end of the picture by default and at the most.
-    std::optional<int> height;   ///< Of the output in pixels; goes before the quality's size.
+    std::filesystem::path file = {};
+    std::optional<double> start = {}; ///< Seconds; the beginning by default.
+    std::optional<double> end = {}; ///< Seconds; the end of the picture by default and at the most.
+    std::optional<int> height = {}; ///< Of the output in pixels; goes before the quality's size.
     Quality quality = Quality::full;
 };
 

@@ -39,7 +39,8 @@ public:
     Sound sound = constant;
     int reads = 0;
 
-    void read(CompositionTrackID, CompositionSegment const&, std::int64_t first, std::span<float> interleaved) override
+    void read(CompositionTrackID, CompositionSegment const&, std::int64_t first,
+              std::span<float> interleaved) override
     {
         ++reads;
         for (std::size_t n = 0; n < interleaved.size(); n += 2) {
@@ -78,11 +79,22 @@ TEST(Mixer, ClipsBeginAndEndOnTheirSample)
 {
     Piece piece(project({audioTrack({clip(music, 1, 2, 0.5)})}), constant);
     auto const samples = piece.mixed(0, 4 * rate);
-    struct Case { std::int64_t sample; float value; };
+    struct Case {
+        std::int64_t sample;
+        float value;
+    };
     for (Case const& c : {
-             Case{0, 0}, Case{rate - 1, 0}, Case{rate, 0.5f * edge(0)}, Case{rate + 1, 0.5f * edge(1)},
-             Case{rate + fadeLength - 1, 0.5f * edge(fadeLength - 1)}, Case{rate + fadeLength, 0.5f}, Case{2 * rate, 0.5f},
-             Case{3 * rate - 1, 0.5f * edge(0)}, Case{3 * rate - fadeLength - 1, 0.5f}, Case{3 * rate, 0}, Case{4 * rate - 1, 0},
+             Case{0, 0},
+             Case{rate - 1, 0},
+             Case{rate, 0.5f * edge(0)},
+             Case{rate + 1, 0.5f * edge(1)},
+             Case{rate + fadeLength - 1, 0.5f * edge(fadeLength - 1)},
+             Case{rate + fadeLength, 0.5f},
+             Case{2 * rate, 0.5f},
+             Case{3 * rate - 1, 0.5f * edge(0)},
+             Case{3 * rate - fadeLength - 1, 0.5f},
+             Case{3 * rate, 0},
+             Case{4 * rate - 1, 0},
          }) {
         EXPECT_FLOAT_EQ(samples[std::size_t(c.sample) * 2], c.value) << c.sample;
         EXPECT_FLOAT_EQ(samples[std::size_t(c.sample) * 2 + 1], -c.value) << c.sample;
@@ -99,10 +111,16 @@ TEST(Mixer, PlaysTheSourceFromTheInPoint)
 
 TEST(Mixer, OnlyJumpsAreFaded)
 {
-    struct Case { char const* name; Clip second; bool isFaded; };
+    struct Case {
+        char const* name;
+        Clip second;
+        bool isFaded;
+    };
     for (Case const& c : {
-             Case{"goes on", clip(music, 1, 1, 6), false}, Case{"jumps", clip(music, 1, 1, 6.001), true},
-             Case{"jumps back", clip(music, 1, 1, 5), true}, Case{"other file", clip(footage, 1, 1, 6), true},
+             Case{"goes on", clip(music, 1, 1, 6), false},
+             Case{"jumps", clip(music, 1, 1, 6.001), true},
+             Case{"jumps back", clip(music, 1, 1, 5), true},
+             Case{"other file", clip(camera, 1, 1, 6), true},
              Case{"later", clip(music, 1.005, 1, 6.005), true},
          }) {
         Piece piece(project({audioTrack({clip(music, 0, 1, 5), c.second})}), constant);
@@ -118,10 +136,14 @@ TEST(Mixer, LevelsFollowTheMix)
     Track bed = audioTrack({clip(music, 0, 10)});
     bed.ducks = true;
     bed.volume = 0.8f;
-    Piece piece(project({bed, audioTrack({clip(missing, 2, 3)})}), constant);
+    Piece piece(project({bed, audioTrack({clip(unloaded, 2, 3)})}), constant);
     auto const samples = piece.mixed(0, 10 * rate);
-    struct Case { double time; float level; };
-    for (Case const& c : {Case{1, 0.8f}, Case{1.875, 0.5f}, Case{2.5, 0.2f}, Case{4.9, 0.2f}, Case{5.125, 0.5f}, Case{6, 0.8f}})
+    struct Case {
+        double time;
+        float level;
+    };
+    for (Case const& c : {Case{1, 0.8f}, Case{1.875, 0.5f}, Case{2.5, 0.2f}, Case{4.9, 0.2f},
+                          Case{5.125, 0.5f}, Case{6, 0.8f}})
         EXPECT_NEAR(samples[std::size_t(c.time * rate) * 2], 0.5 * c.level, 1e-6) << c.time;
 }
 
@@ -154,7 +176,8 @@ TEST(Mixer, BlocksDontMatter)
     std::mt19937 random(3);
     std::vector<Clip> clips;
     for (int n = 0; n < 12; ++n)
-        clips.push_back(clip(n % 3 ? music : footage, n * 0.21, 0.1 + (n % 4) * 0.03, n % 2 ? n : n * 0.21));
+        clips.push_back(
+            clip(n % 3 ? music : camera, n * 0.21, 0.1 + (n % 4) * 0.03, n % 2 ? n : n * 0.21));
     Track bed = audioTrack({clip(music, 0, 3)});
     bed.ducks = true;
     Piece piece(project({bed, audioTrack(clips)}), noise);
@@ -163,12 +186,14 @@ TEST(Mixer, BlocksDontMatter)
     AudioMixer mixer(piece.composition, piece.source);
     std::vector<float> blocks;
     while (blocks.size() < whole.size()) {
-        std::vector<float> block(std::min<std::size_t>(2 + 2 * (random() % 3000), whole.size() - blocks.size()));
+        std::vector<float> block(
+            std::min<std::size_t>(2 + 2 * (random() % 3000), whole.size() - blocks.size()));
         mixer.mix(std::int64_t(blocks.size() / 2), block);
         blocks.insert(blocks.end(), block.begin(), block.end());
     }
     EXPECT_EQ(blocks, whole);
-    EXPECT_EQ(piece.mixed(rate, rate), std::vector<float>(whole.begin() + 2 * rate, whole.begin() + 4 * rate));
+    EXPECT_EQ(piece.mixed(rate, rate),
+              std::vector<float>(whole.begin() + 2 * rate, whole.begin() + 4 * rate));
 }
 
 TEST(Mixer, SilentTracksAreNotRead)

@@ -22,7 +22,8 @@ LoadedAsset sized(double width, double height, Orientation orientation = {})
     return asset;
 }
 
-Layer layer(CompositionTrackID track, LoadedAsset const& asset, ClipTransform const& transform = {}, float opacity = 1, PixelSize size = canvas)
+Layer layer(CompositionTrackID track, LoadedAsset const& asset, ClipTransform const& transform = {},
+            float opacity = 1, PixelSize size = canvas)
 {
     Layer made;
     made.trackID = track;
@@ -69,14 +70,15 @@ struct Reference {
         Rect const to = rounded();
         Rect const& exact = layer.placement.frame;
         Point const point = layer.placement.transform.inverse().apply(
-            Point{exact.x + (x - to.x) / to.width * exact.width, exact.y + (y - to.y) / to.height * exact.height});
+            Point{exact.x + (x - to.x) / to.width * exact.width,
+                  exact.y + (y - to.y) / to.height * exact.height});
         return paint(plane, point.x, point.y);
     }
 };
 
 struct Difference {
     double worst = 0;
-    double mean = 0; ///< Signed: a picture that is off by a part of a pixel shows here.
+    double mean = 0;   ///< Signed: a picture that is off by a part of a pixel shows here.
     double chance = 1; ///< What rounding alone may make of the mean.
 };
 
@@ -91,7 +93,8 @@ Difference difference(Frame const& drawn, int plane, Reference const& reference,
         for (int column = 0; column < samples.width; ++column) {
             double const x = sampleX(drawn.layout(), drawn.colors(), plane, column);
             double const y = sampleY(drawn.layout(), plane, row);
-            if (x < inside.x + margin || y < inside.y + margin || x > inside.right() - margin || y > inside.bottom() - margin)
+            if (x < inside.x + margin || y < inside.y + margin || x > inside.right() - margin ||
+                y > inside.bottom() - margin)
                 continue;
             double const off = sample(drawn, plane, column, row) - reference.at(plane, x, y);
             found.worst = std::max(found.worst, std::abs(off));
@@ -137,7 +140,9 @@ TEST(Compositor, EdgesOffTheChromaGridShareTheirChroma)
     FrameCompositor compositor(drawing({layer(1, sized(20, 20), transform), black()}), source);
     Frame const frame = compositor.draw(0);
 
-    struct Case { int x, y, luma; };
+    struct Case {
+        int x, y, luma;
+    };
     for (Case const& c : {Case{22, 45, 16}, Case{23, 45, 200}, Case{42, 45, 200}, Case{43, 45, 16},
                           Case{30, 38, 16}, Case{30, 39, 200}, Case{30, 58, 200}, Case{30, 59, 16}})
         EXPECT_EQ(sample(frame, 0, c.x, c.y), c.luma) << c.x << "," << c.y;
@@ -153,16 +158,24 @@ TEST(Compositor, EdgesOffTheChromaGridShareTheirChroma)
 TEST(Compositor, ScalesAndTurnsEveryWay)
 {
     std::mt19937 random(11);
-    auto const number = [&](double from, double to) { return std::uniform_real_distribution(from, to)(random); };
+    auto const number = [&](double from, double to) {
+        return std::uniform_real_distribution(from, to)(random);
+    };
     for (int round = 0; round < 160; ++round) {
         Orientation const orientation{round % 4, round / 4 % 2 == 1};
         int const width = 40 + 2 * int(number(0, 60)), height = 40 + 2 * int(number(0, 60));
         LoadedAsset const asset = sized(width, height, orientation);
         ClipTransform transform;
         if (round >= 8) {
-            transform = {.scale = number(0.4, 3), .offsetX = number(-0.3, 0.3), .offsetY = number(-0.3, 0.3)};
+            transform = {.scale = number(0.4, 3),
+                         .offsetX = number(-0.3, 0.3),
+                         .offsetY = number(-0.3, 0.3)};
             if (round % 3 == 0)
-                transform = {.scale = number(0.6, 2), .cropLeft = number(0, 0.4), .cropRight = number(0, 0.4), .cropTop = number(0, 0.4), .cropBottom = number(0, 0.4)};
+                transform = {.scale = number(0.6, 2),
+                             .cropLeft = number(0, 0.4),
+                             .cropRight = number(0, 0.4),
+                             .cropTop = number(0, 0.4),
+                             .cropBottom = number(0, 0.4)};
         }
         Layer const placed = layer(1, asset, transform);
         double const across = 160.0 / width, down = 50.0 / height;
@@ -178,9 +191,11 @@ TEST(Compositor, ScalesAndTurnsEveryWay)
 
         Rect const& shown = placed.placement.frame;
         double const enlarged = std::max(1.0, shown.width * shown.height / (width * height));
-        double const reach = 4 * std::max(1.0, std::sqrt(enlarged)); // The filter reaches past edges.
+        double const reach =
+            4 * std::max(1.0, std::sqrt(enlarged)); // The filter reaches past edges.
         for (int plane = 0; plane < 3; ++plane) {
-            Difference const off = difference(frame, plane, {placed, slopes}, reach * (plane ? 2 : 1));
+            Difference const off =
+                difference(frame, plane, {placed, slopes}, reach * (plane ? 2 : 1));
             EXPECT_LT(off.worst, 1.6) << "round " << round << " plane " << plane;
             EXPECT_LT(std::abs(off.mean), off.chance) << "round " << round << " plane " << plane;
         }
@@ -190,7 +205,9 @@ TEST(Compositor, ScalesAndTurnsEveryWay)
 TEST(Compositor, WhatIsCroppedAwayDoesNotLeakIn)
 {
     // White bars above and below a grey middle, cropped away and enlarged.
-    Paint const bars = [](int plane, double, double y) { return plane ? 128.0 : y < 16 || y >= 48 ? 235.0 : 80.0; };
+    Paint const bars = [](int plane, double, double y) {
+        return plane ? 128.0 : y < 16 || y >= 48 ? 235.0 : 80.0;
+    };
     PaintedSource source;
     source.show(1, painted(64, 64, bars));
     ClipTransform const cropped{.scale = 2, .cropTop = 0.25, .cropBottom = 0.25};
@@ -206,7 +223,13 @@ TEST(Compositor, WhatIsCroppedAwayDoesNotLeakIn)
 TEST(Compositor, ConvertsColors)
 {
     // 75 % bars as their standards give them.
-    struct Case { char const* name; PixelLayout layout; ColorTags colors; Paint from; std::array<int, 3> to; };
+    struct Case {
+        char const* name;
+        PixelLayout layout;
+        ColorTags colors;
+        Paint from;
+        std::array<int, 3> to;
+    };
     constexpr PixelLayout yuv444{PixelLayout::Model::yuv, 8, 0, 0, false};
     constexpr PixelLayout gray{PixelLayout::Model::gray, 8, 0, 0, false};
     constexpr PixelLayout rgb{PixelLayout::Model::gbr, 8, 0, 0, false};
@@ -219,11 +242,27 @@ TEST(Compositor, ConvertsColors)
              Case{"BT.601 green", {}, bt601, flat(112, 72, 58), {133, 63, 52}},
              Case{"JPEG red", yuv444, jpeg, flat(57, 96, 224), {51, 109, 212}},
              Case{"untagged and small", {}, {}, flat(65, 100, 212), {51, 109, 212}},
-             Case{"full range grey", {}, {1, 1, 1, true, false}, flat(128, 128, 128), {126, 128, 128}},
-             Case{"10 bits", PixelLayout::yuv420p10(), ColorTags::bt709(), flat(400, 512, 600), {100, 128, 150}},
-             Case{"10 bits 4:2:2", yuv422p10, ColorTags::bt709(), flat(400, 512, 600), {100, 128, 150}},
+             Case{"full range grey",
+                  {},
+                  {1, 1, 1, true, false},
+                  flat(128, 128, 128),
+                  {126, 128, 128}},
+             Case{"10 bits",
+                  PixelLayout::yuv420p10(),
+                  ColorTags::bt709(),
+                  flat(400, 512, 600),
+                  {100, 128, 150}},
+             Case{"10 bits 4:2:2",
+                  yuv422p10,
+                  ColorTags::bt709(),
+                  flat(400, 512, 600),
+                  {100, 128, 150}},
              Case{"grey", gray, {1, 13, 2, true, false}, flat(255, 0, 0), {235, 128, 128}},
-             Case{"RGB", rgb, {1, 13, 0, true, false}, flat(0, 0, 191), {51, 109, 212}}, // Green, blue, red.
+             Case{"RGB",
+                  rgb,
+                  {1, 13, 0, true, false},
+                  flat(0, 0, 191),
+                  {51, 109, 212}}, // Green, blue, red.
          }) {
         PaintedSource source;
         source.show(1, painted(64, 96, c.from, c.layout, c.colors));
@@ -237,10 +276,15 @@ TEST(Compositor, ConvertsColors)
 TEST(Compositor, BringsHDRIntoStandardRange)
 {
     // HLG's reference white, 75 %, is about white; black stays black, and nothing wraps around.
-    struct Case { int luma; int least; int most; };
+    struct Case {
+        int luma;
+        int least;
+        int most;
+    };
     for (Case const& c : {Case{64, 15, 18}, Case{721, 200, 236}, Case{940, 230, 255}}) {
         PaintedSource source;
-        source.show(1, painted(64, 96, flat(c.luma, 512, 512), PixelLayout::yuv420p10(), ColorTags::hlg()));
+        source.show(
+            1, painted(64, 96, flat(c.luma, 512, 512), PixelLayout::yuv420p10(), ColorTags::hlg()));
         FrameCompositor compositor(drawing({layer(1, sized(64, 96))}), source);
         auto const found = pixel(compositor.draw(0), 20, 20);
         EXPECT_GE(found[0], c.least) << c.luma;
@@ -252,17 +296,27 @@ TEST(Compositor, BringsHDRIntoStandardRange)
 TEST(Compositor, BlendsByOpacityAndAlpha)
 {
     constexpr PixelLayout withAlpha{PixelLayout::Model::yuv, 8, 1, 1, true};
-    struct Case { char const* name; float opacity; PixelLayout layout; double alpha; std::array<int, 3> seen; };
+    struct Case {
+        char const* name;
+        float opacity;
+        PixelLayout layout;
+        double alpha;
+        std::array<int, 3> seen;
+    };
     for (Case const& c : {
-             Case{"half", 0.5f, {}, 255, {150, 75, 165}}, Case{"a quarter", 0.25f, {}, 255, {125, 88, 148}},
-             Case{"alpha", 1, withAlpha, 127.5, {150, 75, 165}}, Case{"clear", 1, withAlpha, 0, {100, 100, 130}},
-             Case{"solid alpha", 1, withAlpha, 255, {200, 50, 200}}, Case{"both", 0.5f, withAlpha, 127.5, {125, 88, 148}},
+             Case{"half", 0.5f, {}, 255, {150, 75, 165}},
+             Case{"a quarter", 0.25f, {}, 255, {125, 88, 148}},
+             Case{"alpha", 1, withAlpha, 127.5, {150, 75, 165}},
+             Case{"clear", 1, withAlpha, 0, {100, 100, 130}},
+             Case{"solid alpha", 1, withAlpha, 255, {200, 50, 200}},
+             Case{"both", 0.5f, withAlpha, 127.5, {125, 88, 148}},
          }) {
         PaintedSource source;
         source.show(1, painted(64, 96, flat(200, 50, 200, c.alpha), c.layout));
         source.show(2, painted(64, 96, flat(100, 100, 130)));
         LoadedAsset const asset = sized(64, 96);
-        FrameCompositor compositor(drawing({layer(1, asset, {}, c.opacity), layer(2, asset), black()}), source);
+        FrameCompositor compositor(
+            drawing({layer(1, asset, {}, c.opacity), layer(2, asset), black()}), source);
         auto const found = pixel(compositor.draw(0), 20, 20);
         for (std::size_t n = 0; n < 3; ++n)
             EXPECT_NEAR(found[n], c.seen[n], 1) << c.name << " plane " << n;
@@ -273,7 +327,9 @@ TEST(Compositor, AlphaIsTurnedWithItsPicture)
 {
     constexpr PixelLayout withAlpha{PixelLayout::Model::yuv, 8, 1, 1, true};
     // Only the stored left quarter is there; a quarter turn brings it to the top.
-    Paint const quarter = [](int plane, double x, double) { return plane == 3 ? (x < 24 ? 255.0 : 0.0) : plane ? 128.0 : 200.0; };
+    Paint const quarter = [](int plane, double x, double) {
+        return plane == 3 ? (x < 24 ? 255.0 : 0.0) : plane ? 128.0 : 200.0;
+    };
     PaintedSource source;
     source.show(1, painted(96, 64, quarter, withAlpha));
     FrameCompositor compositor(drawing({layer(1, sized(96, 64, {1, false})), black()}), source);
@@ -287,13 +343,23 @@ TEST(Compositor, NeverAsksForWhatIsHidden)
 {
     LoadedAsset const full = sized(64, 96);
     Layer const small = layer(2, full, {.scale = 0.5});
-    struct Case { char const* name; std::vector<Layer> layers; std::map<CompositionTrackID, int> asked; };
+    struct Case {
+        char const* name;
+        std::vector<Layer> layers;
+        std::map<CompositionTrackID, int> asked;
+    };
     for (Case const& c : {
              Case{"under a full one", {layer(1, full), layer(2, full)}, {{1, 1}}},
-             Case{"under a faded one", {layer(1, full, {}, 0.5f), layer(2, full), layer(3, full)}, {{1, 1}, {2, 1}}},
+             Case{"under a faded one",
+                  {layer(1, full, {}, 0.5f), layer(2, full), layer(3, full)},
+                  {{1, 1}, {2, 1}}},
              Case{"under a placeholder", {black(), layer(2, full)}, {}},
-             Case{"under a larger one", {layer(1, full, {.scale = 0.6}), small, layer(3, full)}, {{1, 1}, {3, 1}}},
-             Case{"not quite under it", {layer(1, full, {.scale = 0.6, .offsetX = 0.2}), small}, {{1, 1}, {2, 1}}},
+             Case{"under a larger one",
+                  {layer(1, full, {.scale = 0.6}), small, layer(3, full)},
+                  {{1, 1}, {3, 1}}},
+             Case{"not quite under it",
+                  {layer(1, full, {.scale = 0.6, .offsetX = 0.2}), small},
+                  {{1, 1}, {2, 1}}},
              Case{"off the canvas", {layer(1, full, {.offsetX = 1.5}), small}, {{2, 1}}},
              Case{"invisible", {layer(1, full, {}, 0.001f), small}, {{2, 1}}},
          }) {
@@ -313,8 +379,15 @@ TEST(Compositor, APictureThatFitsGoesThroughUntouched)
     ColorTags const otherPlace{1, 1, 1, false, true};
     ColorTags const fullRange{1, 1, 1, true, false};
     Frame const plain = painted(64, 96, flat(100, 90, 80));
-    auto const tagged = [](ColorTags colors) { return painted(64, 96, flat(100, 90, 80), {}, colors); };
-    struct Case { char const* name; Frame picture; std::vector<Layer> layers; bool goesThrough; };
+    auto const tagged = [](ColorTags colors) {
+        return painted(64, 96, flat(100, 90, 80), {}, colors);
+    };
+    struct Case {
+        char const* name;
+        Frame picture;
+        std::vector<Layer> layers;
+        bool goesThrough;
+    };
     for (Case const& c : {
              Case{"alone", plain, {layer(1, full), black()}, true},
              Case{"other tags, same look", tagged(sameLook), {layer(1, full)}, true},
@@ -327,7 +400,10 @@ TEST(Compositor, APictureThatFitsGoesThroughUntouched)
              Case{"chroma elsewhere", tagged(otherPlace), {layer(1, full)}, false},
              Case{"full range", tagged(fullRange), {layer(1, full)}, false},
              Case{"another size", painted(32, 48, flat(100, 90, 80)), {layer(1, full)}, false},
-             Case{"another layout", painted(64, 96, flat(100, 90, 80), yuv422), {layer(1, full)}, false},
+             Case{"another layout",
+                  painted(64, 96, flat(100, 90, 80), yuv422),
+                  {layer(1, full)},
+                  false},
          }) {
         PaintedSource source;
         source.show(1, c.picture);
@@ -340,14 +416,17 @@ TEST(Compositor, APictureThatFitsGoesThroughUntouched)
 TEST(Compositor, EqualInputsGiveTheSamePictureAgain)
 {
     LoadedAsset const full = sized(64, 96);
-    Frame const first = painted(32, 48, flat(100, 90, 80)), second = painted(32, 48, flat(50, 90, 80));
+    Frame const first = painted(32, 48, flat(100, 90, 80)),
+                second = painted(32, 48, flat(50, 90, 80));
     PaintedSource source;
     source.pictures[1] = [&](double time) { return time < 1 ? first : second; };
     VideoComposition video = drawing({layer(1, full, {.scale = 0.5}), black()});
-    video.instructions = {{{{0}, {900}}, video.instructions[0].layers, {}}, {{{900}, {1800}}, video.instructions[0].layers, {}},
+    video.instructions = {{{{0}, {900}}, video.instructions[0].layers, {}},
+                          {{{900}, {1800}}, video.instructions[0].layers, {}},
                           {{{1800}, {2400}}, {layer(1, full, {.scale = 0.6}), black()}, {}}};
     FrameCompositor compositor(video, source);
-    Frame const a = compositor.draw(0), b = compositor.draw(0.5), c = compositor.draw(1.0), d = compositor.draw(1.6), e = compositor.draw(3.1);
+    Frame const a = compositor.draw(0), b = compositor.draw(0.5), c = compositor.draw(1.0),
+                d = compositor.draw(1.6), e = compositor.draw(3.1);
     EXPECT_TRUE(a.sharesPixelsWith(b));
     EXPECT_FALSE(b.sharesPixelsWith(c)); // Another picture.
     EXPECT_TRUE(c.sharesPixelsWith(d));  // Over a cut that changes nothing.
@@ -361,7 +440,9 @@ TEST(Compositor, PicturesMayBeOfAnySize)
     // Anamorphic footage, photos read smaller than they are, and sides no chroma fits in.
     for (PixelSize const decoded : {PixelSize{32, 96}, {720, 576}, {1, 1}, {33, 17}, {2, 200}}) {
         PaintedSource source;
-        Paint const halves = [&](int plane, double x, double) { return plane ? 128.0 : x < decoded.width / 2.0 ? 60.0 : 180.0; };
+        Paint const halves = [&](int plane, double x, double) {
+            return plane ? 128.0 : x < decoded.width / 2.0 ? 60.0 : 180.0;
+        };
         source.show(1, painted(decoded.width, decoded.height, halves));
         FrameCompositor compositor(drawing({layer(1, sized(64, 96)), black()}), source);
         Frame const frame = compositor.draw(0);
@@ -380,12 +461,17 @@ TEST(Compositor, OverlaysLieInFront)
     PaintedSource source;
     source.show(1, painted(64, 96, flat(100, 128, 128)));
     VideoComposition video = drawing({layer(1, sized(64, 96))});
-    video.instructions[0].overlays = {{{{0}, {600}}, {11, 21, 3, 3}, image}, {{{0}, {600}}, {62, 94, 3, 3}, image}, {{{0}, {600}}, {-9, 0, 3, 3}, image}};
+    video.instructions[0].overlays = {{{{0}, {600}}, {11, 21, 3, 3}, image},
+                                      {{{0}, {600}}, {62, 94, 3, 3}, image},
+                                      {{{0}, {600}}, {-9, 0, 3, 3}, image}};
     Frame const frame = FrameCompositor(video, source).draw(0);
     int const half = (100 + 63) / 2; // BT.709 red is 63, 102, 240.
-    struct Case { int x, y, luma; };
-    for (Case const& c : {Case{10, 22, 100}, Case{11, 22, half}, Case{13, 23, half}, Case{14, 22, 100},
-                          Case{12, 20, 100}, Case{12, 24, 100}, Case{62, 94, half}, Case{63, 95, half}, Case{0, 0, 100}})
+    struct Case {
+        int x, y, luma;
+    };
+    for (Case const& c : {Case{10, 22, 100}, Case{11, 22, half}, Case{13, 23, half},
+                          Case{14, 22, 100}, Case{12, 20, 100}, Case{12, 24, 100},
+                          Case{62, 94, half}, Case{63, 95, half}, Case{0, 0, 100}})
         EXPECT_NEAR(sample(frame, 0, c.x, c.y), c.luma, 1) << c.x << "," << c.y;
     EXPECT_NEAR(sample(frame, 2, 6, 11), 128 + 56, 1);
     EXPECT_NEAR(sample(frame, 2, 5, 10), 128 + 14, 1); // One of its four pixels.

@@ -9,12 +9,12 @@
 
 namespace framewright {
 
-inline Id const footage = Id::fixed(101);    ///< 1920 x 1080, 30 a second, with sound.
+inline Id const camera = Id::fixed(101);     ///< 1920 x 1080, 30 a second, with sound.
 inline Id const portrait = Id::fixed(102);   ///< 1080 x 1920, 30 a second, with sound.
 inline Id const photo = Id::fixed(103);      ///< 3000 x 2000.
 inline Id const music = Id::fixed(104);      ///< Sound only.
 inline Id const hdrFootage = Id::fixed(105); ///< 3840 x 2160, HLG.
-inline Id const missing = Id::fixed(199);    ///< Not in the store.
+inline Id const unloaded = Id::fixed(199);   ///< Not in the store.
 
 inline LoadedAsset moving(double width, double height, double frameRate = 30)
 {
@@ -40,7 +40,7 @@ inline LoadedAsset soundOnly()
 inline AssetStore store()
 {
     AssetStore assets;
-    assets.insert(footage, moving(1920, 1080));
+    assets.insert(camera, moving(1920, 1080));
     assets.insert(portrait, moving(1080, 1920));
     LoadedAsset still = moving(3000, 2000, 0);
     still.kind = MediaKind::image;

@@ -1,0 +1,235 @@
+#include "render/exporter.h"
+
+#include "made_media.h"
+#include "media/audio_reader.h"
+#include "media/video_reader.h"
+#include "synthetic_frames.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+namespace framewright {
+
+namespace {
+
+using testing::HasSubstr;
+
+class ExportedMovie : public MadeMedia {
+protected:
+    /// Black, with a white frame and a beep at the beginning of each second but the first.
+    std::filesystem::path flashes(std::string const& rate = "30")
+    {
+        return made(
+            "-f lavfi -i \"color=black:s=320x240:r=" + rate +
+                ":d=6,drawbox=c=white:t=fill:enable='gte(t,0.9)*lt(mod(t+0.001,1),0.03)'\""
+                " -f lavfi -i "
+                "\"aevalsrc='if(gte(t,0.9)*lt(mod(t,1),0.05),0.8*sin(2*PI*1000*t),0)':s=44100:d=6\""
+                " -c:v libx264 -preset ultrafast -pix_fmt yuv420p -c:a aac",
+            "flashes.mp4");
+    }
+
+    ExportResult exported(Project const& piece, ExportSettings settings = {})
+    {
+        settings.file = folder / "out.mp4";
+        if (!settings.height)
+            settings.height = 480;
+        return Exporter(piece, assets, settings).run();
+    }
+
+    /// When the middle of the picture turns white, and when the sound sets in. Seconds.
+    struct Found {
+        std::vector<double> flashes;
+        std::vector<double> beeps;
+    };
+
+    static Found found(ExportResult const& result)
+    {
+        Found found;
+        VideoReader video(result.file);
+        for (int n = 0; n < result.frames; ++n) {
+            double const time = double(n) / result.framesPerSecond;
+            Frame const frame = video.frameAt(time);
+            if (sample(frame, 0, frame.width() / 2, frame.height() / 2) > 120)
+                found.flashes.push_back(time);
+        }
+        AudioReader audio(result.file);
+        std::vector<float> sound(std::size_t(result.duration * 48000) * 2);
+        audio.read(0, sound);
+        double quietSince = 0;
+        for (std::size_t n = 0; n < sound.size(); n += 2) {
+            double const time = double(n / 2) / 48000;
+            if (std::abs(sound[n]) < 0.2)
+                continue;
+            if (time - quietSince > 0.2)
+                found.beeps.push_back(time);
+            quietSince = time;
+        }
+        return found;
+    }
+};
+
+std::string sentenceOf(std::function<void()> const& action, ExportError::Cause cause)
+{
+    try {
+        action();
+    } catch (ExportError const& error) {
+        EXPECT_EQ(error.cause, cause) << error.what();
+        return error.what();
+    }
+    return "";
+}
+
+} // namespace
+
+TEST_F(ExportedMovie, KeepsPictureAndSoundTogether)
+{
+    struct Case {
+        char const* name;
+        char const* rate;
+        std::optional<double> start, end;
+        int frames;
+        std::vector<double> times;
+    };
+    for (Case const& c : {
+             Case{"whole", "30", {}, {}, 105, {0.5, 1.5, 2.75}},
+             Case{"a part", "30", 0.7, 2.9, 66, {0.8, 2.05}},
+             Case{"film", "24", {}, {}, 84, {0.5, 1.5, 2.75}},
+             Case{"NTSC", "30000/1001", {}, {}, 105, {0.5, 1.5, 2.75}},
+             Case{"beyond both ends", "30", -3, 99, 105, {0.5, 1.5, 2.75}},
+         }) {
+        Id const id = loaded(flashes(c.rate));
+        Project const piece = project({videoTrack({clip(id, 0, 2, 0.5), clip(id, 2, 1.5, 3.25)})});
+        ExportResult const result = exported(piece, {.start = c.start, .end = c.end});
+        double const frame = 1.0 / result.framesPerSecond;
+        EXPECT_EQ(result.frames, c.frames) << c.name;
+        EXPECT_NEAR(result.duration, c.frames * frame, 1e-9) << c.name;
+        EXPECT_EQ(result.size, (PixelSize{270, 480})) << c.name;
+
+        Found const seen = found(result);
+        ASSERT_EQ(seen.flashes.size(), c.times.size()) << c.name;
+        ASSERT_EQ(seen.beeps.size(), c.times.size()) << c.name;
+        for (std::size_t n = 0; n < c.times.size(); ++n) {
+            EXPECT_NEAR(seen.flashes[n], c.times[n], frame + 0.001) << c.name;
+            EXPECT_NEAR(seen.beeps[n], c.times[n], 0.010) << c.name;
+        }
+    }
+}
+
+TEST_F(ExportedMovie, IsTaggedAndAsLongAsItSays)
+{
+    Id const id = loaded(flashes());
+    ExportResult const result =
+        exported(project({videoTrack({clip(id, 0, 1.21)}), audioTrack({clip(id, 0, 5)})}));
+    EXPECT_EQ(result.frames, 36);
+    std::string const facts =
+        probed(result.file,
+               "stream=codec_name,width,height,pix_fmt,color_range,color_space,color_transfer,"
+               "color_primaries,nb_frames,r_frame_rate,sample_rate,channels,duration");
+    for (char const* const fact :
+         {"codec_name=h264", "width=270", "height=480", "pix_fmt=yuv420p\n", "color_range=tv",
+          "color_space=bt709", "color_transfer=bt709", "color_primaries=bt709", "nb_frames=36",
+          "r_frame_rate=30/1", "codec_name=aac", "sample_rate=48000", "channels=2",
+          "duration=1.200000\n"})
+        EXPECT_THAT(facts, HasSubstr(fact));
+    EXPECT_NEAR(probeMedia(result.file).duration, 1.2,
+                0.002); // The sound doesn't outlast the picture.
+}
+
+TEST_F(ExportedMovie, OfAPictureMuchShorterThanAFrameHasOne)
+{
+    Id const id = loaded(flashes());
+    ExportResult const result =
+        exported(project({videoTrack({clip(id, 0, 2)})}), {.start = 1, .end = 1.01});
+    EXPECT_EQ(result.frames, 1);
+    EXPECT_EQ(found(result).flashes.size(), 1u);
+}
+
+TEST_F(ExportedMovie, IsLeftOnlyWhenItIsComplete)
+{
+    Id const id = loaded(flashes());
+    Project const piece = project({videoTrack({clip(id, 0, 5)})});
+    auto const target = folder / "out.mp4";
+    std::ofstream(target) << "what stood there before";
+    auto const isUntouched = [&](std::size_t files) {
+        std::string text;
+        std::getline(std::ifstream(target), text);
+        return text == "what stood there before" && filesInFolder() == files;
+    };
+
+    std::stop_source stop;
+    std::vector<double> progress;
+    auto const cancelledAt = [&](double fraction) {
+        return sentenceOf(
+            [&] {
+                Exporter(piece, assets, {.file = target, .height = 480})
+                    .run(
+                        [&](double done, std::string_view) {
+                            progress.push_back(done);
+                            if (done >= fraction)
+                                stop.request_stop();
+                        },
+                        stop.get_token());
+            },
+            ExportError::Cause::cancelled);
+    };
+    EXPECT_EQ(cancelledAt(0.3), "The export was cancelled.");
+    EXPECT_LT(progress.back(), 0.4);
+    EXPECT_TRUE(std::ranges::is_sorted(progress));
+    EXPECT_TRUE(isUntouched(2));
+
+    std::filesystem::remove(folder / "flashes.mp4");
+    std::string const sentence =
+        sentenceOf([&] { Exporter(piece, assets, {.file = target, .height = 480}).run(); },
+                   ExportError::Cause::media);
+    EXPECT_THAT(sentence, HasSubstr("clip 1 on Video"));
+    EXPECT_THAT(sentence, HasSubstr("flashes.mp4"));
+    EXPECT_TRUE(isUntouched(1));
+}
+
+TEST_F(ExportedMovie, NeedsARangeAndAPlace)
+{
+    Id const id = loaded(flashes());
+    Project const piece = project({videoTrack({clip(id, 0, 2)})});
+    auto const sentence = [&](Project const& which, ExportSettings settings,
+                              ExportError::Cause cause) {
+        settings.file = settings.file.empty() ? folder / "out.mp4" : settings.file;
+        return sentenceOf([&] { Exporter(which, assets, settings).run(); }, cause);
+    };
+    constexpr auto empty = ExportError::Cause::emptyRange;
+    EXPECT_EQ(sentence(newProject(), {}, empty), "The range is empty.");
+    EXPECT_EQ(sentence(piece, {.start = 2}, empty), "The range is empty.");
+    EXPECT_EQ(sentence(piece, {.start = 1.5, .end = 1}, empty), "The range is empty.");
+    EXPECT_EQ(sentence(project({audioTrack({clip(id, 0, 2)})}), {}, empty), "The range is empty.");
+    EXPECT_NE(sentence(piece, {.file = folder / "nowhere" / "out.mp4"}, ExportError::Cause::media),
+              "");
+    EXPECT_EQ(filesInFolder(), 1u);
+}
+
+TEST_F(ExportedMovie, HasTheSizeThatWasAskedFor)
+{
+    struct Case {
+        AspectPreset aspect;
+        ExportSettings settings;
+        PixelSize size;
+    };
+    using enum ExportSettings::Quality;
+    for (Case const& c : {
+             Case{AspectPreset::portrait, {}, {1080, 1920}},
+             Case{AspectPreset::portrait, {.quality = preview}, {540, 960}},
+             Case{AspectPreset::landscape, {.quality = preview}, {960, 540}},
+             Case{AspectPreset::square, {.quality = preview}, {960, 960}},
+             Case{AspectPreset::fourFive, {.quality = preview}, {768, 960}},
+             Case{AspectPreset::portrait, {.height = 1440}, {810, 1440}},
+             Case{AspectPreset::portrait, {.height = 1080}, {608, 1080}},
+             Case{AspectPreset::landscape, {.height = 720}, {1280, 720}},
+             Case{AspectPreset::portrait, {.height = 481, .quality = preview}, {270, 482}},
+         }) {
+        Project piece;
+        piece.aspect = c.aspect;
+        EXPECT_EQ(Exporter(piece, {}, c.settings).size(), c.size) << ratioName(c.aspect);
+    }
+}
+
+} // namespace framewright
