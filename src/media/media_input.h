@@ -54,8 +54,18 @@ public:
     /// may go on.
     bool read(AVPacket& packet);
 
+    /// The time of the first packet of a stream, as far as it is known.
+    std::int64_t firstTime(AVStream& stream) const;
+
+    /// The next packets read are those from a keyframe on, if all goes well the last one at or
+    /// before `time`. Throws MediaError.
+    void seek(AVStream& stream, std::int64_t time);
+
     /// The next packets read are the first ones of a stream. Throws MediaError.
     void seekToStart(AVStream& stream);
+
+    /// Whether `seek` finds its place and the packets behind it have their right times.
+    bool seeksReliably() const;
 
 private:
     struct CloseInput {
@@ -66,6 +76,8 @@ private:
     void findStreamFacts(Detail detail);
     void chooseStreams();
     void checkStreams() const;
+    bool is(char const* demuxer) const;
+    bool isMov() const;
     bool keepsItsOwnZero() const;
 
     std::filesystem::path m_path;

@@ -22,7 +22,8 @@ SoundDecoder::SoundDecoder(MediaInput& input, AVStream& stream)
     : m_input(input),
       m_stream(stream),
       m_decoder(input.openDecoder(stream, 1)),
-      m_packet(newPacket())
+      m_packet(newPacket()),
+      m_nextStamp(input.zero(stream))
 {
     // What is to be skipped is reported, not cut away: samples keep their places.
     m_decoder->flags2 |= AV_CODEC_FLAG2_SKIP_MANUAL;
@@ -91,11 +92,17 @@ std::optional<SoundDecoder::Decoded> SoundDecoder::decoded()
             continue;
         }
         m_failuresInARow = 0;
+        std::int64_t const stamp = frame->best_effort_timestamp != AV_NOPTS_VALUE
+                                       ? frame->best_effort_timestamp
+                                       : m_nextStamp.value_or(AV_NOPTS_VALUE);
+        if (stamp == AV_NOPTS_VALUE) { // Behind a seek in Ogg, until a page tells the time.
+            av_frame_unref(frame.get());
+            continue;
+        }
+        m_nextStamp =
+            stamp + av_rescale_q(frame->nb_samples, {1, frame->sample_rate}, m_stream.time_base);
         Decoded block;
-        block.stamp = frame->best_effort_timestamp != AV_NOPTS_VALUE ? frame->best_effort_timestamp
-                                                                     : m_lastStamp;
-        m_lastStamp = block.stamp +
-                      av_rescale_q(frame->nb_samples, {1, frame->sample_rate}, m_stream.time_base);
+        block.stamp = stamp;
         AVFrameSideData const* const skip =
             av_frame_get_side_data(frame.get(), AV_FRAME_DATA_SKIP_SAMPLES);
         if (skip && skip->size >= 8) {
@@ -119,7 +126,9 @@ bool SoundDecoder::feed()
         return false;
     }
     int result = 0;
-    if (m_packet->stream_index == m_stream.index)
+    bool const isSkipped = m_skipUntil && m_packet->pts != AV_NOPTS_VALUE &&
+                           m_packet->pts + m_packet->duration < *m_skipUntil;
+    if (m_packet->stream_index == m_stream.index && !isSkipped)
         result = avcodec_send_packet(m_decoder.get(), m_packet.get());
     av_packet_unref(m_packet.get());
     if (result == AVERROR(ENOMEM))
@@ -129,12 +138,11 @@ bool SoundDecoder::feed()
 
 void SoundDecoder::seek(std::int64_t position)
 {
-    int const result = av_seek_frame(m_input.format(), m_stream.index, m_clock->stampOf(position),
-                                     AVSEEK_FLAG_BACKWARD);
-    if (result < 0)
-        seekToStart();
-    else
-        beginAfresh();
+    std::int64_t const stamp = m_clock->stampOf(position);
+    m_input.seek(m_stream, stamp);
+    beginAfresh();
+    if (!m_input.seeksReliably())
+        m_skipUntil = stamp;
 }
 
 void SoundDecoder::seekToStart()
@@ -147,7 +155,9 @@ void SoundDecoder::beginAfresh()
 {
     avcodec_flush_buffers(m_decoder.get());
     m_first.reset();
+    m_skipUntil.reset();
     m_expected.reset();
+    m_nextStamp.reset();
     m_failuresInARow = 0;
     m_isDamaged = false;
 }

@@ -63,9 +63,10 @@ private:
     int m_sampleRate = 0;
     std::optional<SampleClock> m_clock;
     std::optional<std::int64_t> m_expected;
-    std::int64_t m_lastStamp = 0;
+    std::optional<std::int64_t> m_nextStamp; ///< For a block that has none itself.
     bool m_isDamaged = false;
     int m_failuresInARow = 0;
+    std::optional<std::int64_t> m_skipUntil; ///< Packets that end before are not decoded.
 };
 
 } // namespace framewright

@@ -58,8 +58,7 @@ std::vector<Movie> const& movies()
          x264 + Arguments{"-x264-params", "open-gop=1:b-pyramid=strict"}},
         {"h264 without edit list.mp4", "25", 25, x264 + Arguments{"-use_editlist", "0"}, 0.08},
         {"h264 in fragments.mp4", "30", 30,
-         x264 + Arguments{"-movflags", "frag_keyframe+empty_moov"},
-         2.0 / 30},
+         x264 + Arguments{"-movflags", "frag_keyframe+empty_moov"}, 2.0 / 30},
         {"hevc open 30.mp4",
          "30",
          30,
@@ -128,9 +127,8 @@ TEST(VideoReader, FollowsVariableFrameRates)
 {
     // Gaps from 20 ms up to 2 s, longer than what a jump leaves out at first.
     auto const timeOf = [](int n) { return 0.02 * n + (n > 60 ? 2.0 * (n - 60) : 0); };
-    Arguments const variable = {
-        "-vf",  "setpts=N+max(0\\,100*(N-60))", "-vsync", "vfr", "-video_track_timescale",
-        "90000"};
+    Arguments const variable = {"-vf", "setpts=N+max(0\\,100*(N-60))", "-vsync",
+                                "vfr", "-video_track_timescale",       "90000"};
     for (char const* const name : {"vfr.mp4", "vfr.mkv"}) {
         SCOPED_TRACE(name);
         fs::path const file = madeWith(name, numberedInput(80, "50") + variable + x264);
@@ -193,8 +191,10 @@ TEST(VideoReader, EveryFormatComesAsAPlanarOne)
                   {"-c:v", "libvpx-vp9", "-pix_fmt", "yuva420p", "-cpu-used", "8"},
                   {yuv, 8, 1, 1, true},
                   sd},
-             Case{
-                 "gray.mkv", {"-c:v", "ffv1", "-pix_fmt", "gray10le"}, {gray, 10, 0, 0, false}, {6, 6, 6, true, false}},
+             Case{"gray.mkv",
+                  {"-c:v", "ffv1", "-pix_fmt", "gray10le"},
+                  {gray, 10, 0, 0, false},
+                  {6, 6, 6, true, false}},
              Case{"jpeg.avi",
                   {"-c:v", "mjpeg", "-pix_fmt", "yuvj420p", "-q:v", "2"},
                   {yuv, 8, 1, 1, false},
