@@ -157,4 +157,9 @@ void forgetLibraryMessages()
     libraryMessage.clear();
 }
 
+bool librarySaid(char const* words)
+{
+    return libraryMessage.find(words) != std::string::npos;
+}
+
 } // namespace framewright

@@ -300,6 +300,10 @@ bool MediaInput::read(AVPacket& packet)
 {
     forgetLibraryMessages();
     int const result = av_read_frame(m_format.get(), &packet);
+    if (result == AVERROR_EOF && !m_isEndReported && isCutShort()) {
+        m_isEndReported = true;
+        throw damage(m_path, "its end is missing");
+    }
     if (result == AVERROR_EOF)
         return false;
     if (result == AVERROR(ENOMEM))
@@ -307,6 +311,25 @@ bool MediaInput::read(AVPacket& packet)
     if (result < 0)
         throw damage(m_path, result);
     return true;
+}
+
+/// Whether the end that was just met is not where the data should end: the index of MP4 names
+/// data behind it, in a stream that is being read; Matroska is in the middle of an element.
+bool MediaInput::isCutShort() const
+{
+    if (librarySaid("ended prematurely"))
+        return true;
+    if (!isMov())
+        return false;
+    for (AVStream* const stream : {m_picture, m_sound}) {
+        if (!stream || stream->discard == AVDISCARD_ALL)
+            continue;
+        int const entries = avformat_index_get_entries_count(stream);
+        AVIndexEntry const* const last = avformat_index_get_entry(stream, entries - 1);
+        if (last && last->pos + last->size > m_file->size())
+            return true;
+    }
+    return false;
 }
 
 std::int64_t MediaInput::firstTime(AVStream& stream) const
@@ -327,6 +350,7 @@ bool MediaInput::seeksReliably() const
 
 void MediaInput::seek(AVStream& stream, std::int64_t time)
 {
+    m_isEndReported = false;
     int const result = seeksReliably()
                            ? av_seek_frame(m_format.get(), stream.index, time, AVSEEK_FLAG_BACKWARD)
                            : -1;
@@ -336,6 +360,7 @@ void MediaInput::seek(AVStream& stream, std::int64_t time)
 
 void MediaInput::seekToStart(AVStream& stream)
 {
+    m_isEndReported = false;
     forgetLibraryMessages();
     int result = -1;
     // Formats whose times may jump are searched for a time; their first packet is simply the first.

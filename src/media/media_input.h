@@ -76,6 +76,7 @@ private:
     void findStreamFacts(Detail detail);
     void chooseStreams();
     void checkStreams() const;
+    bool isCutShort() const;
     bool is(char const* demuxer) const;
     bool isMov() const;
     bool keepsItsOwnZero() const;
@@ -86,7 +87,8 @@ private:
     std::unique_ptr<AVFormatContext, CloseInput> m_format;
     AVStream* m_picture = nullptr;
     AVStream* m_sound = nullptr;
-    std::int64_t m_leadIn = 0; ///< In the time base of the sound.
+    std::int64_t m_leadIn = 0;    ///< In the time base of the sound.
+    bool m_isEndReported = false; ///< That it is cut short, since the last seek.
 };
 
 /// "is not a video, photo or audio file."
