@@ -1,5 +1,6 @@
 #include "media/audio_reader.h"
 
+#include "media/bytes.h"
 #include "media/made_media.h"
 #include "media/media_error.h"
 
@@ -158,6 +159,74 @@ TEST(AudioReader, JumpsGiveTheSameSamplesAsReadingOn)
                     << "sample " << first << " + " << n / 2;
         }
     }
+}
+
+TEST(AudioReader, ChannelsBecomeTwo)
+{
+    Arguments const center = {"-f", "lavfi", "-i",
+                              "aevalsrc=0|0|0.5*sin(300*2*PI*t)|0|0|0:c=5.1:d=1,aformat=fltp"};
+    auto const levels = [](fs::path const& file) {
+        auto const sound = readInOrder(file, AudioReader::sampleRate);
+        float left = 0;
+        float right = 0;
+        for (std::size_t i = 4800 * 2; i < sound.size() - 9600; i += 2) {
+            left = std::max(left, sound[i]);
+            right = std::max(right, sound[i + 1]);
+        }
+        return std::pair(left, right);
+    };
+    auto const mono =
+        levels(madeWith("mono.wav", toneInput(44100, 1) + Arguments{"-c:a", "pcm_f32le"}));
+    EXPECT_NEAR(mono.first, 0.5, 0.005) << "at full level";
+    EXPECT_FLOAT_EQ(mono.first, mono.second);
+
+    auto const surround = levels(madeWith("surround.wav", center + Arguments{"-c:a", "pcm_f32le"}));
+    EXPECT_NEAR(surround.first, 0.5 * std::sqrt(0.5), 0.002) << "the middle on both sides";
+    EXPECT_FLOAT_EQ(surround.first, surround.second);
+}
+
+TEST(AudioReader, BeginsWhereTheFileSaysAndReadsTheDefaultTrack)
+{
+    // The first track is silence; the tone is the default one and starts late.
+    fs::path const file =
+        madeWith("late tone.mp4",
+                 Arguments{"-f", "lavfi", "-i", "anullsrc=d=6:r=48000", "-itsoffset", "0.75"} +
+                     toneInput(48000) +
+                     Arguments{"-map", "0", "-map", "1", "-c:a", "aac", "-disposition:a:0", "0",
+                               "-disposition:a:1", "default"});
+    auto const sound = readInOrder(file, 7 * AudioReader::sampleRate);
+    for (std::size_t i = 0; i < 34000 * 2; ++i)
+        ASSERT_NEAR(sound[i], 0, 0.001);
+    // The edit list counts in milliseconds, and here from where the encoder's delay begins.
+    double const begin = 0.728 + 1024.0 / 48000;
+    for (double const at : {0.76, 3.0, 5.5})
+        EXPECT_LT(errorAt(sound, at, begin), 0.02) << at;
+
+    std::vector<float> before(4);
+    AudioReader(file).read(-2, before);
+    EXPECT_EQ(before, std::vector<float>(4)) << "silence before the beginning";
+}
+
+TEST(AudioReader, SaysWhereSoundIsDamaged)
+{
+    fs::path const movie = madeWith(
+        "whole.mp4", toneInput(48000) + Arguments{"-c:a", "aac", "-movflags", "+faststart"});
+    std::string const bytes = bytesOf(movie);
+    fs::path const cut = fileOf("cut sound.mp4", bytes.substr(0, bytes.size() * 6 / 10));
+    AudioReader reader(cut);
+    std::vector<float> some(4800);
+    EXPECT_NO_THROW(reader.read(96000, some));
+    for (int const second : {4, 3, 4}) {
+        try {
+            reader.read(second * 48000 + 24000, some);
+            ADD_FAILURE() << "nothing was said at " << second;
+        } catch (MediaError const& error) {
+            EXPECT_EQ(error.cause, MediaError::Cause::damaged);
+            EXPECT_EQ(error.what(), "cut sound.mp4 is incomplete or damaged: its sound at " +
+                                        std::to_string(second) + ".50 s cannot be decoded.");
+        }
+    }
+    EXPECT_NO_THROW(reader.read(48000, some)) << "it can be asked for another time";
 }
 
 } // namespace framewright

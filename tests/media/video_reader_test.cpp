@@ -1,5 +1,6 @@
 #include "media/video_reader.h"
 
+#include "media/bytes.h"
 #include "media/made_media.h"
 #include "media/media_error.h"
 
@@ -217,6 +218,101 @@ TEST(VideoReader, EveryFormatComesAsAPlanarOne)
     fs::path const hd = madeWith("hd.mp4", {"-f", "lavfi", "-i", "color=s=1280x720:d=0.1", "-c:v",
                                             "libx264", "-preset", "ultrafast"});
     EXPECT_EQ(VideoReader(hd).frameAt(0).colors(), ColorTags::bt709());
+}
+
+TEST(VideoReader, SaysWherePicturesAreMissing)
+{
+    fs::path const whole = madeWith("front.mp4", numberedInput(frameCount, "25") + x264 +
+                                                     Arguments{"-movflags", "+faststart"});
+    std::string const bytes = bytesOf(whole);
+    fs::path const cut =
+        fileOf("cut front.mp4", bytes.substr(0, (bytes.find("mdat") + bytes.size()) / 2));
+    VideoReader reader(cut, 2);
+    int good = 0;
+    while (good < frameCount) {
+        try {
+            ASSERT_EQ(numberIn(reader.frameAt(good / 25.0)), good);
+        } catch (MediaError const& error) {
+            EXPECT_EQ(error.cause, MediaError::Cause::damaged);
+            EXPECT_THAT(error.what(), testing::HasSubstr("cannot be decoded."));
+            break;
+        }
+        ++good;
+    }
+    EXPECT_GT(good, frameCount / 4);
+    EXPECT_LT(good, frameCount * 3 / 4);
+    EXPECT_THROW(reader.frameAt(3.9), MediaError);
+    EXPECT_EQ(numberIn(reader.frameAt(0.4)), 10) << "it can be asked for another time";
+
+    // Only the last packets are gone: the picture before them stays.
+    fs::path const nearly = fileOf("nearly.mp4", bytes.substr(0, bytes.size() - 20));
+    VideoReader forgiving(nearly);
+    EXPECT_GT(numberIn(forgiving.frameAt(10)), frameCount - 5);
+}
+
+TEST(VideoReader, ReadsRealFiles)
+{
+    struct Case {
+        char const* name;
+        double at;
+        int width, height;
+        PixelLayout layout;
+        ColorTags colors;
+    };
+    using enum PixelLayout::Model;
+    for (Case const& c : {
+             Case{"video/iphone_hlg_1080p_rot90_dovi84_editlist.mp4",
+                  1.2,
+                  1920,
+                  1080,
+                  {yuv, 10, 1, 1, false},
+                  {9, 18, 9, false, false}},
+             Case{"video/phone_av1_pq10_720x1280.mp4",
+                  2,
+                  720,
+                  1280,
+                  {yuv, 10, 1, 1, false},
+                  {9, 16, 9, false, false}},
+             Case{"video/phone_4k60_rot90_short.mp4",
+                  0.2,
+                  3840,
+                  2160,
+                  {yuv, 8, 1, 1, false},
+                  {5, 6, 5, true, false}},
+             Case{"video/alpha_200_vp9_vorbis.webm",
+                  1,
+                  200,
+                  200,
+                  {yuv, 8, 1, 1, true},
+                  {1, 1, 5, false, false}},
+             Case{"video/gen_odd_427x239_vp9_opus.webm",
+                  1,
+                  427,
+                  239,
+                  {yuv, 8, 1, 1, false},
+                  {1, 1, 1, false, false}},
+             Case{"video/gen_prores422_720p30_pcm24.mov",
+                  0.5,
+                  1280,
+                  720,
+                  {yuv, 10, 1, 0, false},
+                  {1, 1, 1, false, false}},
+         }) {
+        fs::path const file = sharedMedia(c.name);
+        if (file.empty())
+            GTEST_SKIP() << "The shared media are not on this machine.";
+        SCOPED_TRACE(c.name);
+        VideoReader reader(file, 2);
+        Frame const frame = reader.frameAt(c.at);
+        EXPECT_EQ(frame.width(), c.width);
+        EXPECT_EQ(frame.height(), c.height);
+        EXPECT_EQ(frame.layout(), c.layout);
+        EXPECT_EQ(frame.colors(), c.colors)
+            << frame.colors().primaries << frame.colors().transfer << frame.colors().matrix;
+        Frame const first = reader.frameAt(0);
+        EXPECT_TRUE(samePixels(reader.frameAt(c.at), frame));
+        EXPECT_TRUE(samePixels(reader.frameAt(-5), first));
+    }
 }
 
 } // namespace framewright
