@@ -1,5 +1,6 @@
 #include "media/video_reader.h"
 
+#include "media/bytes.h"
 #include "media/made_media.h"
 #include "media/media_error.h"
 
@@ -58,8 +59,7 @@ std::vector<Movie> const& movies()
          x264 + Arguments{"-x264-params", "open-gop=1:b-pyramid=strict"}},
         {"h264 without edit list.mp4", "25", 25, x264 + Arguments{"-use_editlist", "0"}, 0.08},
         {"h264 in fragments.mp4", "30", 30,
-         x264 + Arguments{"-movflags", "frag_keyframe+empty_moov"},
-         2.0 / 30},
+         x264 + Arguments{"-movflags", "frag_keyframe+empty_moov"}, 2.0 / 30},
         {"hevc open 30.mp4",
          "30",
          30,
@@ -128,9 +128,8 @@ TEST(VideoReader, FollowsVariableFrameRates)
 {
     // Gaps from 20 ms up to 2 s, longer than what a jump leaves out at first.
     auto const timeOf = [](int n) { return 0.02 * n + (n > 60 ? 2.0 * (n - 60) : 0); };
-    Arguments const variable = {
-        "-vf",  "setpts=N+max(0\\,100*(N-60))", "-vsync", "vfr", "-video_track_timescale",
-        "90000"};
+    Arguments const variable = {"-vf", "setpts=N+max(0\\,100*(N-60))", "-vsync",
+                                "vfr", "-video_track_timescale",       "90000"};
     for (char const* const name : {"vfr.mp4", "vfr.mkv"}) {
         SCOPED_TRACE(name);
         fs::path const file = madeWith(name, numberedInput(80, "50") + variable + x264);
@@ -193,8 +192,10 @@ TEST(VideoReader, EveryFormatComesAsAPlanarOne)
                   {"-c:v", "libvpx-vp9", "-pix_fmt", "yuva420p", "-cpu-used", "8"},
                   {yuv, 8, 1, 1, true},
                   sd},
-             Case{
-                 "gray.mkv", {"-c:v", "ffv1", "-pix_fmt", "gray10le"}, {gray, 10, 0, 0, false}, {6, 6, 6, true, false}},
+             Case{"gray.mkv",
+                  {"-c:v", "ffv1", "-pix_fmt", "gray10le"},
+                  {gray, 10, 0, 0, false},
+                  {6, 6, 6, true, false}},
              Case{"jpeg.avi",
                   {"-c:v", "mjpeg", "-pix_fmt", "yuvj420p", "-q:v", "2"},
                   {yuv, 8, 1, 1, false},
@@ -217,6 +218,101 @@ TEST(VideoReader, EveryFormatComesAsAPlanarOne)
     fs::path const hd = madeWith("hd.mp4", {"-f", "lavfi", "-i", "color=s=1280x720:d=0.1", "-c:v",
                                             "libx264", "-preset", "ultrafast"});
     EXPECT_EQ(VideoReader(hd).frameAt(0).colors(), ColorTags::bt709());
+}
+
+TEST(VideoReader, SaysWherePicturesAreMissing)
+{
+    fs::path const whole = madeWith("front.mp4", numberedInput(frameCount, "25") + x264 +
+                                                     Arguments{"-movflags", "+faststart"});
+    std::string const bytes = bytesOf(whole);
+    fs::path const cut =
+        fileOf("cut front.mp4", bytes.substr(0, (bytes.find("mdat") + bytes.size()) / 2));
+    VideoReader reader(cut, 2);
+    int good = 0;
+    while (good < frameCount) {
+        try {
+            ASSERT_EQ(numberIn(reader.frameAt(good / 25.0)), good);
+        } catch (MediaError const& error) {
+            EXPECT_EQ(error.cause, MediaError::Cause::damaged);
+            EXPECT_THAT(error.what(), testing::HasSubstr("cannot be decoded."));
+            break;
+        }
+        ++good;
+    }
+    EXPECT_GT(good, frameCount / 4);
+    EXPECT_LT(good, frameCount * 3 / 4);
+    EXPECT_THROW(reader.frameAt(3.9), MediaError);
+    EXPECT_EQ(numberIn(reader.frameAt(0.4)), 10) << "it can be asked for another time";
+
+    // Only the last packets are gone: the picture before them stays.
+    fs::path const nearly = fileOf("nearly.mp4", bytes.substr(0, bytes.size() - 20));
+    VideoReader forgiving(nearly);
+    EXPECT_GT(numberIn(forgiving.frameAt(10)), frameCount - 5);
+}
+
+TEST(VideoReader, ReadsRealFiles)
+{
+    struct Case {
+        char const* name;
+        double at;
+        int width, height;
+        PixelLayout layout;
+        ColorTags colors;
+    };
+    using enum PixelLayout::Model;
+    for (Case const& c : {
+             Case{"video/iphone_hlg_1080p_rot90_dovi84_editlist.mp4",
+                  1.2,
+                  1920,
+                  1080,
+                  {yuv, 10, 1, 1, false},
+                  {9, 18, 9, false, false}},
+             Case{"video/phone_av1_pq10_720x1280.mp4",
+                  2,
+                  720,
+                  1280,
+                  {yuv, 10, 1, 1, false},
+                  {9, 16, 9, false, false}},
+             Case{"video/phone_4k60_rot90_short.mp4",
+                  0.2,
+                  3840,
+                  2160,
+                  {yuv, 8, 1, 1, false},
+                  {5, 6, 5, true, false}},
+             Case{"video/alpha_200_vp9_vorbis.webm",
+                  1,
+                  200,
+                  200,
+                  {yuv, 8, 1, 1, true},
+                  {1, 1, 5, false, false}},
+             Case{"video/gen_odd_427x239_vp9_opus.webm",
+                  1,
+                  427,
+                  239,
+                  {yuv, 8, 1, 1, false},
+                  {1, 1, 1, false, false}},
+             Case{"video/gen_prores422_720p30_pcm24.mov",
+                  0.5,
+                  1280,
+                  720,
+                  {yuv, 10, 1, 0, false},
+                  {1, 1, 1, false, false}},
+         }) {
+        fs::path const file = sharedMedia(c.name);
+        if (file.empty())
+            GTEST_SKIP() << "The shared media are not on this machine.";
+        SCOPED_TRACE(c.name);
+        VideoReader reader(file, 2);
+        Frame const frame = reader.frameAt(c.at);
+        EXPECT_EQ(frame.width(), c.width);
+        EXPECT_EQ(frame.height(), c.height);
+        EXPECT_EQ(frame.layout(), c.layout);
+        EXPECT_EQ(frame.colors(), c.colors)
+            << frame.colors().primaries << frame.colors().transfer << frame.colors().matrix;
+        Frame const first = reader.frameAt(0);
+        EXPECT_TRUE(samePixels(reader.frameAt(c.at), frame));
+        EXPECT_TRUE(samePixels(reader.frameAt(-5), first));
+    }
 }
 
 } // namespace framewright
