@@ -27,7 +27,6 @@
 #include <memory>
 #include <span>
 #include <string>
-#include <variant>
 #include <vector>
 
 namespace framewright {
@@ -180,10 +179,10 @@ public:
 
     enum class Changes { keep, discard };
     /// Closes the project. Refused when it has changes that are not saved and not to be discarded.
-    QCoro::Task<Outcome<std::monostate>> closeProject(Changes changes);
+    QCoro::Task<Outcome<Done>> closeProject(Changes changes);
 
     /// Whether the open project may be left: what can be saved is saved. Refused with a sentence.
-    QCoro::Task<Outcome<std::monostate>> confirmDiscardingChanges(Changes changes);
+    QCoro::Task<Outcome<Done>> confirmDiscardingChanges(Changes changes);
 
     /// The project moved with its folder. Its file is watched and saved there from now on.
     void followTo(std::filesystem::path file);
@@ -194,10 +193,10 @@ public:
 
     /// Opens the copy that waits. It is saved to its own place only when the user says so, and
     /// stays as the recovery copy until then. Throws ProjectFileError; refused when none waits.
-    QCoro::Task<Outcome<std::monostate>> restoreRecovery();
+    QCoro::Task<Outcome<Done>> restoreRecovery();
 
     /// Deletes the copy that waits. Refused when none waits.
-    Outcome<std::monostate> discardRecovery();
+    Outcome<Done> discardRecovery();
 
 signals:
     void projectChanged();

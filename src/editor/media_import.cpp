@@ -42,7 +42,7 @@ OpenedAsset openAsset(MediaAsset const& asset, MediaPlaces const& places, MediaF
     try {
         return {asset.id, file, loadedAsset(file, probeMedia(file))};
     } catch (std::exception const& error) {
-        return {asset.id, asset.url.path, std::string(error.what())};
+        return {asset.id, file, std::string(error.what())};
     }
 }
 

@@ -122,17 +122,17 @@ void AppState::followTo(std::filesystem::path file)
     loadAssets();
 }
 
-QCoro::Task<Outcome<std::monostate>> AppState::confirmDiscardingChanges(Changes changes)
+QCoro::Task<Outcome<Done>> AppState::confirmDiscardingChanges(Changes changes)
 {
     if (!m_isOpen)
-        co_return std::monostate();
+        co_return Done();
     if (isWorkspaceProject())
         co_await saveNow();
     if (!m_isDirty)
-        co_return std::monostate();
+        co_return Done();
     if (changes == Changes::discard) {
         m_recovery.clear();
-        co_return std::monostate();
+        co_return Done();
     }
     if (isWorkspaceProject())
         co_return Refusal{m_errorMessage + " Pass --force to go on without what is not saved."};
@@ -141,7 +141,7 @@ QCoro::Task<Outcome<std::monostate>> AppState::confirmDiscardingChanges(Changes 
                       "to go on without them."};
 }
 
-QCoro::Task<Outcome<std::monostate>> AppState::closeProject(Changes changes)
+QCoro::Task<Outcome<Done>> AppState::closeProject(Changes changes)
 {
     auto const confirmed = co_await confirmDiscardingChanges(changes);
     if (confirmed)
@@ -174,7 +174,7 @@ void AppState::close()
     emit projectChanged();
 }
 
-QCoro::Task<Outcome<std::monostate>> AppState::restoreRecovery()
+QCoro::Task<Outcome<Done>> AppState::restoreRecovery()
 {
     if (!m_recovery.waiting())
         co_return Refusal{"There is no recovery copy waiting."};
@@ -196,15 +196,15 @@ QCoro::Task<Outcome<std::monostate>> AppState::restoreRecovery()
     m_diskMark = onDisk;
     m_recovery.adoptWaiting();
     setDirty(true);
-    co_return std::monostate();
+    co_return Done();
 }
 
-Outcome<std::monostate> AppState::discardRecovery()
+Outcome<Done> AppState::discardRecovery()
 {
     if (!m_recovery.waiting())
         return Refusal{"There is no recovery copy waiting."};
     m_recovery.discardWaiting();
-    return std::monostate();
+    return Done();
 }
 
 } // namespace framewright

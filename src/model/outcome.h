@@ -14,6 +14,9 @@ struct Refusal {
     bool operator==(Refusal const&) const = default;
 };
 
+/// What an edit gives that has nothing to tell but that it was made.
+struct Done {};
+
 /// What an edit gave, or the sentence that says why it was refused.
 template <class T>
 class [[nodiscard]] Outcome {
