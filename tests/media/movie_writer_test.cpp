@@ -5,6 +5,7 @@
 #include "media/made_media.h"
 #include "media/media_error.h"
 #include "media/media_info.h"
+#include "media/sound_writer.h"
 #include "media/video_reader.h"
 
 #include <gmock/gmock.h>
@@ -113,7 +114,7 @@ TEST(MovieWriter, WhatIsWrittenIsReadBack)
         writer.finish();
 
         MediaInfo const info = probeMedia(file);
-        EXPECT_NEAR(info.duration, 3, 0.0005);
+        EXPECT_DOUBLE_EQ(info.duration, 3);
         EXPECT_EQ(info.isHDR, isHLG);
         VideoReader reader(file);
         for (int i = 0; i < frames; ++i)
@@ -127,6 +128,27 @@ TEST(MovieWriter, WhatIsWrittenIsReadBack)
         for (int const click : clicks)
             EXPECT_EQ(loudestNear(heard, click), click);
     }
+}
+
+TEST(SoundWriter, WhatIsWrittenIsReadBack)
+{
+    std::vector<int> const clicks = {0, 1023, 50000, 99990};
+    auto const sound = silenceWithClicks(100000, clicks);
+    fs::path const file = testFolder() / "sound.m4a";
+    {
+        SoundWriter writer(file, 128'000);
+        writer.write(std::span(sound).first(77778));
+        writer.write(std::span(sound).subspan(77778));
+        writer.finish();
+    }
+    MediaInfo const info = probeMedia(file);
+    EXPECT_EQ(info.kind, MediaKind::audio);
+    EXPECT_DOUBLE_EQ(info.duration, 100000 / 48000.0);
+    EXPECT_EQ(bytesOf(file).substr(8, 3), "M4A");
+    std::vector<float> heard(sound.size());
+    AudioReader(file).read(0, heard);
+    for (int const click : clicks)
+        EXPECT_EQ(loudestNear(heard, click), click);
 }
 
 TEST(MovieWriter, IsMadeForPlayersAndCutting)
