@@ -45,7 +45,9 @@ std::string plainWords(std::string const& message)
     };
     for (auto const& [said, meant] : {
              Known{"moov atom not found", "its index is missing"},
+             Known{"contradictionary", "its index contradicts itself"},
              Known{"partial file", "its end is missing"},
+             Known{"max_streams", "it has too many tracks"},
          }) {
         if (message.find(said) != std::string::npos)
             return meant;
@@ -155,6 +157,11 @@ void quietLibrary()
 void forgetLibraryMessages()
 {
     libraryMessage.clear();
+}
+
+bool librarySaid(char const* words)
+{
+    return libraryMessage.find(words) != std::string::npos;
 }
 
 } // namespace framewright

@@ -32,4 +32,7 @@ void quietLibrary();
 /// Drops what the library said on this thread until now.
 void forgetLibraryMessages();
 
+/// Whether the message kept holds these words.
+bool librarySaid(char const* words);
+
 } // namespace framewright

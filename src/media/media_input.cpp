@@ -163,7 +163,7 @@ void MediaInput::openContainer()
 
 void MediaInput::findStreamFacts(Detail detail)
 {
-    if (detail == Detail::forReading && std::strncmp(m_format->iformat->name, "mov", 3) == 0)
+    if (detail == Detail::forReading && isMov())
         return;
     if (m_picture)
         checkPictureSize(std::max(1, m_picture->codecpar->width),
@@ -202,10 +202,19 @@ void MediaInput::readOnly(AVStream const& stream)
             m_format->streams[i] == &stream ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
 }
 
+bool MediaInput::is(char const* demuxer) const
+{
+    return std::strcmp(m_format->iformat->name, demuxer) == 0;
+}
+
+bool MediaInput::isMov() const
+{
+    return is("mov,mp4,m4a,3gp,3g2,mj2");
+}
+
 bool MediaInput::keepsItsOwnZero() const
 {
-    std::string_view const name = m_format->iformat->name;
-    return name.starts_with("mov") || name.starts_with("matroska");
+    return isMov() || is("matroska,webm");
 }
 
 std::int64_t MediaInput::zero(AVStream const& stream) const
@@ -219,14 +228,17 @@ std::int64_t MediaInput::zero(AVStream const& stream) const
                                      first->time_base) < 0))
             first = each;
     }
-    return first ? av_rescale_q(first->start_time, first->time_base, stream.time_base) : 0;
+    std::int64_t const begin =
+        first ? av_rescale_q(first->start_time, first->time_base, stream.time_base) : 0;
+    // AVI stamps pictures in decoding order, so all are shown late by the decoder's delay.
+    return begin + (is("avi") ? stream.codecpar->video_delay : 0);
 }
 
 void MediaInput::findLeadIn()
 {
     // An edit list has moved the first packet before 0. Where there is none, it lies at 0.
     AVIndexEntry const* const first = m_sound ? avformat_index_get_entry(m_sound, 0) : nullptr;
-    if (std::strncmp(m_format->iformat->name, "mov", 3) != 0 || !first || first->timestamp != 0)
+    if (!isMov() || !first || first->timestamp != 0)
         return;
     readOnly(*m_sound);
     PacketHandle const packet = newPacket();
@@ -288,6 +300,10 @@ bool MediaInput::read(AVPacket& packet)
 {
     forgetLibraryMessages();
     int const result = av_read_frame(m_format.get(), &packet);
+    if (result == AVERROR_EOF && !m_isEndReported && isCutShort()) {
+        m_isEndReported = true;
+        throw damage(m_path, "its end is missing");
+    }
     if (result == AVERROR_EOF)
         return false;
     if (result == AVERROR(ENOMEM))
@@ -297,19 +313,60 @@ bool MediaInput::read(AVPacket& packet)
     return true;
 }
 
+/// Whether the end that was just met is not where the data should end: the index of MP4 names
+/// data behind it, in a stream that is being read; Matroska is in the middle of an element.
+bool MediaInput::isCutShort() const
+{
+    if (librarySaid("ended prematurely"))
+        return true;
+    if (!isMov())
+        return false;
+    for (AVStream* const stream : {m_picture, m_sound}) {
+        if (!stream || stream->discard == AVDISCARD_ALL)
+            continue;
+        int const entries = avformat_index_get_entries_count(stream);
+        AVIndexEntry const* const last = avformat_index_get_entry(stream, entries - 1);
+        if (last && last->pos + last->size > m_file->size())
+            return true;
+    }
+    return false;
+}
+
+std::int64_t MediaInput::firstTime(AVStream& stream) const
+{
+    // Elsewhere the index begins wherever something was first looked for.
+    AVIndexEntry const* const first = isMov() ? avformat_index_get_entry(&stream, 0) : nullptr;
+    if (first)
+        return first->timestamp;
+    return stream.start_time != AV_NOPTS_VALUE ? stream.start_time : 0;
+}
+
+bool MediaInput::seeksReliably() const
+{
+    // The library's search in Ogg now and then takes the time it looked for for that of the page
+    // it found.
+    return !is("ogg");
+}
+
+void MediaInput::seek(AVStream& stream, std::int64_t time)
+{
+    m_isEndReported = false;
+    int const result = seeksReliably()
+                           ? av_seek_frame(m_format.get(), stream.index, time, AVSEEK_FLAG_BACKWARD)
+                           : -1;
+    if (result < 0)
+        seekToStart(stream);
+}
+
 void MediaInput::seekToStart(AVStream& stream)
 {
-    AVIndexEntry const* const first = avformat_index_get_entry(&stream, 0);
-    std::int64_t start = 0;
-    if (first)
-        start = first->timestamp;
-    else if (stream.start_time != AV_NOPTS_VALUE)
-        start = stream.start_time;
+    m_isEndReported = false;
     forgetLibraryMessages();
     int result = -1;
     // Formats whose times may jump are searched for a time; their first packet is simply the first.
-    if (!(m_format->iformat->flags & AVFMT_TS_DISCONT))
-        result = av_seek_frame(m_format.get(), stream.index, start, AVSEEK_FLAG_BACKWARD);
+    if (!(m_format->iformat->flags & AVFMT_TS_DISCONT) || is("ogg"))
+        result =
+            av_seek_frame(m_format.get(), stream.index, firstTime(stream), AVSEEK_FLAG_BACKWARD);
     if (result < 0)
         result = av_seek_frame(m_format.get(), -1, 0, AVSEEK_FLAG_BYTE);
     if (result < 0)

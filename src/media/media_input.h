@@ -54,8 +54,18 @@ public:
     /// may go on.
     bool read(AVPacket& packet);
 
+    /// The time of the first packet of a stream, as far as it is known.
+    std::int64_t firstTime(AVStream& stream) const;
+
+    /// The next packets read are those from a keyframe on, if all goes well the last one at or
+    /// before `time`. Throws MediaError.
+    void seek(AVStream& stream, std::int64_t time);
+
     /// The next packets read are the first ones of a stream. Throws MediaError.
     void seekToStart(AVStream& stream);
+
+    /// Whether `seek` finds its place and the packets behind it have their right times.
+    bool seeksReliably() const;
 
 private:
     struct CloseInput {
@@ -66,6 +76,9 @@ private:
     void findStreamFacts(Detail detail);
     void chooseStreams();
     void checkStreams() const;
+    bool isCutShort() const;
+    bool is(char const* demuxer) const;
+    bool isMov() const;
     bool keepsItsOwnZero() const;
 
     std::filesystem::path m_path;
@@ -74,7 +87,8 @@ private:
     std::unique_ptr<AVFormatContext, CloseInput> m_format;
     AVStream* m_picture = nullptr;
     AVStream* m_sound = nullptr;
-    std::int64_t m_leadIn = 0; ///< In the time base of the sound.
+    std::int64_t m_leadIn = 0;    ///< In the time base of the sound.
+    bool m_isEndReported = false; ///< That it is cut short, since the last seek.
 };
 
 /// "is not a video, photo or audio file."

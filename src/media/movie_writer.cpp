@@ -34,7 +34,7 @@ public:
     Impl(std::filesystem::path const& file, MovieSettings const& settings)
         : m_path(file),
           m_picture(openPictureEncoder(settings, file)),
-          m_file(file),
+          m_file(file, Mp4File::Kind::movie),
           m_pictureStream(m_file.addStream(*m_picture)),
           m_sound(settings.audioBitRate, m_file, file),
           m_packet(newPacket())

@@ -26,7 +26,12 @@ struct MovieSettings {
 ///
 /// Pictures come in order, one per frame of the rate, in the settings' size and in 4:2:0 with 8
 /// bits (H.264) or 10 (HEVC). Sound is 48 kHz stereo. The two may be fed from one thread only,
-/// sound not far from the picture it belongs to. A writer destroyed before `finish` leaves no file.
+/// sound not far from the picture it belongs to. Both begin at time 0.
+///
+/// The file appears, or takes the place of an older one, when `finish` returns; until then there
+/// is a hidden one beside it. A writer destroyed before `finish` leaves nothing.
+///
+/// All functions throw MediaError when the disk is full or the file cannot be written.
 class MovieWriter {
 public:
     /// Throws MediaError when the file cannot be made or the settings cannot be encoded.
@@ -35,6 +40,7 @@ public:
     MovieWriter(MovieWriter const&) = delete;
     MovieWriter& operator=(MovieWriter const&) = delete;
 
+    /// Keeps a reference, no copy. Throws std::invalid_argument for another size or layout.
     void writeFrame(Frame const& frame);
     void writeSound(std::span<float const> interleaved);
 

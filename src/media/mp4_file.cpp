@@ -36,7 +36,7 @@ void flushFolder(std::filesystem::path const& folder)
 
 } // namespace
 
-Mp4File::Mp4File(std::filesystem::path const& target) : m_target(target)
+Mp4File::Mp4File(std::filesystem::path const& target, Kind kind) : m_target(target)
 {
     quietLibrary();
     forgetLibraryMessages();
@@ -48,7 +48,8 @@ Mp4File::Mp4File(std::filesystem::path const& target) : m_target(target)
     try {
         m_io.emplace(m_file, DescriptorIO::Access::write);
         AVFormatContext* format = nullptr;
-        check(avformat_alloc_output_context2(&format, nullptr, "mp4", nullptr));
+        char const* const muxer = kind == Kind::sound ? "ipod" : "mp4"; // "ipod" marks it as M4A.
+        check(avformat_alloc_output_context2(&format, nullptr, muxer, nullptr));
         m_format.reset(format);
     } catch (...) {
         ::unlink(hidden.c_str());
@@ -106,6 +107,8 @@ void Mp4File::begin()
 {
     AVDictionary* options = nullptr;
     av_dict_set(&options, "movflags", "+faststart+write_colr", 0);
+    // The edit lists count in this: exact to the sample, and to the frame at all usual rates.
+    av_dict_set(&options, "movie_timescale", "48000", 0);
     int const result = avformat_write_header(m_format.get(), &options);
     av_dict_free(&options);
     check(result);

@@ -13,8 +13,10 @@ namespace framewright {
 /// the target's place when it is complete. Destroyed before `finish` it leaves nothing.
 class Mp4File {
 public:
+    enum class Kind { movie, sound };
+
     /// Throws MediaError when no file can be made there.
-    explicit Mp4File(std::filesystem::path const& target);
+    Mp4File(std::filesystem::path const& target, Kind kind);
     ~Mp4File();
     Mp4File(Mp4File const&) = delete;
     Mp4File& operator=(Mp4File const&) = delete;

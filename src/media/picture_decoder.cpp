@@ -146,11 +146,7 @@ bool PictureDecoder::isBeyondHelp() const
 
 void PictureDecoder::seek(std::int64_t time, std::int64_t skipUntil)
 {
-    int const result = av_seek_frame(m_input.format(), m_stream.index, time, AVSEEK_FLAG_BACKWARD);
-    if (result < 0) {
-        seekToStart(skipUntil);
-        return;
-    }
+    m_input.seek(m_stream, time);
     beginAfresh(skipUntil);
 }
 

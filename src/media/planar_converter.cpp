@@ -43,6 +43,8 @@ bool isAligned(AVFrame const& frame, int planes)
 ColorTags guessedColors(ColorTags said, PixelLayout::Model model, int width, int height)
 {
     ColorTags colors = said;
+    if (model != PixelLayout::Model::yuv)
+        colors.chromaIsCentered = false;
     if (model == PixelLayout::Model::gbr) {
         colors.matrix = 0;
         colors.primaries = isUnsaid(said.primaries) ? bt709 : said.primaries;

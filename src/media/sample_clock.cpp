@@ -13,9 +13,6 @@ namespace {
 /// may be apart, more than the clocks of telephones jitter. In seconds.
 constexpr double jitter = 0.02;
 
-/// Vorbis blocks vary in length, by multiples of this.
-constexpr int vorbisGrid = 64;
-
 bool isPcm(AVCodecID codec)
 {
     return codec >= AV_CODEC_ID_FIRST_AUDIO && codec < AV_CODEC_ID_ADPCM_IMA_QT;
@@ -32,7 +29,7 @@ SampleClock::SampleClock(MediaInput const& input, AVStream& stream, FirstBlock c
     bool const isMov = std::strncmp(input.format()->iformat->name, "mov", 3) == 0;
     AVCodecID const codec = stream.codecpar->codec_id;
     std::int64_t const raw = stamped(first.stamp);
-    m_grid = codec == AV_CODEC_ID_VORBIS ? vorbisGrid : std::max(1, first.length);
+    m_grid = codec == AV_CODEC_ID_VORBIS ? 1 : std::max(1, first.length); // Its blocks vary.
     // A beginning that is rounded to the stamp's unit is the round sample it stands for.
     std::int64_t const multiple = std::llround(double(raw) / double(m_grid)) * m_grid;
     m_anchor = raw;

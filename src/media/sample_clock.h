@@ -16,7 +16,8 @@ namespace framewright {
 /// is reached by reading on or by a jump:
 /// - In MP4 and MOV, whose index lists all blocks, it is counted from the beginning of the file.
 /// - Elsewhere it is the stamp, moved to a multiple of the block length from the first block. That
-///   fails only where stamps jitter by more than their own unit.
+///   fails where stamps jitter by more than their own unit, and for blocks of varying length that
+///   are stamped in milliseconds (Vorbis in WebM): there a jump may be off by half a millisecond.
 class SampleClock {
 public:
     /// What is known of the first block of the stream.

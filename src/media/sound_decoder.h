@@ -34,7 +34,8 @@ public:
     /// before.
     std::optional<SoundBlock> next();
 
-    /// Whether something before the block that `next` gave (or the end) could not be decoded.
+    /// Whether something right before the block that `next` gave could not be decoded; at the end,
+    /// anything since the last seek.
     bool isDamagedBefore() const { return m_isDamaged; }
 
     /// Goes on shortly before a sample of the stream, as far as the file can tell where that is.
@@ -42,16 +43,17 @@ public:
     void seekToStart();
 
 private:
-    /// A block as the decoder gave it.
+    /// A block as the decoder gave it, its `pts` set.
     struct Decoded {
         FrameHandle frame;
-        std::int64_t stamp = 0;
         int skippedInFront = 0;
         int droppedAtEnd = 0;
     };
 
     std::optional<Decoded> decoded();
     bool feed();
+    bool setStamp(AVFrame& frame);
+    static Decoded withMargins(FrameHandle frame);
     void beginAfresh();
     SoundBlock placed(Decoded decoded);
 
@@ -63,9 +65,11 @@ private:
     int m_sampleRate = 0;
     std::optional<SampleClock> m_clock;
     std::optional<std::int64_t> m_expected;
-    std::int64_t m_lastStamp = 0;
+    std::optional<std::int64_t> m_nextStamp; ///< For a block that has none itself.
     bool m_isDamaged = false;
+    bool m_hasFailed = false; ///< Since the last seek.
     int m_failuresInARow = 0;
+    std::optional<std::int64_t> m_skipUntil; ///< Packets that end before are not decoded.
 };
 
 } // namespace framewright

@@ -5,7 +5,17 @@
 
 #include <cassert>
 
+extern "C" {
+#include <libavutil/samplefmt.h>
+}
+
 namespace framewright {
+
+namespace {
+
+constexpr int channels = 2;
+
+}
 
 SoundStream::SoundStream(int bitRate, Mp4File& file, std::filesystem::path const& path)
     : m_path(path),
@@ -56,8 +66,13 @@ void SoundStream::writeBlock()
 
 void SoundStream::finish()
 {
-    if (m_blockLength > 0)
+    if (m_blockLength > 0) {
+        // The encoder reads on behind the last samples.
+        av_samples_set_silence(m_block->extended_data, m_blockLength,
+                               m_encoder->frame_size - m_blockLength, channels,
+                               m_encoder->sample_fmt);
         writeBlock();
+    }
     encode(nullptr);
 }
 

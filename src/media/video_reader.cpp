@@ -117,8 +117,7 @@ private:
     void jumpTo(std::int64_t time, std::int64_t skipUntil)
     {
         m_current.reset();
-        AVIndexEntry const* const firstEntry = avformat_index_get_entry(&m_stream, 0);
-        std::int64_t const start = firstEntry ? firstEntry->timestamp : m_zero;
+        std::int64_t const start = m_input.firstTime(m_stream);
         std::int64_t from = time;
         // The index may count in decoding times, and a keyframe may be damaged or not be enough
         // for the pictures shown before it: then it goes back further.

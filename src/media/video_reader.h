@@ -11,7 +11,11 @@ namespace framewright {
 /// Reads the pictures of a video file by time.
 ///
 /// Time 0 is the file's own beginning, edit lists honoured. Pictures are as stored: planar, not
-/// turned. Formats that are not planar are converted when they are decoded. One thread at a time.
+/// turned. Formats that are not planar are converted when they are decoded. Colours the file does
+/// not name are filled in by the usual guess: HD is BT.709, smaller pictures are BT.601.
+///
+/// Asking again for a time within the same picture gives the same pixels without any work. One
+/// thread at a time.
 class VideoReader {
 public:
     /// Throws MediaError when the file cannot be opened or has no picture.
@@ -26,7 +30,8 @@ public:
     /// `timeTolerance` later counts as begun.
     ///
     /// Reading forward never seeks unless a keyframe ahead makes it cheaper. Throws MediaError
-    /// when the data is damaged there; the reader can be asked for another time afterwards.
+    /// when the data is damaged there; the reader can be asked for another time afterwards. If
+    /// less than half a second at the very end is damaged, the last good picture stays instead.
     Frame frameAt(double seconds);
 
 private:

@@ -1,17 +1,25 @@
 #include "media/movie_writer.h"
 
+#include "media/audio_reader.h"
+#include "media/bytes.h"
 #include "media/made_media.h"
 #include "media/media_error.h"
+#include "media/media_info.h"
+#include "media/sound_writer.h"
+#include "media/video_reader.h"
 
 #include <gmock/gmock.h>
 
 #include <cmath>
+#include <csignal>
 #include <fstream>
-#include <numbers>
+
+#include <sys/resource.h>
 
 namespace framewright {
 
 namespace fs = std::filesystem;
+using namespace std::string_literals;
 
 namespace {
 
@@ -31,6 +39,32 @@ std::vector<float> silenceWithClicks(int samples, std::vector<int> const& clicks
     for (int const click : clicks)
         sound[std::size_t(click) * 2] = sound[std::size_t(click) * 2 + 1] = 0.9F;
     return sound;
+}
+
+/// Where near a sample the sound is loudest.
+int loudestNear(std::vector<float> const& sound, int sample)
+{
+    int loudest = std::max(0, sample - 1000);
+    for (int n = loudest; n < std::min(sample + 1000, int(sound.size() / 2)); ++n) {
+        if (std::abs(sound[std::size_t(n) * 2]) > std::abs(sound[std::size_t(loudest) * 2]))
+            loudest = n;
+    }
+    return loudest;
+}
+
+Frame tenBit(Frame const& frame)
+{
+    Frame wide(frame.width(), frame.height(), PixelLayout::yuv420p10(), ColorTags::hlg());
+    for (int i = 0; i < 3; ++i) {
+        auto const from = frame.plane(i);
+        auto const to = wide.writablePlane(i);
+        for (int y = 0; y < from.height; ++y) {
+            auto* const row = reinterpret_cast<std::uint16_t*>(to.data + y * to.stride);
+            for (int x = 0; x < from.width; ++x)
+                row[x] = std::uint16_t(from.data[y * from.stride + x] << 2);
+        }
+    }
+    return wide;
 }
 
 fs::path writtenMovie(std::string const& name, MovieSettings const& settings, int frames)
@@ -57,6 +91,152 @@ TEST(MovieWriter, StreamsBeginTogetherAndCarryTheirTags)
     EXPECT_EQ(
         probed(file, "a", "stream=codec_name,profile,sample_rate,channels,start_time,duration"),
         "aac|LC|48000|2|0.000000|1.500000\n");
+}
+
+TEST(MovieWriter, WhatIsWrittenIsReadBack)
+{
+    constexpr int frames = 90;
+    std::vector<int> const clicks = {0, 4800, 71999, 100000, 143000};
+    auto const sound = silenceWithClicks(frames * 1600, clicks);
+    for (auto const codec : {MovieSettings::Codec::h264, MovieSettings::Codec::hevcHLG}) {
+        bool const isHLG = codec == MovieSettings::Codec::hevcHLG;
+        SCOPED_TRACE(isHLG);
+        MovieSettings settings = small();
+        settings.codec = codec;
+        settings.preset = "ultrafast";
+        fs::path const file = testFolder() / (isHLG ? "back hlg.mp4" : "back.mp4");
+        MovieWriter writer(file, settings);
+        for (int i = 0; i < frames; ++i) {
+            writer.writeFrame(isHLG ? tenBit(pictureOf(i)) : pictureOf(i));
+            writer.writeSound(std::span(sound).subspan(std::size_t(i) * 3200, 3200));
+        }
+        EXPECT_FALSE(fs::exists(file)) << "before it is finished";
+        writer.finish();
+
+        MediaInfo const info = probeMedia(file);
+        EXPECT_DOUBLE_EQ(info.duration, 3);
+        EXPECT_EQ(info.isHDR, isHLG);
+        VideoReader reader(file);
+        for (int i = 0; i < frames; ++i)
+            ASSERT_EQ(numberIn(reader.frameAt(i / 30.0)), i);
+        Frame const last = reader.frameAt(10);
+        EXPECT_EQ(last.colors(), isHLG ? ColorTags::hlg() : ColorTags::bt709());
+        EXPECT_EQ(last.layout().bitDepth, isHLG ? 10 : 8);
+
+        std::vector<float> heard(sound.size());
+        AudioReader(file).read(0, heard);
+        for (int const click : clicks)
+            EXPECT_EQ(loudestNear(heard, click), click);
+    }
+}
+
+TEST(SoundWriter, WhatIsWrittenIsReadBack)
+{
+    std::vector<int> const clicks = {0, 1023, 50000, 99990};
+    auto const sound = silenceWithClicks(100000, clicks);
+    fs::path const file = testFolder() / "sound.m4a";
+    {
+        SoundWriter writer(file, 128'000);
+        writer.write(std::span(sound).first(77778));
+        writer.write(std::span(sound).subspan(77778));
+        writer.finish();
+    }
+    MediaInfo const info = probeMedia(file);
+    EXPECT_EQ(info.kind, MediaKind::audio);
+    EXPECT_DOUBLE_EQ(info.duration, 100000 / 48000.0);
+    EXPECT_EQ(bytesOf(file).substr(8, 3), "M4A");
+    std::vector<float> heard(sound.size());
+    AudioReader(file).read(0, heard);
+    for (int const click : clicks)
+        EXPECT_EQ(loudestNear(heard, click), click);
+}
+
+TEST(MovieWriter, IsMadeForPlayersAndCutting)
+{
+    fs::path const file = writtenMovie("players.mp4", small(), 60);
+    std::string const bytes = bytesOf(file);
+    EXPECT_LT(bytes.find("moov"), bytes.find("mdat")) << "the index is in front";
+    std::string const flags = probed(file, "v", "packet=flags");
+    int sinceKeyframe = 15;
+    for (int i = 0; i < 60; ++i) {
+        sinceKeyframe = flags[std::size_t(i) * 3] == 'K' ? 0 : sinceKeyframe + 1;
+        ASSERT_LT(sinceKeyframe, 15) << "packet " << i;
+    }
+
+    MovieSettings hlg = small();
+    hlg.codec = MovieSettings::Codec::hevcHLG;
+    hlg.preset = "ultrafast";
+    fs::path const hdr = testFolder() / "hdr tags.mp4";
+    {
+        MovieWriter writer(hdr, hlg);
+        for (int i = 0; i < 4; ++i)
+            writer.writeFrame(tenBit(pictureOf(i)));
+        writer.finish();
+    }
+    EXPECT_EQ(probed(hdr, "v",
+                     "stream=codec_name,profile,codec_tag_string,pix_fmt,color_range,color_space,"
+                     "color_transfer,color_primaries,start_time"),
+              "hevc|Main 10|hvc1|yuv420p10le|tv|bt2020nc|arib-std-b67|bt2020|0.000000\n");
+}
+
+TEST(MovieWriter, LeavesNothingUnlessFinished)
+{
+    fs::path const folder = testFolder() / "exports";
+    fs::create_directory(folder);
+    fs::path const file = folder / (std::string(250, 'x') + ".mp4"); // As long as a name can be.
+    std::ofstream(file) << "what was there before";
+    {
+        MovieWriter writer(file, small());
+        writer.writeFrame(pictureOf(1));
+    }
+    EXPECT_EQ(bytesOf(file), "what was there before");
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 1);
+
+    MovieWriter writer(file, small());
+    writer.writeFrame(pictureOf(1));
+    writer.finish();
+    EXPECT_EQ(numberIn(VideoReader(file).frameAt(0)), 1);
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 1);
+}
+
+TEST(MovieWriter, SaysWhyItCannotWrite)
+{
+    auto const failing = [](fs::path const& file, MovieSettings const& settings, int frames) {
+        try {
+            MovieWriter writer(file, settings);
+            for (int i = 0; i < frames; ++i)
+                writer.writeFrame(pictureOf(i));
+            writer.finish();
+        } catch (MediaError const& error) {
+            return std::pair<std::string, MediaError::Cause>(error.what(), error.cause);
+        }
+        return std::pair<std::string, MediaError::Cause>();
+    };
+    MovieSettings odd = small();
+    odd.width = 127;
+    EXPECT_EQ(failing(testFolder() / "odd.mp4", odd, 0),
+              std::pair("odd.mp4 couldn't be written: 127 × 64 pixels at 30 frames per second "
+                        "cannot be encoded."s,
+                        MediaError::Cause::unsupported));
+    EXPECT_EQ(failing(testFolder() / "nowhere" / "a.mp4", small(), 0),
+              std::pair("a.mp4 couldn't be written: No such file or directory."s,
+                        MediaError::Cause::missing));
+
+    // As on a full disk.
+    rlimit before{};
+    ::getrlimit(RLIMIT_FSIZE, &before);
+    rlimit const little{5000, before.rlim_max};
+    ::signal(SIGXFSZ, SIG_IGN);
+    ::setrlimit(RLIMIT_FSIZE, &little);
+    auto const full = failing(testFolder() / "full.mp4", small(), 255);
+    ::setrlimit(RLIMIT_FSIZE, &before);
+    EXPECT_EQ(full, std::pair("full.mp4 couldn't be written: File too large."s,
+                              MediaError::Cause::resources));
+    EXPECT_FALSE(fs::exists(testFolder() / "full.mp4"));
+
+    MovieWriter writer(testFolder() / "size.mp4", small());
+    EXPECT_THROW(writer.writeFrame(Frame(64, 64, PixelLayout::yuv420p8(), {})),
+                 std::invalid_argument);
 }
 
 } // namespace framewright

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <span>
+
+namespace framewright {
+
+/// Writes an M4A: 48 kHz stereo as AAC, the index in front. Appears and fails like a MovieWriter.
+class SoundWriter {
+public:
+    explicit SoundWriter(std::filesystem::path const& file, int bitRate = 160'000);
+    ~SoundWriter();
+    SoundWriter(SoundWriter const&) = delete;
+    SoundWriter& operator=(SoundWriter const&) = delete;
+
+    void write(std::span<float const> interleaved);
+
+    /// Writes what is still held back and the index, and flushes the file to disk.
+    void finish();
+
+private:
+    class Impl;
+    std::unique_ptr<Impl> m_impl;
+};
+
+} // namespace framewright

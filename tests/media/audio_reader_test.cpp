@@ -1,0 +1,232 @@
+#include "media/audio_reader.h"
+
+#include "media/bytes.h"
+#include "media/made_media.h"
+#include "media/media_error.h"
+
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <fstream>
+#include <numbers>
+#include <random>
+
+namespace framewright {
+
+namespace fs = std::filesystem;
+using Arguments = std::vector<std::string>;
+
+namespace {
+
+constexpr double length = 5;
+
+/// Its decoder fills in noise, other noise each time.
+constexpr double aacTolerance = 1e-3;
+
+/// A rising tone: no two of its moments are alike, so any shift shows.
+double toneAt(double seconds)
+{
+    if (seconds < 0 || seconds >= length)
+        return 0;
+    return 0.5 * std::sin(2 * std::numbers::pi * (150 * seconds + 250 * seconds * seconds));
+}
+
+/// The tone as ffmpeg input: left as it is, right inverted.
+Arguments toneInput(int rate, int channels = 2)
+{
+    fs::path const file =
+        testFolder() / ("tone " + std::to_string(rate) + " " + std::to_string(channels));
+    if (!fs::exists(file)) {
+        std::ofstream out(file, std::ios::binary);
+        for (int n = 0; n < int(length * rate); ++n) {
+            for (int channel = 0; channel < channels; ++channel) {
+                auto const sample = float(toneAt(double(n) / rate) * (channel % 2 == 0 ? 1 : -1));
+                out.write(reinterpret_cast<char const*>(&sample), sizeof sample);
+            }
+        }
+    }
+    return {"-f", "f32le", "-ar", std::to_string(rate), "-ac", std::to_string(channels),
+            "-i", file};
+}
+
+std::vector<float> readInOrder(fs::path const& file, int samples)
+{
+    AudioReader reader(file);
+    std::vector<float> all(std::size_t(samples) * 2);
+    std::span<float> rest(all);
+    std::mt19937 random(1);
+    std::int64_t first = 0;
+    while (!rest.empty()) {
+        std::size_t const count = std::min<std::size_t>(rest.size() / 2, 1 + random() % 5000);
+        reader.read(first, rest.first(count * 2));
+        rest = rest.subspan(count * 2);
+        first += std::int64_t(count);
+    }
+    return all;
+}
+
+/// How far the sound is from the tone at `at`, in the mean over a moment. A shift by a single
+/// sample gives 0.03 in the first second and more later on.
+double errorAt(std::vector<float> const& sound, double at, double begin)
+{
+    constexpr int window = 4000;
+    double sum = 0;
+    auto const from = int(at * AudioReader::sampleRate);
+    for (int n = from; n < from + window; ++n)
+        sum += std::pow(
+            sound[std::size_t(n) * 2] - toneAt(double(n) / AudioReader::sampleRate - begin), 2);
+    return std::sqrt(sum / window);
+}
+
+struct Sound {
+    char const* name;
+    int rate;
+    Arguments encoding;
+    double tolerance = 1e-6; ///< Of a jump against reading in order.
+    int delay = 0;           ///< Of the encoder, in its samples, where the file does not tell it.
+};
+
+std::vector<Sound> const& sounds()
+{
+    static std::vector<Sound> const all = {
+        {"48.wav", 48000, {"-c:a", "pcm_f32le"}},
+        {"44.wav", 44100, {"-c:a", "pcm_s16le"}},
+        {"96.wav", 96000, {"-c:a", "pcm_s24le"}},
+        {"8.wav", 8000, {"-c:a", "pcm_s16le"}},
+        {"11.wav", 11025, {"-c:a", "pcm_s16le"}},
+        {"44.flac", 44100, {}},
+        {"44 alac.m4a", 44100, {"-c:a", "alac"}},
+        {"48 pcm.mov", 48000, {"-c:a", "pcm_s24le"}},
+        {"44 pcm.mkv", 44100, {"-c:a", "pcm_s16le"}},
+        {"48 aac.mp4", 48000, {"-c:a", "aac"}, aacTolerance},
+        {"44 aac.m4a", 44100, {"-c:a", "aac"}, aacTolerance},
+        {"22 aac.mp4", 22050, {"-c:a", "aac"}, aacTolerance},
+        {"48 aac.mkv", 48000, {"-c:a", "aac"}, aacTolerance, 1024},
+        {"44 aac.mkv", 44100, {"-c:a", "aac"}, aacTolerance, 1024},
+        {"44 mp3.mp3", 44100, {"-c:a", "libmp3lame", "-b:a", "160k"}},
+        {"44 mp3.mp4", 44100, {"-c:a", "libmp3lame"}},
+        // Its predictors are never quite in the same state again.
+        {"48 opus.ogg", 48000, {"-c:a", "libopus", "-b:a", "128k"}, 2e-3},
+        {"48 opus.webm", 48000, {"-c:a", "libopus", "-b:a", "128k"}, 2e-3},
+        {"44 vorbis.ogg", 44100, {"-c:a", "libvorbis"}},
+        {"48 vorbis.webm", 48000, {"-c:a", "libvorbis"}, 1e-6, 144},
+        {"44 vorbis.webm", 44100, {"-c:a", "libvorbis"}, 1e-6, 132},
+        {"48 aac.aac", 48000, {"-c:a", "aac"}, aacTolerance, 1024},
+        {"48 aac.ts", 48000, {"-c:a", "aac"}, aacTolerance, 1024},
+        {"48 ac3.mkv", 48000, {"-c:a", "ac3"}, 1e-3, 256},
+    };
+    return all;
+}
+
+fs::path made(Sound const& sound)
+{
+    return madeWith(sound.name, toneInput(sound.rate) + sound.encoding);
+}
+
+} // namespace
+
+TEST(AudioReader, EverySampleIsInItsPlace)
+{
+    for (Sound const& sound : sounds()) {
+        SCOPED_TRACE(sound.name);
+        auto const read = readInOrder(made(sound), 6 * AudioReader::sampleRate);
+        for (double const at : {0.1, 1.0, 2.7, 4.6})
+            EXPECT_LT(errorAt(read, at, double(sound.delay) / sound.rate), 0.02) << "at " << at;
+        auto const at = [&](double seconds) {
+            return std::size_t(seconds * AudioReader::sampleRate) * 2;
+        };
+        EXPECT_NEAR(read[at(2) + 1], -read[at(2)], 0.02) << "left and right keep their sides";
+        for (std::size_t i = at(length + 0.1); i < read.size(); ++i)
+            ASSERT_EQ(read[i], 0.0F) << "behind the end";
+    }
+}
+
+TEST(AudioReader, JumpsGiveTheSameSamplesAsReadingOn)
+{
+    for (Sound const& sound : sounds()) {
+        SCOPED_TRACE(sound.name);
+        if (std::string(sound.name).ends_with("vorbis.webm"))
+            continue; // Blocks of varying length, stamped in milliseconds.
+        auto const inOrder = readInOrder(made(sound), 6 * AudioReader::sampleRate);
+        AudioReader reader(made(sound));
+        std::mt19937 random(5);
+        for (int i = 0; i < 40; ++i) {
+            std::vector<float> some(2 * (1 + random() % 3000));
+            auto const first = std::int64_t(random() % (inOrder.size() / 2 - some.size() / 2));
+            reader.read(first, some);
+            for (std::size_t n = 0; n < some.size(); ++n)
+                ASSERT_NEAR(some[n], inOrder[std::size_t(first) * 2 + n], sound.tolerance)
+                    << "sample " << first << " + " << n / 2;
+        }
+    }
+}
+
+TEST(AudioReader, ChannelsBecomeTwo)
+{
+    Arguments const center = {"-f", "lavfi", "-i",
+                              "aevalsrc=0|0|0.5*sin(300*2*PI*t)|0|0|0:c=5.1:d=1,aformat=fltp"};
+    auto const levels = [](fs::path const& file) {
+        auto const sound = readInOrder(file, AudioReader::sampleRate);
+        float left = 0;
+        float right = 0;
+        for (std::size_t i = 4800 * 2; i < sound.size() - 9600; i += 2) {
+            left = std::max(left, sound[i]);
+            right = std::max(right, sound[i + 1]);
+        }
+        return std::pair(left, right);
+    };
+    auto const mono =
+        levels(madeWith("mono.wav", toneInput(44100, 1) + Arguments{"-c:a", "pcm_f32le"}));
+    EXPECT_NEAR(mono.first, 0.5, 0.005) << "at full level";
+    EXPECT_FLOAT_EQ(mono.first, mono.second);
+
+    auto const surround = levels(madeWith("surround.wav", center + Arguments{"-c:a", "pcm_f32le"}));
+    EXPECT_NEAR(surround.first, 0.5 * std::sqrt(0.5), 0.002) << "the middle on both sides";
+    EXPECT_FLOAT_EQ(surround.first, surround.second);
+}
+
+TEST(AudioReader, BeginsWhereTheFileSaysAndReadsTheDefaultTrack)
+{
+    // The first track is silence; the tone is the default one and starts late.
+    fs::path const file =
+        madeWith("late tone.mp4",
+                 Arguments{"-f", "lavfi", "-i", "anullsrc=d=6:r=48000", "-itsoffset", "0.75"} +
+                     toneInput(48000) +
+                     Arguments{"-map", "0", "-map", "1", "-c:a", "aac", "-disposition:a:0", "0",
+                               "-disposition:a:1", "default"});
+    auto const sound = readInOrder(file, 7 * AudioReader::sampleRate);
+    for (std::size_t i = 0; i < 34000 * 2; ++i)
+        ASSERT_NEAR(sound[i], 0, 0.001);
+    // The edit list counts in milliseconds, and here from where the encoder's delay begins.
+    double const begin = 0.728 + 1024.0 / 48000;
+    for (double const at : {0.76, 3.0, 5.5})
+        EXPECT_LT(errorAt(sound, at, begin), 0.02) << at;
+
+    std::vector<float> before(4);
+    AudioReader(file).read(-2, before);
+    EXPECT_EQ(before, std::vector<float>(4)) << "silence before the beginning";
+}
+
+TEST(AudioReader, SaysWhereSoundIsDamaged)
+{
+    fs::path const movie = madeWith(
+        "whole.mp4", toneInput(48000) + Arguments{"-c:a", "aac", "-movflags", "+faststart"});
+    std::string const bytes = bytesOf(movie);
+    fs::path const cut = fileOf("cut sound.mp4", bytes.substr(0, bytes.size() * 6 / 10));
+    AudioReader reader(cut);
+    std::vector<float> some(4800);
+    EXPECT_NO_THROW(reader.read(96000, some));
+    for (int const second : {4, 3, 4}) {
+        try {
+            reader.read(second * 48000 + 24000, some);
+            ADD_FAILURE() << "nothing was said at " << second;
+        } catch (MediaError const& error) {
+            EXPECT_EQ(error.cause, MediaError::Cause::damaged);
+            EXPECT_EQ(error.what(), "cut sound.mp4 is incomplete or damaged: its sound at " +
+                                        std::to_string(second) + ".50 s cannot be decoded.");
+        }
+    }
+    EXPECT_NO_THROW(reader.read(48000, some)) << "it can be asked for another time";
+}
+
+} // namespace framewright
