@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <stdexcept>
 
 namespace framewright {
 
@@ -34,12 +33,12 @@ ClipFrameSource::ClipFrameSource(BuiltComposition const& composition, OpenReader
 {
 }
 
-Frame ClipFrameSource::frame(Layer const& layer, double time)
+std::optional<Frame> ClipFrameSource::frame(Layer const& layer, double time)
 {
     CompositionTrack const* const track = m_composition.track(layer.trackID);
     CompositionSegment const* const segment = track ? segmentNear(*track, time) : nullptr;
     if (!segment || segment->source == CompositionSegment::Source::black)
-        throw std::logic_error("A layer has no picture.");
+        return std::nullopt; // Between two cuts that are nearer than the media engine counts.
     try {
         return segment->source == CompositionSegment::Source::still
                    ? still(layer, *segment)

@@ -22,7 +22,7 @@ public:
     ClipFrameSource(BuiltComposition const& composition, OpenReaders& readers, ReadPhotos& photos,
                     Reading reading);
 
-    Frame frame(Layer const& layer, double time) override;
+    std::optional<Frame> frame(Layer const& layer, double time) override;
     std::string name(Layer const& layer, double time) const override;
 
 private:

@@ -14,7 +14,7 @@
 #include <algorithm>
 #include <cmath>
 #include <exception>
-#include <limits>
+#include <new>
 #include <thread>
 
 namespace framewright {
@@ -23,6 +23,7 @@ namespace {
 
 constexpr double previewLongSide = 960;
 constexpr std::size_t queuedFrames = 4;
+constexpr std::size_t keptReaders = 4; ///< Beyond those in use: for cuts back and forth.
 constexpr std::size_t keptPhotos = 4;
 
 /// What is rendered: the frames from `start` on.
@@ -136,7 +137,7 @@ void render(Plan const& plan, MovieWriter& writer, ExportProgress const& progres
             std::stop_token const& stop)
 {
     FrameQueue queue(queuedFrames);
-    OpenReaders readers(std::numeric_limits<std::size_t>::max());
+    OpenReaders readers(keptReaders);
     ReadPhotos photos(keptPhotos);
     ClipFrameSource source(plan.composition, readers, photos, ClipFrameSource::Reading::forward);
     FrameCompositor compositor(plan.composition.video, source);
@@ -150,11 +151,11 @@ void render(Plan const& plan, MovieWriter& writer, ExportProgress const& progres
             progress(percent / 100.0, "Rendering");
         reported = percent;
         if (!queue.push(compositor.draw(plan.timeOf(frame))))
-            break; // The encoder failed; it says why.
+            return encoding.finish(); // It failed, and throws why.
     }
+    throwIfStopped(stop);
     if (progress)
         progress(1, "Finishing");
-    throwIfStopped(stop);
     encoding.finish();
 }
 
@@ -195,6 +196,9 @@ ExportResult Exporter::run(ExportProgress const& progress, std::stop_token stop)
         render(plan, writer, progress, stop);
     } catch (MediaError const& error) {
         throw ExportError(ExportError::Cause::media, error.what());
+    } catch (std::bad_alloc const&) {
+        throw ExportError(ExportError::Cause::media,
+                          "There is not enough memory to export at this size.");
     }
     return {m_settings.file, double(plan.frames) / output.framesPerSecond, output.renderSize,
             plan.frames, output.framesPerSecond};

@@ -76,8 +76,11 @@ std::vector<FrameCompositor::Drawn> FrameCompositor::collect(double time)
         if (isHidden)
             continue;
         Drawn drawn{*part.layer, part.geometry, part.weight, std::nullopt};
-        if (!part.layer->isBlackPlate)
+        if (!part.layer->isBlackPlate) {
             drawn.picture = m_source.frame(*part.layer, time);
+            if (!drawn.picture)
+                continue;
+        }
         stack.push_back(std::move(drawn));
     }
     return stack;

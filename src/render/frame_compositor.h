@@ -18,9 +18,10 @@ public:
     virtual ~FrameSource() = default;
 
     /// The picture of the layer's track at `time` seconds of the timeline, as stored: in any
-    /// format and size, not turned. The same picture shares its pixels each time.
+    /// format and size, not turned. The same picture shares its pixels each time. Nothing when the
+    /// track plays nothing there: the layer is left out then.
     /// Throws MediaError, which names the clip and the file.
-    virtual Frame frame(Layer const& layer, double time) = 0;
+    virtual std::optional<Frame> frame(Layer const& layer, double time) = 0;
 
     /// What a picture is called in a sentence for people.
     virtual std::string name(Layer const& layer, double time) const = 0;

@@ -47,12 +47,6 @@ public:
     /// Either side gives up.
     void abandon() { set(m_isAbandoned); }
 
-    bool isAbandoned() const
-    {
-        std::lock_guard lock(m_mutex);
-        return m_isAbandoned;
-    }
-
 private:
     void set(bool& state)
     {
@@ -62,7 +56,7 @@ private:
     }
 
     std::size_t const m_capacity;
-    mutable std::mutex m_mutex;
+    std::mutex m_mutex;
     std::condition_variable m_changed;
     std::deque<Frame> m_frames;
     bool m_isComplete = false;

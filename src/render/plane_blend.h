@@ -4,7 +4,8 @@
 
 namespace framewright {
 
-/// How much of a layer is seen: 0 nothing, 256 nothing of what is beneath it.
+/// How much of a layer is seen, 1 to 256: at 256 nothing of what is beneath it. What is not seen at
+/// all is not blended.
 using BlendWeight = int;
 inline constexpr BlendWeight fullWeight = 256;
 

@@ -77,7 +77,7 @@ public:
         pictures[track] = [picture](double) { return picture; };
     }
 
-    Frame frame(Layer const& layer, double time) override
+    std::optional<Frame> frame(Layer const& layer, double time) override
     {
         ++asked[layer.trackID];
         return pictures.at(layer.trackID)(time);
