@@ -118,7 +118,10 @@ SaveResult saveProject(std::filesystem::path const& file, Project const& project
         // A file that vanished is written anew: nobody's words are lost by that.
         if (onDisk && (!expected || contentMark(*onDisk) != *expected))
             return {std::nullopt, true};
-        writeFileAtomically(file, bytes);
+        if (onDisk && !replaceFileAtomically(file, bytes, *onDisk))
+            return {std::nullopt, true};
+        if (!onDisk)
+            writeFileAtomically(file, bytes);
         return {mark, false};
     } catch (std::exception const& error) {
         throw ProjectFileError("Could not save " + nameOf(file) + ": " + error.what());

@@ -138,6 +138,8 @@ QCoro::Task<void> AppState::reloadProjectFromDisk()
 void AppState::takeOutsideEdit(ReadProject read)
 {
     Project& project = read.decoded.document.project;
+    for (AssetRef const& ref : read.decoded.document.assetRefs)
+        m_assetRefs[ref.id] = ref;
     m_diskMark = std::move(read.mark);
     m_unknownKeys = std::move(read.decoded.unknownKeys);
     setErrorMessage({});

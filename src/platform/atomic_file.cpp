@@ -10,6 +10,7 @@
 #include <utility>
 
 #include <fcntl.h>
+#include <stdio.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -132,6 +133,19 @@ public:
         m_isRenamed = true;
     }
 
+    /// Takes the target's name and gives it its own. False when the file system can't.
+    bool exchangeNames()
+    {
+        if (::renameat2(AT_FDCWD, m_path.c_str(), AT_FDCWD, m_target.c_str(), RENAME_EXCHANGE) == 0)
+            return true;
+        if (errno == EINVAL || errno == ENOSYS)
+            return false;
+        fail(errno);
+    }
+
+    /// What lies under the hidden name.
+    std::string content() const { return readFile(m_path); }
+
 private:
     [[noreturn]] void fail(int errorNumber) const
     {
@@ -248,6 +262,34 @@ void writeFileAtomically(Path const& file, std::string_view bytes)
     temporary.write(bytes);
     temporary.takeName();
     syncFolder(folderOf(target), target);
+}
+
+bool replaceFileAtomically(Path const& file, std::string_view bytes, std::string_view expected)
+{
+    Path const target = behindLinks(file);
+    if (readFile(target) != expected)
+        return false;
+    auto const old = writableState(target);
+    if (!old)
+        return false;
+    TemporaryName const name(target);
+    removeLeftovers(target, name);
+    Temporary temporary(target, name, 0600);
+    temporary.resemble(*old);
+    temporary.write(bytes);
+
+    if (!temporary.exchangeNames()) {
+        temporary.takeName();
+    } else if (temporary.content() != expected) {
+        // Someone wrote at the last moment: what they wrote goes back to its place. When they wrote
+        // again by now, over ours, that is the newer and stays.
+        temporary.exchangeNames();
+        if (temporary.content() != bytes)
+            temporary.exchangeNames();
+        return false;
+    }
+    syncFolder(folderOf(target), target);
+    return true;
 }
 
 std::string readFile(Path const& file, std::uintmax_t limit)

@@ -23,6 +23,14 @@ namespace framewright {
 /// be called from any thread; of two writers of one file the later wins whole.
 void writeFileAtomically(std::filesystem::path const& file, std::string_view bytes);
 
+/// The same, but only in place of a file that still holds `expected`. False when it holds something
+/// else by the very moment of the replacement; then it is left as it is, or as it was found.
+///
+/// Nothing that another program puts there meanwhile is lost, where the file system can exchange
+/// two files (all usual ones of Linux can; elsewhere a moment remains in which it could be).
+bool replaceFileAtomically(std::filesystem::path const& file, std::string_view bytes,
+                           std::string_view expected);
+
 /// The bytes of a regular file, at most `limit` of them. Throws FileError: `missing`,
 /// `notRegular`, `unreadable` or `tooLarge`. Never waits for a pipe or a device.
 std::string readFile(std::filesystem::path const& file,

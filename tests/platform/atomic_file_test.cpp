@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <csignal>
 #include <random>
 #include <thread>
@@ -92,6 +93,59 @@ bool isWhole(std::string const& text)
 }
 
 } // namespace
+
+TEST(AtomicFile, ReplacesOnlyWhatIsExpected)
+{
+    TestFolder const folder;
+    auto const file = folder / "a.json";
+    put(file, "old");
+
+    EXPECT_FALSE(replaceFileAtomically(file, "ours", "something else"));
+    EXPECT_EQ(contentsOf(file), "old");
+    EXPECT_TRUE(replaceFileAtomically(file, "ours", "old"));
+    EXPECT_EQ(contentsOf(file), "ours");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1);
+}
+
+TEST(AtomicFile, NoWriteOfAnotherIsLostInAReplacement)
+{
+    // Another program renames its versions over the file while ours, which carry along the version
+    // they were made from, are put in their place.
+    TestFolder const folder;
+    auto const file = folder / "a.json";
+    put(file, "their 0");
+    constexpr int versions = 60;
+    std::atomic<int> attempts = 0;
+    std::atomic<int> written = 0;
+    std::atomic<bool> isDone = false;
+    std::thread other([&] {
+        std::mt19937 random(5);
+        for (int i = 1; i <= versions; ++i) {
+            // In every other attempt, at any moment of it.
+            while (attempts < 2 * i)
+                std::this_thread::yield();
+            for (int turns = std::uniform_int_distribution(0, 150)(random); turns > 0; --turns)
+                std::this_thread::yield();
+            put(folder / "their-new", "their " + std::to_string(i));
+            std::filesystem::rename(folder / "their-new", file);
+            written = i;
+        }
+        isDone = true;
+    });
+    int replaced = 0;
+    while (!isDone) {
+        ++attempts;
+        std::string const seen = readFile(file);
+        // Ours carries theirs along, as an editor does that has read it.
+        std::string const ours = seen.substr(0, seen.find('+')) + "+" + std::to_string(attempts);
+        replaced += replaceFileAtomically(file, ours, seen);
+        int const theirs = written;
+        EXPECT_GE(std::stoi(readFile(file).substr(6)), theirs) << "A version of theirs vanished.";
+    }
+    other.join();
+
+    EXPECT_GT(replaced, 0);
+}
 
 TEST(WriteFile, ReplacesTheWholeContentAndNothingElse)
 {
