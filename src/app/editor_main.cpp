@@ -5,6 +5,7 @@
 #include "cli/tools/editor_tools.h"
 #include "editor/app_state.h"
 #include "editor/export_session.h"
+#include "editor/thumbnail_writer.h"
 #include "platform/user_defaults.h"
 #include "render/still_frames.h"
 
@@ -64,6 +65,7 @@ int runEditor(int argc, char** argv)
     AppState editor(defaults);
     ExportSession exports(editor);
     StillFrames stills;
+    ThumbnailWriter const thumbnails(editor, stills);
     EditorReferences const references(editor);
     Toolbox const toolbox(
         allTools({editor, exports, stills,

@@ -57,7 +57,6 @@ std::optional<std::string> AppState::redo()
 
 void AppState::setProject(Project project, std::optional<double> seekTo, Rebuild rebuild)
 {
-    bool const isOther = !(project == m_project);
     m_project = std::move(project);
     ++m_revision;
     setDirty(true);
@@ -66,8 +65,7 @@ void AppState::setProject(Project project, std::optional<double> seekTo, Rebuild
     if (rebuild == Rebuild::yes)
         emit compositionOutdated();
     reconcileSelection();
-    if (isOther)
-        emit projectChanged();
+    emit projectChanged();
     scheduleSave();
 }
 

@@ -43,7 +43,8 @@ template <class Edit>
 Outcome<Edit> AppState::carryOut(Outcome<Edit> edit, std::string const& actionName,
                                  std::optional<double> seekTo)
 {
-    if (edit)
+    // An edit that came out as it was is no step: there is nothing to take back.
+    if (edit && !(projectOf(*edit) == m_project))
         commit(projectOf(*edit), actionName, seekTo);
     return edit;
 }

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "editor/app_state.h"
+#include "render/still_frames.h"
+
+#include <QObject>
+
+namespace framewright {
+
+/// Keeps the thumbnail beside a workspace project: a frame of it, drawn anew on a worker thread
+/// after each save that changed something. Main thread only.
+class ThumbnailWriter : public QObject {
+    Q_OBJECT
+
+public:
+    ThumbnailWriter(AppState& editor, StillFrames& stills, QObject* parent = nullptr);
+
+private:
+    QCoro::Task<void> write();
+
+    AppState& m_editor;
+    StillFrames& m_stills;
+    bool m_isOutdated = false;
+    bool m_isWriting = false;
+};
+
+} // namespace framewright
