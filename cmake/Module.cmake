@@ -38,6 +38,10 @@ function(framewright_tests module)
         FRAMEWRIGHT_SHARED_MEDIA="${CMAKE_SOURCE_DIR}/../shared/media")
     target_link_libraries(${module}_tests PRIVATE ${module} ${arg_USES} ${arg_NEEDS}
         GTest::gmock GTest::gtest GTest::gtest_main)
+    if(FRAMEWRIGHT_SANITIZE)
+        # Most of the time of a build with sanitizers goes into optimising their checks.
+        target_compile_options(${module}_tests PRIVATE -O0)
+    endif()
     add_test(NAME ${module} COMMAND ${module}_tests)
     set_tests_properties(${module} PROPERTIES ENVIRONMENT
         "QT_QPA_PLATFORM=offscreen;ASAN_OPTIONS=detect_leaks=1;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/cmake/lsan.supp:print_suppressions=0")

@@ -73,6 +73,8 @@ void AppState::reconcileSelection()
 {
     if (m_selectedClip && !findClip(m_project, *m_selectedClip))
         m_selectedClip.reset();
+    if (m_selectedCaption && !trackOfCaption(*m_selectedCaption))
+        m_selectedCaption.reset();
     if (m_activeTrack && !m_project.track(*m_activeTrack))
         m_activeTrack.reset();
     if (!m_activeTrack && !m_project.tracks.empty())
@@ -87,12 +89,34 @@ void AppState::seek(double time)
 void AppState::select(std::optional<Id> clip)
 {
     m_selectedClip = clip;
+    m_selectedCaption.reset();
     if (!clip)
         return;
     if (auto const place = findClip(m_project, *clip))
         m_activeTrack = place->track->id;
     else
         m_selectedClip.reset();
+}
+
+void AppState::selectCaption(Id const& bar)
+{
+    select(std::nullopt);
+    if (Track const* const track = trackOfCaption(bar)) {
+        m_selectedCaption = bar;
+        m_activeTrack = track->id;
+    }
+}
+
+Track const* AppState::trackOfCaption(Id const& bar) const
+{
+    for (Track const& track : m_project.tracks) {
+        if (!track.subtitles)
+            continue;
+        auto const& bars = (*track.subtitles)->bars;
+        if (std::ranges::find(bars, bar, &CaptionBar::id) != bars.end())
+            return &track;
+    }
+    return nullptr;
 }
 
 void AppState::setDirty(bool isDirty)

@@ -59,6 +59,8 @@ public:
     bool isDirty() const { return m_isDirty; }
     double currentTime() const { return m_currentTime; }
     std::optional<Id> const& selectedClip() const { return m_selectedClip; }
+    /// The selected caption bar; selecting a clip deselects it, and the other way round.
+    std::optional<Id> const& selectedCaption() const { return m_selectedCaption; }
     std::optional<Id> const& activeTrack() const { return m_activeTrack; }
     /// The last thing that went wrong behind the user's back, such as a save; empty when all is well.
     std::string const& errorMessage() const { return m_errorMessage; }
@@ -114,6 +116,7 @@ public:
 
     void seek(double time);
     void select(std::optional<Id> clip);
+    void selectCaption(Id const& bar);
 
     // Clips. Each is one step under the name of its menu command; a refused one changes nothing.
 
@@ -124,7 +127,8 @@ public:
                                  std::optional<Id> const& fallbackTrack, double time);
     Outcome<Trimmed> trimClip(Id const& clipID, Trim const& trim);
     Outcome<Placed> moveClip(Id const& clipID, double time, std::optional<Id> const& toTrack);
-    Outcome<Project> slipClip(Id const& clipID, double sourceStart);
+    /// Slides which part of its file a clip plays.
+    Outcome<Project> editRange(Id const& clipID, double sourceStart);
     Outcome<Removed> removeClips(std::span<Id const> clipIDs);
     Outcome<PlacedClips> duplicateClips(std::span<Id const> clipIDs);
     Outcome<Nudged> nudgeClips(std::span<Id const> clipIDs, double seconds);
@@ -145,6 +149,19 @@ public:
 
     void copyClips(std::span<Id const> clipIDs);
     Outcome<PlacedClips> paste();
+
+    // The same for what is selected, as the menu and the keyboard have it. Refused when nothing is.
+
+    /// Cuts the selected clip, else the one of the active track, where the playhead is.
+    Outcome<SplitClip> splitAtPlayhead();
+    Outcome<Removed> deleteSelection();
+    Outcome<PlacedClips> duplicateSelection();
+    Outcome<CopiedClip> copySelection();
+    Outcome<Nudged> nudgeSelection(double seconds);
+    Outcome<Project> setSelectedTransform(ClipTransform const& transform);
+    Outcome<Project> resetSelectedTransform();
+    Outcome<Project> renamePlaceholder(Id const& clipID, std::string const& name);
+    Outcome<Replaced> replacePlaceholder(Imported const& file, Id const& clipID, Fill fill);
 
     // Tracks
 
@@ -212,6 +229,7 @@ private:
                            std::optional<double> seekTo = std::nullopt);
     void setProject(Project project, std::optional<double> seekTo, Rebuild rebuild);
     void reconcileSelection();
+    Track const* trackOfCaption(Id const& bar) const;
     void setDirty(bool isDirty);
     void setErrorMessage(std::string message);
 
@@ -244,6 +262,7 @@ private:
     std::uint64_t m_revision = 0; ///< Counts changes, so that a save knows what it has saved.
     double m_currentTime = 0;
     std::optional<Id> m_selectedClip;
+    std::optional<Id> m_selectedCaption;
     std::optional<Id> m_activeTrack;
     std::vector<CopiedClip> m_copied;
     std::string m_errorMessage;

@@ -71,7 +71,7 @@ void AppState::adopt(ReadProject read, std::optional<std::filesystem::path> cons
     m_isOpen = true;
     ++m_revision;
     m_currentTime = 0;
-    m_selectedClip.reset();
+    select(std::nullopt);
     m_activeTrack.reset();
     setErrorMessage({});
     setDirty(false);
@@ -164,7 +164,7 @@ void AppState::close()
     ++m_loadingRound;
     m_isLoadingAssets = false;
     m_currentTime = 0;
-    m_selectedClip.reset();
+    select(std::nullopt);
     m_activeTrack.reset();
     setErrorMessage({});
     setDirty(false);

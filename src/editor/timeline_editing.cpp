@@ -76,7 +76,7 @@ Outcome<Placed> AppState::moveClip(Id const& clipID, double time, std::optional<
     return carryOut(framewright::moveClip(m_project, clipID, time, toTrack), "Move Clip");
 }
 
-Outcome<Project> AppState::slipClip(Id const& clipID, double sourceStart)
+Outcome<Project> AppState::editRange(Id const& clipID, double sourceStart)
 {
     return carryOut(framewright::slipClip(m_project, clipID, sourceStart), "Slip Clip");
 }
@@ -138,10 +138,22 @@ Outcome<Project> AppState::changeClip(Id const& clipID, ClipChanges const& chang
     if (changes.placeholderName) {
         name = changes.volume || changes.transform ? "Adjust Clip" : "Rename Placeholder";
         andThen(project, [&](Project p) {
-            return renamePlaceholder(std::move(p), clipID, *changes.placeholderName);
+            return framewright::renamePlaceholder(std::move(p), clipID, *changes.placeholderName);
         });
     }
     return carryOut(std::move(project), name);
+}
+
+Outcome<Project> AppState::renamePlaceholder(Id const& clipID, std::string const& name)
+{
+    ClipChanges changes;
+    changes.placeholderName = name;
+    return changeClip(clipID, changes);
+}
+
+Outcome<Replaced> AppState::replacePlaceholder(Imported const& file, Id const& clipID, Fill fill)
+{
+    return replaceClip(withAsset(file), clipID, {Replacement::From::file, file.asset.id}, fill);
 }
 
 void AppState::copyClips(std::span<Id const> clipIDs)

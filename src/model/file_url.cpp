@@ -1,5 +1,7 @@
 #include "model/file_url.h"
 
+#include "model/hex_digits.h"
+
 #include <cstdint>
 
 namespace framewright {
@@ -12,17 +14,6 @@ bool standsAsItIs(unsigned char c)
 {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' ||
            c == '.' || c == '_' || c == '~' || c == '/';
-}
-
-int hexValue(char c)
-{
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    return -1;
 }
 
 /// Length of the well-formed UTF-8 sequence at the front of `text`, 0 when there is none.
@@ -50,7 +41,6 @@ std::size_t sequenceLength(std::string_view text)
 
 std::string FileURL::text() const
 {
-    constexpr char digits[] = "0123456789ABCDEF";
     std::string url(scheme);
     for (char const c : path) {
         auto const byte = static_cast<unsigned char>(c);
@@ -58,8 +48,8 @@ std::string FileURL::text() const
             url += c;
         } else {
             url += '%';
-            url += digits[byte >> 4];
-            url += digits[byte & 0x0F];
+            url += upperHexDigits[byte >> 4];
+            url += upperHexDigits[byte & 0x0F];
         }
     }
     return url;

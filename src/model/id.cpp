@@ -1,24 +1,13 @@
 #include "model/id.h"
 
+#include "model/hex_digits.h"
+
 #include <cstring>
 #include <random>
 
 namespace framewright {
 
 namespace {
-
-constexpr char hexDigits[] = "0123456789ABCDEF";
-
-int hexValue(char c)
-{
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    return -1;
-}
 
 bool isDashPlace(std::size_t place)
 {
@@ -69,8 +58,8 @@ std::string Id::text() const
     for (std::size_t i = 0; i < m_bytes.size(); ++i) {
         if (isDashPlace(text.size()))
             text += '-';
-        text += hexDigits[m_bytes[i] >> 4];
-        text += hexDigits[m_bytes[i] & 0x0F];
+        text += upperHexDigits[m_bytes[i] >> 4];
+        text += upperHexDigits[m_bytes[i] & 0x0F];
     }
     return text;
 }

@@ -128,7 +128,7 @@ ToolResult slipClip(ToolArgs const& args, AppState& editor)
         throw ToolError("Give --to (a source time) or --by (a shift).");
     if (!place.clip->hasMedia())
         throw ToolError("Only clips with a file have a range to slide");
-    accepted(editor.slipClip(id, to ? *to : place.clip->sourceStart + *by));
+    accepted(editor.editRange(id, to ? *to : place.clip->sourceStart + *by));
     return clipResult(editor, id);
 }
 

@@ -142,7 +142,12 @@ ToolResult selectTarget(ToolArgs const& args, AppState& editor)
         editor.select(std::nullopt);
         return {true, "Nothing selected.", {}};
     }
-    Id const id = resolveClip(editor.project(), word).clip->id;
+    ItemRef::Value const item = args[Param<ItemRef>("target")];
+    if (item.what == ItemRef::What::bar) {
+        editor.selectCaption(item.id);
+        return ToolResult::json({{"selected", {{"bar", item.id.text()}}}});
+    }
+    Id const id = item.id;
     editor.select(id);
     return ToolResult::json({{"selected", clipJSON(editor.project(), id)}});
 }
