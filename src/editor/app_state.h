@@ -18,6 +18,7 @@
 
 #include <QCoro/QCoroTask>
 #include <QObject>
+#include <QPointer>
 #include <QTimer>
 
 #include <chrono>
@@ -39,6 +40,9 @@ enum class Rebuild { yes, no };
 /// It is the only writer of the project. Every change passes through `commit`, which makes it one
 /// undo step, marks the project dirty, and has it saved a second later. A refused edit returns its
 /// sentence and changes nothing. Main thread only.
+///
+/// It may be destroyed while it saves or opens media in the background: those tasks then end
+/// without it. Tasks that a caller awaits must not outlive it.
 class AppState : public QObject {
     Q_OBJECT
 

@@ -132,6 +132,7 @@ Project AppState::withAsset(Imported const& file)
 
 QCoro::Task<void> AppState::loadAssets()
 {
+    QPointer<AppState> const self(this);
     auto const round = ++m_loadingRound;
     m_assetProblems.clear();
     m_isLoadingAssets = !m_project.assets->empty();
@@ -155,7 +156,7 @@ QCoro::Task<void> AppState::loadAssets()
     std::vector<OpenedAsset> const opened = co_await onWorker(open);
 
     // Another project, or another state of this one, may have been opened meanwhile.
-    if (round != m_loadingRound)
+    if (!self || round != m_loadingRound)
         co_return;
     std::map<Id, std::filesystem::path> moved;
     for (OpenedAsset const& asset : opened) {

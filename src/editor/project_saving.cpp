@@ -30,29 +30,32 @@ void AppState::scheduleSave()
 
 QCoro::Task<void> AppState::saveOrAutosave()
 {
+    QPointer<AppState> const self(this);
     if (!m_isDirty)
         co_return;
     // No await stands inside a condition: GCC 12 destroys its task on the way not taken, too.
     if (isWorkspaceProject())
         co_await saveNow();
     // What has no place of its own yet, or can't be written there, is kept all the same.
-    if (m_isDirty)
+    if (self && m_isDirty)
         co_await autosave();
 }
 
 QCoro::Task<void> AppState::saveEnded()
 {
-    while (m_isSaving)
+    QPointer<AppState> const self(this);
+    while (self && m_isSaving)
         co_await qCoro(this, &AppState::saved);
 }
 
 QCoro::Task<bool> AppState::saveNow()
 {
+    QPointer<AppState> const self(this);
     // A save under way may have begun before the last change; then one more follows it.
     co_await saveEnded();
-    if (m_isDirty && isWorkspaceProject())
+    if (self && m_isDirty && isWorkspaceProject())
         co_await saveToFile();
-    co_return !m_isDirty;
+    co_return self && !m_isDirty;
 }
 
 QCoro::Task<bool> AppState::saveProject()
@@ -65,6 +68,7 @@ QCoro::Task<bool> AppState::saveProject()
 
 QCoro::Task<bool> AppState::saveToFile()
 {
+    QPointer<AppState> const self(this);
     m_saveTimer.stop();
     m_isSaving = true;
     auto const revision = m_revision;
@@ -79,6 +83,8 @@ QCoro::Task<bool> AppState::saveToFile()
     } catch (ProjectFileError const& error) {
         problem = error.what();
     }
+    if (!self)
+        co_return false;
     m_isSaving = false;
     if (file == m_projectFile) {
         if (!result)
@@ -88,6 +94,8 @@ QCoro::Task<bool> AppState::saveToFile()
         else
             takeSaveResult(*result, revision);
     }
+    if (!self)
+        co_return false;
     emit saved();
     co_return !m_isDirty;
 }
@@ -109,28 +117,43 @@ void AppState::takeSaveResult(SaveResult const& result, std::uint64_t revision)
 
 QCoro::Task<void> AppState::autosave()
 {
+    QPointer<AppState> const self(this);
     m_recovery.rememberOrigin(m_projectFile);
     auto const write = [file = m_recovery.file(), project = m_project] {
         Recovery::write(file, project);
     };
+    std::string problem;
     try {
         co_await onWorker(write);
-        m_unsavedSince = std::chrono::steady_clock::now();
     } catch (ProjectFileError const& error) {
-        setErrorMessage(m_errorMessage.empty() ? error.what() : m_errorMessage + " " + error.what());
+        problem = error.what();
     }
+    if (!self)
+        co_return;
+    m_unsavedSince = std::chrono::steady_clock::now();
+    if (!problem.empty())
+        setErrorMessage(m_errorMessage.empty() ? problem : m_errorMessage + " " + problem);
 }
 
 QCoro::Task<void> AppState::reloadProjectFromDisk()
 {
+    QPointer<AppState> const self(this);
     std::filesystem::path const file = *m_projectFile;
     try {
         ReadProject read = co_await readOnWorker(file);
-        if (file == m_projectFile && read.mark != m_diskMark)
+        if (!self || file != m_projectFile)
+            co_return;
+        if (read.mark != m_diskMark) {
             takeOutsideEdit(std::move(read));
+        } else {
+            // As we know it: our own write, or what was broken has been put back.
+            setErrorMessage({});
+            if (m_isDirty && !m_isSaving)
+                scheduleSave();
+        }
     } catch (ProjectFileError const&) {
         // It may be half written yet: when it is whole, the watcher tells again.
-        if (file == m_projectFile)
+        if (self && file == m_projectFile)
             setErrorMessage(WorkspaceMessage::invalidProject(projectName()));
     }
 }

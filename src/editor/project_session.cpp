@@ -81,10 +81,11 @@ void AppState::adopt(ReadProject read, std::optional<std::filesystem::path> cons
         m_defaults.setString(openKey, FileURL{file->string()}.text());
     watchProject();
     // A start that dies from here on dies of the project's media.
-    [](AppState& state) -> QCoro::Task<void> {
-        co_await state.loadAssets();
-        state.m_defaults.remove(attemptsKey);
-    }(*this);
+    [](QPointer<AppState> self) -> QCoro::Task<void> {
+        co_await self->loadAssets();
+        if (self)
+            self->m_defaults.remove(attemptsKey);
+    }(this);
     emit compositionOutdated();
     emit projectChanged();
 }

@@ -34,10 +34,11 @@ QCoro::Task<void> ThumbnailWriter::write()
     if (m_isWriting || !m_isOutdated || !m_editor.isWorkspaceProject() ||
         m_editor.project().videoDuration() <= 0)
         co_return;
+    QPointer<ThumbnailWriter> const self(this);
     m_isWriting = true;
     m_isOutdated = false;
     co_await m_editor.assetsLoaded();
-    if (m_editor.isWorkspaceProject()) {
+    if (self && m_editor.isWorkspaceProject()) {
         auto const draw = [&stills = m_stills, project = m_editor.project(),
                            assets = m_editor.assets(),
                            file = Workspace::thumbnailFile(m_editor.projectFile()->parent_path())] {
@@ -51,7 +52,8 @@ QCoro::Task<void> ThumbnailWriter::write()
             qWarning("The thumbnail was not written: %s", error.what());
         }
     }
-    m_isWriting = false;
+    if (self)
+        m_isWriting = false;
 }
 
 } // namespace framewright

@@ -146,6 +146,10 @@ TEST(OutsideEdit, AnInvalidFileIsLeftAloneUntilItIsWhole)
     EXPECT_FALSE(awaited(home.editor().saveNow())) << "Theirs is not overwritten.";
     EXPECT_EQ(contentsOf(file).size(), whole.size() / 2);
 
+    put(file, whole);
+    ASSERT_TRUE(eventually([&] { return !home.editor().isDirty(); })) << "Put back, so it is saved.";
+    EXPECT_EQ(briefIn(file), "edited");
+
     std::string finished = whole;
     finished.replace(finished.find("whole"), 5, "WHOLE");
     put(file, finished);
