@@ -67,10 +67,12 @@ int runEditor(int argc, char** argv)
     StillFrames stills;
     ThumbnailWriter const thumbnails(editor, stills);
     EditorReferences const references(editor);
-    Toolbox const toolbox(
-        allTools({editor, exports, stills,
-                  [] { QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection); }}),
-        references);
+    Toolbox const toolbox(allTools({editor, exports, stills,
+                                    [] {
+                                        QMetaObject::invokeMethod(qApp, &QCoreApplication::quit,
+                                                                  Qt::QueuedConnection);
+                                    }}),
+                          references);
 
     CLIServer server(toolbox);
     if (!std::getenv("FRAMEWRIGHT_NO_CLI")) {

@@ -7,7 +7,8 @@
 
 namespace framewright {
 
-AppState::AppState(UserDefaults& defaults, QObject* parent) : QObject(parent), m_defaults(defaults), m_recovery(defaults)
+AppState::AppState(UserDefaults& defaults, QObject* parent)
+    : QObject(parent), m_defaults(defaults), m_recovery(defaults)
 {
     m_saveTimer.setSingleShot(true);
     m_saveTimer.setTimerType(Qt::PreciseTimer);

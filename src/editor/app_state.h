@@ -23,9 +23,9 @@
 
 #include <chrono>
 #include <filesystem>
-#include <optional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -66,7 +66,8 @@ public:
     /// The selected caption bar; selecting a clip deselects it, and the other way round.
     std::optional<Id> const& selectedCaption() const { return m_selectedCaption; }
     std::optional<Id> const& activeTrack() const { return m_activeTrack; }
-    /// The last thing that went wrong behind the user's back, such as a save; empty when all is well.
+    /// The last thing that went wrong behind the user's back, such as a save; empty when all is
+    /// well.
     std::string const& errorMessage() const { return m_errorMessage; }
     /// Keys in the project's file that this version does not know and that a save drops.
     std::vector<std::string> const& unknownKeys() const { return m_unknownKeys; }
@@ -102,8 +103,8 @@ public:
     Project withAsset(Imported const& file);
 
     /// Copies the files that lie neither in the project's folder nor in one of `folders` into the
-    /// project, and has it play the copies from now on, as one step. Gives the copies. Refused for a
-    /// project outside any workspace; throws ProjectFileError, and then nothing has changed.
+    /// project, and has it play the copies from now on, as one step. Gives the copies. Refused for
+    /// a project outside any workspace; throws ProjectFileError, and then nothing has changed.
     QCoro::Task<Outcome<std::vector<std::filesystem::path>>>
     consolidateMedia(std::vector<std::filesystem::path> folders);
 
@@ -184,12 +185,12 @@ public:
     /// open stays open.
     QCoro::Task<void> openProject(std::filesystem::path file);
 
-    /// Opens the project that was open when the editor last ran. Blocks; for the start, before there
-    /// is anybody to wait. When it can't be opened, none is, and `errorMessage` says why.
+    /// Opens the project that was open when the editor last ran. Blocks; for the start, before
+    /// there is anybody to wait. When it can't be opened, none is, and `errorMessage` says why.
     void reopenLastProject();
 
-    /// Saves a workspace project now, when there is something to save. False when it failed, and for
-    /// a project outside any workspace with changes; see `errorMessage`.
+    /// Saves a workspace project now, when there is something to save. False when it failed, and
+    /// for a project outside any workspace with changes; see `errorMessage`.
     QCoro::Task<bool> saveNow();
 
     /// Saves the project to its own file, also one outside any workspace. False when it failed.

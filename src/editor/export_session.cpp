@@ -31,14 +31,12 @@ private:
 } // namespace
 
 QCoro::Task<Outcome<ExportResult>> ExportSession::run(ExportSettings settings,
-                                                      ExportProgress progress,
-                                                      std::stop_token stop)
+                                                      ExportProgress progress, std::stop_token stop)
 {
     if (m_isRunning)
         co_return Refusal{"An export is already running."};
     if (isSource(m_editor.project(), settings.file))
-        co_return Refusal{
-            "That path is one of the project's source files; export somewhere else."};
+        co_return Refusal{"That path is one of the project's source files; export somewhere else."};
     Running const running(m_isRunning);
 
     co_await m_editor.assetsLoaded();

@@ -15,8 +15,8 @@ using Path = std::filesystem::path;
 
 bool isInside(Path const& file, Path const& folder)
 {
-    Path const way = Path(Workspace::canonicalPath(file))
-                         .lexically_relative(Workspace::canonicalPath(folder));
+    Path const way =
+        Path(Workspace::canonicalPath(file)).lexically_relative(Workspace::canonicalPath(folder));
     return !way.empty() && *way.begin() != "..";
 }
 
@@ -52,8 +52,8 @@ std::vector<Copied> copyAll(std::vector<MediaAsset> const& assets, Path const& f
         for (Copied const& copy : copies)
             std::filesystem::remove(copy.file, ignored);
         throw ProjectFileError(validUtf8(error.path1().filename().string()) +
-                               " could not be copied into the project: " +
-                               error.code().message() + ".");
+                               " could not be copied into the project: " + error.code().message() +
+                               ".");
     }
     return copies;
 }

@@ -104,9 +104,8 @@ std::vector<MediaAsset> AppState::importFiles(std::vector<Imported> const& files
     std::vector<MediaAsset> assets;
     for (Imported const& file : files) {
         // The same file may have been given twice.
-        auto const twin = std::ranges::find_if(*project.assets, [&](auto const& entry) {
-            return entry.second.url == file.asset.url;
-        });
+        auto const twin = std::ranges::find_if(
+            *project.assets, [&](auto const& entry) { return entry.second.url == file.asset.url; });
         if (twin != project.assets->end()) {
             assets.push_back(twin->second);
             continue;

@@ -51,7 +51,7 @@ std::optional<std::uintmax_t> knownSize(AssetRef const& ref)
     char const* const first = text.data() + sizeLabel.size();
     auto const [end, error] = std::from_chars(first, text.data() + text.size(), size);
     return error == std::errc() && end == text.data() + text.size() ? std::optional(size)
-                                                                     : std::nullopt;
+                                                                    : std::nullopt;
 }
 
 AssetRefs currentAssetRefs(Project const& project, std::filesystem::path const& folder,
@@ -75,9 +75,9 @@ AssetRefs currentAssetRefs(Project const& project, std::filesystem::path const& 
 
 ContentMark contentMark(std::string_view bytes)
 {
-    auto const hash = QCryptographicHash::hash(
-        QByteArrayView(bytes.data(), static_cast<qsizetype>(bytes.size())),
-        QCryptographicHash::Blake2b_256);
+    auto const hash =
+        QCryptographicHash::hash(QByteArrayView(bytes.data(), static_cast<qsizetype>(bytes.size())),
+                                 QCryptographicHash::Blake2b_256);
     return hash.toStdString();
 }
 

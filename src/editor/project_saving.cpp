@@ -188,8 +188,8 @@ bool AppState::saveBeforeQuitting()
             Recovery::write(m_recovery.file(), m_project);
             return false;
         }
-        SaveResult const result = framewright::saveProject(
-            *m_projectFile, m_project, m_diskMark, m_assetRefs);
+        SaveResult const result =
+            framewright::saveProject(*m_projectFile, m_project, m_diskMark, m_assetRefs);
         if (result.wasChangedByOthers)
             takeOutsideEdit(readProject(*m_projectFile));
         else

@@ -137,9 +137,10 @@ QCoro::Task<Outcome<Done>> AppState::confirmDiscardingChanges(Changes changes)
     }
     if (isWorkspaceProject())
         co_return Refusal{m_errorMessage + " Pass --force to go on without what is not saved."};
-    co_return Refusal{"“" + projectName() +
-                      "” has changes that are not saved. Save it with project_save, or pass --force "
-                      "to go on without them."};
+    co_return Refusal{
+        "“" + projectName() +
+        "” has changes that are not saved. Save it with project_save, or pass --force "
+        "to go on without them."};
 }
 
 QCoro::Task<Outcome<Done>> AppState::closeProject(Changes changes)

@@ -128,12 +128,14 @@ Outcome<Project> AppState::changeClip(Id const& clipID, ClipChanges const& chang
     std::string name = "Adjust Clip";
     if (changes.volume) {
         name = "Change Level";
-        andThen(project, [&](Project p) { return setClipVolume(std::move(p), clipID, *changes.volume); });
+        andThen(project,
+                [&](Project p) { return setClipVolume(std::move(p), clipID, *changes.volume); });
     }
     if (changes.transform) {
         name = changes.volume ? "Adjust Clip" : "Transform Clip";
-        andThen(project,
-                [&](Project p) { return setClipTransform(std::move(p), clipID, *changes.transform); });
+        andThen(project, [&](Project p) {
+            return setClipTransform(std::move(p), clipID, *changes.transform);
+        });
     }
     if (changes.placeholderName) {
         name = changes.volume || changes.transform ? "Adjust Clip" : "Rename Placeholder";

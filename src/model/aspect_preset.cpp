@@ -51,9 +51,9 @@ AspectPreset closestAspectPreset(double width, double height)
     };
     constexpr double square = 0;
     Candidate best{AspectPreset::landscape, landscape};
-    for (Candidate const& candidate : {Candidate{AspectPreset::portrait, -landscape},
-                                       Candidate{AspectPreset::square, square},
-                                       Candidate{AspectPreset::fourFive, std::log(4.0 / 5.0)}}) {
+    for (Candidate const& candidate :
+         {Candidate{AspectPreset::portrait, -landscape}, Candidate{AspectPreset::square, square},
+          Candidate{AspectPreset::fourFive, std::log(4.0 / 5.0)}}) {
         if (std::abs(ratio - candidate.ratio) < std::abs(ratio - best.ratio))
             best = candidate;
     }
@@ -63,10 +63,14 @@ AspectPreset closestAspectPreset(double width, double height)
 std::string_view ratioName(AspectPreset preset)
 {
     switch (preset) {
-    case AspectPreset::portrait: return "9:16";
-    case AspectPreset::landscape: return "16:9";
-    case AspectPreset::square: return "1:1";
-    case AspectPreset::fourFive: return "4:5";
+    case AspectPreset::portrait:
+        return "9:16";
+    case AspectPreset::landscape:
+        return "16:9";
+    case AspectPreset::square:
+        return "1:1";
+    case AspectPreset::fourFive:
+        return "4:5";
     }
     return "9:16";
 }
@@ -74,10 +78,14 @@ std::string_view ratioName(AspectPreset preset)
 PixelSize baseCanvas(AspectPreset preset)
 {
     switch (preset) {
-    case AspectPreset::portrait: return {1080, 1920};
-    case AspectPreset::landscape: return {1920, 1080};
-    case AspectPreset::square: return {1080, 1080};
-    case AspectPreset::fourFive: return {1080, 1350};
+    case AspectPreset::portrait:
+        return {1080, 1920};
+    case AspectPreset::landscape:
+        return {1920, 1080};
+    case AspectPreset::square:
+        return {1080, 1080};
+    case AspectPreset::fourFive:
+        return {1080, 1350};
     }
     return {1080, 1920};
 }

@@ -11,9 +11,9 @@ namespace framewright {
 
 /// How a picture sits in the canvas. The defaults show all of it, fitted and centred.
 struct ClipTransform {
-    double scale = 1;   ///< 1 fits the canvas.
-    double offsetX = 0; ///< From the centre, as a fraction of the canvas width.
-    double offsetY = 0; ///< From the centre, as a fraction of the canvas height; positive is down.
+    double scale = 1;    ///< 1 fits the canvas.
+    double offsetX = 0;  ///< From the centre, as a fraction of the canvas width.
+    double offsetY = 0;  ///< From the centre, as a fraction of the canvas height; positive is down.
     double cropLeft = 0; ///< Crops are fractions of the upright picture cut from each edge.
     double cropRight = 0;
     double cropTop = 0;

@@ -99,7 +99,8 @@ public:
 
     void read(Json const& json, JsonPlace const& place, Id& value)
     {
-        auto const id = json.is_string() ? Id::parse(json.get_ref<std::string const&>()) : std::nullopt;
+        auto const id =
+            json.is_string() ? Id::parse(json.get_ref<std::string const&>()) : std::nullopt;
         if (!id)
             place.fail("must be a UUID.");
         value = *id;
@@ -107,14 +108,15 @@ public:
 
     void read(Json const& json, JsonPlace const& place, FileURL& value)
     {
-        auto url = json.is_string() ? FileURL::parse(json.get_ref<std::string const&>()) : std::nullopt;
+        auto url =
+            json.is_string() ? FileURL::parse(json.get_ref<std::string const&>()) : std::nullopt;
         if (!url)
             place.fail("must be a file URL (file:///…).");
         value = std::move(*url);
     }
 
     template <class T>
-        requires std::is_enum_v<T>
+    requires std::is_enum_v<T>
     void read(Json const& json, JsonPlace const& place, T& value)
     {
         if (json.is_string()) {
@@ -181,14 +183,15 @@ public:
     }
 
     template <class T>
-        requires requires { Stored<T>::fields; }
+    requires requires { Stored<T>::fields; }
     void read(Json const& json, JsonPlace const& place, T& value)
     {
         if (!json.is_object())
             place.fail("must be an object.");
         std::size_t known = 0;
-        std::apply([&](auto const&... field) { (readField(json, place, value, field, known), ...); },
-                   Stored<T>::fields);
+        std::apply(
+            [&](auto const&... field) { (readField(json, place, value, field, known), ...); },
+            Stored<T>::fields);
         if (known < json.size())
             noteUnknown<T>(json, place);
     }
@@ -213,8 +216,9 @@ private:
     void noteUnknown(Json const& json, JsonPlace const& place)
     {
         for (auto const& [key, unused] : json.items()) {
-            bool const isKnown = std::apply(
-                [&](auto const&... field) { return ((key == field.key) || ...); }, Stored<T>::fields);
+            bool const isKnown =
+                std::apply([&](auto const&... field) { return ((key == field.key) || ...); },
+                           Stored<T>::fields);
             if (!isKnown)
                 unknownKeys.push_back(JsonPlace(place, key).text());
         }

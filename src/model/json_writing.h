@@ -33,11 +33,8 @@ public:
     void write(std::string const& text) { writeQuoted(text); }
 
     template <class T>
-        requires std::is_enum_v<T>
-    void write(T value)
-    {
-        writeQuoted(storedWord(value));
-    }
+    requires std::is_enum_v<T>
+    void write(T value) { writeQuoted(storedWord(value)); }
 
     template <class T>
     void write(Shared<T> const& value)
@@ -69,7 +66,7 @@ public:
     }
 
     template <class T>
-        requires requires { Stored<T>::fields; }
+    requires requires { Stored<T>::fields; }
     void write(T const& value)
     {
         List list(*this, '{', '}');
@@ -136,12 +133,14 @@ private:
     static auto const& sortedFields()
     {
         constexpr std::size_t count = std::tuple_size_v<decltype(Stored<T>::fields)>;
-        static auto const fields = [&]<std::size_t... i>(std::index_sequence<i...>) {
+        static auto const fields = [&]<std::size_t... i>(std::index_sequence<i...>)
+        {
             std::array<FieldWriter<T>, count> all = {
                 FieldWriter<T>{std::get<i>(Stored<T>::fields).key, &writeField<T, i>}...};
             std::ranges::sort(all, {}, &FieldWriter<T>::key);
             return all;
-        }(std::make_index_sequence<count>());
+        }
+        (std::make_index_sequence<count>());
         return fields;
     }
 

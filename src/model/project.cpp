@@ -108,8 +108,8 @@ std::optional<ClipPlace> topVideoClip(Project const& project, double time)
     for (Track const& track : project.tracks) {
         if (track.kind != TrackKind::video || track.isHidden)
             continue;
-        auto const found = std::ranges::find_if(
-            *track.clips, [&](Clip const& clip) { return clip.covers(time); });
+        auto const found =
+            std::ranges::find_if(*track.clips, [&](Clip const& clip) { return clip.covers(time); });
         if (found != track.clips->end())
             return ClipPlace{&track, &*found};
     }

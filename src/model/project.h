@@ -44,7 +44,8 @@ struct ClipPlace {
 /// The clip with this id, on whichever track.
 std::optional<ClipPlace> findClip(Project const& project, Id const& id);
 
-/// What is seen at a time: the clip of the topmost video track that is not hidden and has one there.
+/// What is seen at a time: the clip of the topmost video track that is not hidden and has one
+/// there.
 std::optional<ClipPlace> topVideoClip(Project const& project, double time);
 
 /// The two tracks a new project starts with: a magnetic "Video 1" and a ducking "Audio 1".

@@ -17,18 +17,18 @@ namespace framewright {
 template <class Owner, class Member>
 struct StoredField {
     char const* key;
-    Member Owner::* member;
+    Member Owner::*member;
     bool isRequired;
 };
 
 template <class Owner, class Member>
-constexpr StoredField<Owner, Member> required(char const* key, Member Owner::* member)
+constexpr StoredField<Owner, Member> required(char const* key, Member Owner::*member)
 {
     return {key, member, true};
 }
 
 template <class Owner, class Member>
-constexpr StoredField<Owner, Member> optional(char const* key, Member Owner::* member)
+constexpr StoredField<Owner, Member> optional(char const* key, Member Owner::*member)
 {
     return {key, member, false};
 }
@@ -156,10 +156,8 @@ struct Stored<CaptionPlacement> {
 template <>
 struct Stored<SubtitleData> {
     static constexpr auto fields = std::tuple{
-        optional("styleID", &SubtitleData::styleID),
-        optional("style", &SubtitleData::style),
-        optional("placement", &SubtitleData::placement),
-        optional("words", &SubtitleData::words),
+        optional("styleID", &SubtitleData::styleID),     optional("style", &SubtitleData::style),
+        optional("placement", &SubtitleData::placement), optional("words", &SubtitleData::words),
         optional("bars", &SubtitleData::bars),
     };
 };
@@ -180,8 +178,8 @@ struct Stored<ClipTransform> {
 template <>
 struct Stored<TextOverlay> {
     static constexpr auto fields = std::tuple{
-        required("text", &TextOverlay::text), required("style", &TextOverlay::style),
-        optional("x", &TextOverlay::x),       optional("y", &TextOverlay::y),
+        required("text", &TextOverlay::text),   required("style", &TextOverlay::style),
+        optional("x", &TextOverlay::x),         optional("y", &TextOverlay::y),
         optional("scale", &TextOverlay::scale),
     };
 };

@@ -22,11 +22,11 @@ struct Track {
     bool isMagnetic = false;
     bool isMuted = false;
     bool isSolo = false;
-    float volume = 1;   ///< Linear gain of the whole track.
-    bool ducks = false; ///< Lowered while another audio track speaks.
-    Shared<std::vector<Clip>> clips; ///< In time order.
-    bool isLocked = false;           ///< Refuses every edit.
-    bool isHidden = false;           ///< Not drawn.
+    float volume = 1;                              ///< Linear gain of the whole track.
+    bool ducks = false;                            ///< Lowered while another audio track speaks.
+    Shared<std::vector<Clip>> clips;               ///< In time order.
+    bool isLocked = false;                         ///< Refuses every edit.
+    bool isHidden = false;                         ///< Not drawn.
     std::optional<Shared<SubtitleData>> subtitles; ///< Of a subtitles track only.
     double opacity = 1;
 

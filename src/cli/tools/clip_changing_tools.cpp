@@ -29,7 +29,7 @@ Param<Text> const name{"name", "Placeholders only: a new name.", optionalParam};
 
 struct TransformOption {
     Param<Number> const& param;
-    double ClipTransform::* member;
+    double ClipTransform::*member;
 };
 
 TransformOption const transformOptions[] = {
@@ -48,16 +48,16 @@ Param<Moment> const moveTo{"to", "Timeline time for the clip's start."};
 Param<TrackRef> const destination{"track", "Destination track (default: its own).", optionalParam};
 
 Param<Number> const slipTo{"to", "New source in point, in seconds of the file.", optionalParam};
-Param<Number> const slipBy{
-    "by", "Shift the window by this many seconds (negative for earlier).", optionalParam};
+Param<Number> const slipBy{"by", "Shift the window by this many seconds (negative for earlier).",
+                           optionalParam};
 
 Param<ClipRef> const replaced{"clip", "v1:2 or a clip id (a placeholder or a media clip)."};
 Param<AssetName> const asset{"asset", "An imported asset's name or id.", optionalParam};
 Param<FilePath> const path{"path", "A file to import and use instead of asset.", optionalParam};
-Param<ClipRef> const with{
-    "with", "A clip on the timeline (v1:3 or an id) to move into this spot.", optionalParam};
-Param<Flag> const fill{
-    "fill", "When the source is shorter, fill what is left with a placeholder.", optionalParam};
+Param<ClipRef> const with{"with", "A clip on the timeline (v1:3 or an id) to move into this spot.",
+                          optionalParam};
+Param<Flag> const fill{"fill", "When the source is shorter, fill what is left with a placeholder.",
+                       optionalParam};
 
 ToolResult setClip(ToolArgs const& args, AppState& editor)
 {
@@ -82,7 +82,8 @@ ToolResult setClip(ToolArgs const& args, AppState& editor)
     if (changes.placeholderName && !place.clip->isPlaceholder())
         throw ToolError("Only placeholders can be renamed.");
     if (!changes.volume && !changes.transform && !changes.placeholderName)
-        throw ToolError("Give something to change: volume, scale, offsetX, offsetY, a crop or name.");
+        throw ToolError(
+            "Give something to change: volume, scale, offsetX, offsetY, a crop or name.");
 
     accepted(editor.changeClip(id, changes));
     return clipResult(editor, id);
@@ -188,9 +189,10 @@ Task<ToolResult> replaceClip(ToolArgs args, AppState& editor)
     if (!otherRef.empty())
         note = otherRef + " left its old spot.";
     if (result.isShorter() && !result.fillerID)
-        note += (note.empty() ? "" : " ") + ("The file is shorter than the clip was (" +
-                secondsText(result.slotLength) + "); the clip now has the file's length. Pass "
-                "--fill to keep the rest as a placeholder.");
+        note += (note.empty() ? "" : " ") +
+                ("The file is shorter than the clip was (" + secondsText(result.slotLength) +
+                 "); the clip now has the file's length. Pass "
+                 "--fill to keep the rest as a placeholder.");
     co_return ToolResult::json(json, note);
 }
 
@@ -217,18 +219,20 @@ std::vector<Tool> clipChangingTools(EditorTools tools)
     return {
         {
             .name = "clip_set",
-            .description = "Adjust a clip: level (0-1.5), picture scale (1 = fit), offset (fractions "
-                           "of the canvas, +y down), crop (fractions per side, max 0.45), or a "
-                           "placeholder's name.",
+            .description =
+                "Adjust a clip: level (0-1.5), picture scale (1 = fit), offset (fractions "
+                "of the canvas, +y down), crop (fractions per side, max 0.45), or a "
+                "placeholder's name.",
             .params = {clip, volume, scale, offsetX, offsetY, cropLeft, cropRight, cropTop,
                        cropBottom, name},
             .action = [&editor](ToolArgs args) { return setClip(args, editor); },
         },
         {
             .name = "clip_trim",
-            .description = "Move a clip's edges. start/end are timeline times (the source follows); "
-                           "in/out are source times (the timeline start stays). On a magnetic track "
-                           "the clips after it ripple.",
+            .description =
+                "Move a clip's edges. start/end are timeline times (the source follows); "
+                "in/out are source times (the timeline start stays). On a magnetic track "
+                "the clips after it ripple.",
             .params = {clip, start, end, in, out},
             .action = [&editor](ToolArgs args) { return trimClip(args, editor); },
         },
@@ -250,11 +254,12 @@ std::vector<Tool> clipChangingTools(EditorTools tools)
         },
         {
             .name = "clip_replace",
-            .description = "Swap what is behind a clip or placeholder, keeping its spot and length: "
-                           "a file (from its start) with `--asset` or `--path`, or another clip from "
-                           "the timeline with `--with` (that clip leaves its old spot and brings its "
-                           "own in/out, level and placement). A shorter source keeps its own length "
-                           "unless `--fill` puts a placeholder over the rest.",
+            .description =
+                "Swap what is behind a clip or placeholder, keeping its spot and length: "
+                "a file (from its start) with `--asset` or `--path`, or another clip from "
+                "the timeline with `--with` (that clip leaves its old spot and brings its "
+                "own in/out, level and placement). A shorter source keeps its own length "
+                "unless `--fill` puts a placeholder over the rest.",
             .params = {replaced, asset, path, with, fill},
             .action = [&editor](ToolArgs args) { return checkSource(std::move(args), editor); },
         },
@@ -269,22 +274,25 @@ std::vector<Tool> clipChangingTools(EditorTools tools)
             .name = "clip_copy",
             .description = "Copy a clip, for clip-paste.",
             .params = {clip},
-            .action = [&editor](ToolArgs args) {
-                Id const id = args[clip];
-                editor.copyClips(std::span(&id, 1));
-                return ToolResult::json({{"copied", clipJSON(editor.project(), id)}});
-            },
+            .action =
+                [&editor](ToolArgs args) {
+                    Id const id = args[clip];
+                    editor.copyClips(std::span(&id, 1));
+                    return ToolResult::json({{"copied", clipJSON(editor.project(), id)}});
+                },
         },
         {
             .name = "clip_paste",
-            .description = "Paste the copied clip at the playhead (see seek), on its kind of track.",
+            .description =
+                "Paste the copied clip at the playhead (see seek), on its kind of track.",
             .params = {},
-            .action = [&editor](ToolArgs) {
-                requireProject(editor);
-                double const playhead = editor.currentTime();
-                PlacedClips const pasted = accepted(editor.paste());
-                return clipResult(editor, pasted.clipIDs.front(), playhead);
-            },
+            .action =
+                [&editor](ToolArgs) {
+                    requireProject(editor);
+                    double const playhead = editor.currentTime();
+                    PlacedClips const pasted = accepted(editor.paste());
+                    return clipResult(editor, pasted.clipIDs.front(), playhead);
+                },
         },
     };
 }

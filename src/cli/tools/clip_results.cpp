@@ -26,11 +26,11 @@ ToolResult clipResult(AppState const& editor, Id const& id, std::optional<double
     if (!isElsewhere)
         return ToolResult::json(json);
     std::string const landed = "landed at " + secondsText(place->clip->timelineStart);
-    return ToolResult::json(
-        json, place->track->isMagnetic
-                  ? "Magnetic track: the clip " + landed + ", packed against its neighbors."
-                  : "The clip " + landed + ", the nearest spot to " + secondsText(*wantedStart) +
-                        " that fits.");
+    return ToolResult::json(json, place->track->isMagnetic
+                                      ? "Magnetic track: the clip " + landed +
+                                            ", packed against its neighbors."
+                                      : "The clip " + landed + ", the nearest spot to " +
+                                            secondsText(*wantedStart) + " that fits.");
 }
 
 } // namespace framewright

@@ -16,20 +16,20 @@ Param<TrackRef> const track{
     "track", "v1, v2, a1… (a video track for video/photos, an audio track for sound)."};
 Param<AssetName> const asset{"asset", "An imported asset's name or id.", optionalParam};
 Param<FilePath> const path{"path", "A file to import and use instead of asset.", optionalParam};
-Param<Moment> const at{
-    "at", "Timeline time to place the clip at (default: end of the track).", optionalParam};
+Param<Moment> const at{"at", "Timeline time to place the clip at (default: end of the track).",
+                       optionalParam};
 Param<Number> const in{"in", "Source in point in seconds (default 0).", optionalParam};
-Param<Number> const out{
-    "out", "Source out point in seconds (default: end of the file).", optionalParam};
-Param<Number> const duration{
-    "duration", "Length in seconds from the in point (instead of out).", optionalParam};
+Param<Number> const out{"out", "Source out point in seconds (default: end of the file).",
+                        optionalParam};
+Param<Number> const duration{"duration", "Length in seconds from the in point (instead of out).",
+                             optionalParam};
 
 Param<Text> const name{"name", "What will go here, e.g. \"B-roll: coffee pour\"."};
 Param<TrackRef> const slotTrack{
     "track", "Video or audio track (default: the first unlocked video track).", optionalParam};
 Param<Number> const slotDuration{"duration", "Seconds (default 3).", optionalParam};
-Param<Moment> const slotAt{
-    "at", "Where on the timeline (default: end of the track).", optionalParam};
+Param<Moment> const slotAt{"at", "Where on the timeline (default: end of the track).",
+                           optionalParam};
 
 Param<ClipRef> const clip{"clip", "v1:2 or a clip id."};
 Param<Moment> const cutAt{"at", "Where to cut; must be inside the clip."};
@@ -56,8 +56,7 @@ void checkKind(Project const& project, Track const& onto, AppState::Imported con
     std::string const& fileName = source.asset.displayName;
     switch (onto.kind) {
     case TrackKind::text:
-        throw ToolError(
-            "Text clips live on text tracks and media clips on video or audio tracks.");
+        throw ToolError("Text clips live on text tracks and media clips on video or audio tracks.");
     case TrackKind::subtitles:
         throw ToolError(trackTitle(project, onto) + " holds subtitle bars, not clips.");
     case TrackKind::video:
@@ -78,9 +77,7 @@ Clip clipOf(ToolArgs const& args, MediaAsset const& source)
 {
     bool const isPhoto = source.kind == MediaKind::image;
     double const fileEnd = isPhoto ? longestPhotoLength : source.duration;
-    auto const within = [&](double time) {
-        return time >= 0 && time <= fileEnd + timeTolerance;
-    };
+    auto const within = [&](double time) { return time >= 0 && time <= fileEnd + timeTolerance; };
 
     Clip made;
     made.id = Id::random();
@@ -89,7 +86,8 @@ Clip clipOf(ToolArgs const& args, MediaAsset const& source)
     if (!within(made.sourceStart) || made.sourceStart > fileEnd - timeTolerance)
         throw ToolError("in must be within the file (" + stretchText(0, fileEnd) + ").");
     double const wholeEnd = isPhoto ? made.sourceStart + photoLength : fileEnd;
-    made.sourceEnd = args.has(duration) ? made.sourceStart + args[duration] : args.get(out, wholeEnd);
+    made.sourceEnd =
+        args.has(duration) ? made.sourceStart + args[duration] : args.get(out, wholeEnd);
     if (args.has(duration) && args.has(out))
         throw ToolError("Give out or duration, not both.");
     if (isTooShort(made.length()))
@@ -117,8 +115,8 @@ Task<ToolResult> addClip(ToolArgs args, AppState& editor)
     checkKind(editor.project(), destination, *source);
     Clip const made = clipOf(args, source->asset);
     auto const wanted = args.time(at, destination.end());
-    Placed const placed = accepted(editor.addClip(editor.withAsset(*source), made, onto,
-                                                  wanted.value_or(destination.end())));
+    Placed const placed = accepted(
+        editor.addClip(editor.withAsset(*source), made, onto, wanted.value_or(destination.end())));
     co_return clipResult(editor, placed.clipID, wanted);
 }
 
@@ -135,8 +133,8 @@ ToolResult addPlaceholder(ToolArgs const& args, AppState& editor)
         Track const& onto = *editor.project().track(*placeholder.trackID);
         if (onto.kind != TrackKind::video && onto.kind != TrackKind::audio)
             throw ToolError("Placeholders go on video or audio tracks. " +
-                            trackTitle(editor.project(), onto) +
-                            " is a " + (onto.kind == TrackKind::text ? "text" : "subtitles") +
+                            trackTitle(editor.project(), onto) + " is a " +
+                            (onto.kind == TrackKind::text ? "text" : "subtitles") +
                             " track; use text-add or the caption commands there.");
         requireUnlocked(editor.project(), onto);
         end = onto.end();
@@ -213,15 +211,13 @@ std::vector<Tool> clipTools(EditorTools tools)
         },
         {
             .name = "clip_remove",
-            .description =
-                "Delete a clip. On a magnetic track the clips after it close the gap.",
+            .description = "Delete a clip. On a magnetic track the clips after it close the gap.",
             .params = {clip},
             .action = [&editor](ToolArgs args) { return removeClip(args, editor); },
         },
         {
             .name = "clip_duplicate",
-            .description =
-                "Copy a clip right after itself (a subtitle bar too, with an s-ref).",
+            .description = "Copy a clip right after itself (a subtitle bar too, with an s-ref).",
             .params = {item},
             .action = [&editor](ToolArgs args) { return duplicateClip(args, editor); },
         },

@@ -23,8 +23,8 @@ double EditorReferences::timelineEnd() const
 std::vector<Tool> allTools(EditorTools tools)
 {
     std::vector<Tool> all;
-    for (auto* const family : {readingTools, projectTools, projectFolderTools, mediaTools, trackTools,
-                               clipTools, clipChangingTools, viewTools}) {
+    for (auto* const family : {readingTools, projectTools, projectFolderTools, mediaTools,
+                               trackTools, clipTools, clipChangingTools, viewTools}) {
         std::vector<Tool> more = family(tools);
         std::ranges::move(more, std::back_inserter(all));
     }

@@ -50,8 +50,8 @@ Json textJSON(TextOverlay const& text)
 Json clipJSON(Project const& project, Track const& track, Clip const& clip)
 {
     Json json = {
-        {"ref", clipRef(project, track, clip)},   {"id", clip.id.text()},
-        {"start", rounded(clip.timelineStart)},   {"end", rounded(clip.end())},
+        {"ref", clipRef(project, track, clip)}, {"id", clip.id.text()},
+        {"start", rounded(clip.timelineStart)}, {"end", rounded(clip.end())},
         {"duration", rounded(clip.length())},
     };
     if (clip.isText()) {

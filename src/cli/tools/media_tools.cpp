@@ -27,9 +27,8 @@ Param<Flag> const force{"force", "Remove a folder even when the open project use
 
 bool isInside(std::filesystem::path const& file, std::filesystem::path const& folder)
 {
-    std::filesystem::path const way =
-        std::filesystem::path(Workspace::canonicalPath(file))
-            .lexically_relative(Workspace::canonicalPath(folder));
+    std::filesystem::path const way = std::filesystem::path(Workspace::canonicalPath(file))
+                                          .lexically_relative(Workspace::canonicalPath(folder));
     return !way.empty() && *way.begin() != "..";
 }
 
@@ -107,8 +106,9 @@ std::vector<Tool> mediaTools(EditorTools tools)
     return {
         {
             .name = "media_folders",
-            .description = "Show or change the folders whose files are used in place, or gather the "
-                           "open project's other files into it.",
+            .description =
+                "Show or change the folders whose files are used in place, or gather the "
+                "open project's other files into it.",
             .params = {add, remove, consolidate, force},
             .action =
                 [&editor](ToolArgs args) { return changeMediaFolders(std::move(args), editor); },

@@ -15,8 +15,7 @@ using Json = nlohmann::json;
 namespace {
 
 Param<FilePath> const copyPath{
-    "path",
-    "Where to put a copy as a single .fwp file. The project itself stays in the workspace.",
+    "path", "Where to put a copy as a single .fwp file. The project itself stays in the workspace.",
     optionalParam};
 Param<Text> const newName{"name", "The new name."};
 Param<Text> const copyName{"name", "The copy's name (default: the project's and a number).",
@@ -35,8 +34,8 @@ Param<Flag> const force{"force", "Go on even when changes of the open project ca
 
 bool isOpenProject(AppState const& editor, std::filesystem::path const& file)
 {
-    return editor.projectFile() && Workspace::canonicalPath(*editor.projectFile()) ==
-                                       Workspace::canonicalPath(file);
+    return editor.projectFile() &&
+           Workspace::canonicalPath(*editor.projectFile()) == Workspace::canonicalPath(file);
 }
 
 /// The folder of the project that is meant, which lies in a workspace. What is open is saved.
@@ -167,11 +166,14 @@ std::vector<Tool> projectFolderTools(EditorTools tools)
         },
         {
             .name = "project_duplicate",
-            .description = "Copy a project of the workspace, with its media but without its exports. "
-                           "The open project stays open.",
+            .description =
+                "Copy a project of the workspace, with its media but without its exports. "
+                "The open project stays open.",
             .params = {copyName, project},
             .action =
-                [&editor](ToolArgs args) { return duplicateProjectFolder(std::move(args), editor); },
+                [&editor](ToolArgs args) {
+                    return duplicateProjectFolder(std::move(args), editor);
+                },
         },
         {
             .name = "project_delete",

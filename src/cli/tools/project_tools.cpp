@@ -17,8 +17,8 @@ using Json = nlohmann::json;
 
 namespace {
 
-Param<FilePath> const workspacePath{
-    "path", "A folder to set up as the workspace, or to switch to.", optionalParam};
+Param<FilePath> const workspacePath{"path", "A folder to set up as the workspace, or to switch to.",
+                                    optionalParam};
 Param<Text> const about{"about",
                         "What gets made here, in a sentence. Sets the canvas new videos start with "
                         "and goes into the workspace's CLAUDE.md.",
@@ -85,7 +85,8 @@ ToolResult showWorkspace(ToolArgs const& args, AppState& editor)
 
 Json listingJSON(ProjectListing const& listing, AppState const& editor)
 {
-    bool const isOpen = editor.projectFile() && editor.projectFile()->parent_path() == listing.folder;
+    bool const isOpen =
+        editor.projectFile() && editor.projectFile()->parent_path() == listing.folder;
     return {{"name", listing.name},
             {"path", validUtf8(listing.folder.string())},
             {"open", isOpen},
@@ -108,8 +109,8 @@ AppState::Changes changesKept(ToolArgs const& args)
 Task<ToolResult> startProject(ToolArgs args, AppState& editor)
 {
     std::filesystem::path const workspace = workspaceOf(args, editor);
-    Project project = newProject(
-        args.get(canvas, Workspace::canvas(workspace).value_or(AspectPreset::portrait)));
+    Project project =
+        newProject(args.get(canvas, Workspace::canvas(workspace).value_or(AspectPreset::portrait)));
     project.brief = args.find(brief);
     // Before the folder is made, so that a project that can't be left doesn't leave an empty one.
     accepted(co_await editor.confirmDiscardingChanges(changesKept(args)));
@@ -157,12 +158,13 @@ std::vector<Tool> projectTools(EditorTools tools)
             .name = "projects",
             .description = "The workspace's projects, the one last changed first.",
             .params = {},
-            .action = [&editor](ToolArgs args) {
-                Json json = Json::array();
-                for (ProjectListing const& listing : listProjects(workspaceOf(args, editor)))
-                    json.push_back(listingJSON(listing, editor));
-                return ToolResult::json(json);
-            },
+            .action =
+                [&editor](ToolArgs args) {
+                    Json json = Json::array();
+                    for (ProjectListing const& listing : listProjects(workspaceOf(args, editor)))
+                        json.push_back(listingJSON(listing, editor));
+                    return ToolResult::json(json);
+                },
         },
         {
             .name = "project_new",

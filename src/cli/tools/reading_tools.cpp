@@ -91,13 +91,14 @@ std::vector<Tool> readingTools(EditorTools tools)
             .name = "timeline",
             .description = "The tracks with their clips and refs (optionally one track).",
             .params = {oneTrack},
-            .action = [&editor](ToolArgs args) {
-                requireProject(editor);
-                if (auto const id = args.find(oneTrack))
-                    return ToolResult::json(
-                        trackJSON(editor.project(), *editor.project().track(*id)));
-                return ToolResult::json(timelineJSON(editor));
-            },
+            .action =
+                [&editor](ToolArgs args) {
+                    requireProject(editor);
+                    if (auto const id = args.find(oneTrack))
+                        return ToolResult::json(
+                            trackJSON(editor.project(), *editor.project().track(*id)));
+                    return ToolResult::json(timelineJSON(editor));
+                },
         },
         {
             .name = "media",

@@ -16,16 +16,16 @@ Param<Choice<TrackKind>> const kind{
     {{"video", TrackKind::video}, {"audio", TrackKind::audio}, {"text", TrackKind::text}}};
 Param<Text> const newName{"name", "The track's name (default: the kind and a number).",
                           optionalParam};
-Param<Flag> const newMagnetic{"magnetic",
-                              "Pack clips edge to edge (default: only the first video track).",
-                              optionalParam};
+Param<Flag> const newMagnetic{
+    "magnetic", "Pack clips edge to edge (default: only the first video track).", optionalParam};
 Param<Flag> const top{
     "top", "Put a video track above all other video tracks (it composites on top).", optionalParam};
 
 Param<TrackRef> const track{"track"};
 Param<Text> const name{"name", "A new name.", optionalParam};
-Param<Flag> const magnetic{
-    "magnetic", "Pack clips edge to edge; turning it off keeps clips where they are.", optionalParam};
+Param<Flag> const magnetic{"magnetic",
+                           "Pack clips edge to edge; turning it off keeps clips where they are.",
+                           optionalParam};
 Param<Flag> const locked{"locked", "Refuse every edit.", optionalParam};
 Param<Flag> const hidden{"hidden", "Show nothing from this track (not for audio tracks).",
                          optionalParam};
@@ -34,8 +34,8 @@ Param<Number> const opacity{
 Param<Flag> const muted{"muted", "Silence the track.", optionalParam};
 Param<Flag> const solo{"solo", "Hear only soloed tracks.", optionalParam};
 Param<Number> const volume{"volume", "Track level, 0 to 1.5.", optionalParam};
-Param<Flag> const ducks{
-    "ducks", "Audio only: lower this track under other audio (voiceovers).", optionalParam};
+Param<Flag> const ducks{"ducks", "Audio only: lower this track under other audio (voiceovers).",
+                        optionalParam};
 Param<WholeNumber> const by{"by", "Places down the list; negative for up."};
 Param<Canvas> const to{"to", "9:16, 16:9, 1:1 or 4:5.", optionalParam};
 
@@ -137,18 +137,21 @@ std::vector<Tool> trackTools(EditorTools tools)
         },
         {
             .name = "ratio",
-            .description = "Show or change the canvas: 9:16 (default), 16:9, 1:1 or 4:5. Everything "
-                           "keeps its normalized placement; exports follow.",
+            .description =
+                "Show or change the canvas: 9:16 (default), 16:9, 1:1 or 4:5. Everything "
+                "keeps its normalized placement; exports follow.",
             .params = {to},
-            .action = [&editor](ToolArgs args) {
-                requireProject(editor);
-                if (auto const preset = args.find(to); preset && *preset != editor.project().aspect)
-                    editor.changeAspect(*preset);
-                PixelSize const size = baseCanvas(editor.project().aspect);
-                return ToolResult::json({{"canvas", ratioName(editor.project().aspect)},
-                                         {"width", size.width},
-                                         {"height", size.height}});
-            },
+            .action =
+                [&editor](ToolArgs args) {
+                    requireProject(editor);
+                    if (auto const preset = args.find(to);
+                        preset && *preset != editor.project().aspect)
+                        editor.changeAspect(*preset);
+                    PixelSize const size = baseCanvas(editor.project().aspect);
+                    return ToolResult::json({{"canvas", ratioName(editor.project().aspect)},
+                                             {"width", size.width},
+                                             {"height", size.height}});
+                },
         },
     };
 }

@@ -3,8 +3,8 @@
 #include "cli/references.h"
 #include "cli/tools/editor_tools.h"
 #include "cli/tools/json_views.h"
-#include "model/time_rules.h"
 #include "editor/worker_task.h"
+#include "model/time_rules.h"
 #include "workspace/workspace.h"
 
 #include <QDateTime>
@@ -18,8 +18,7 @@ namespace {
 Param<Moment> const at{"at", "The time to render."};
 Param<WholeNumber> const width{"width", "Pixels wide (default 360, max 1080).", optionalParam};
 Param<FilePath> const out{
-    "out",
-    "Where to write the PNG (default: cache/frames in the workspace, else the temp folder).",
+    "out", "Where to write the PNG (default: cache/frames in the workspace, else the temp folder).",
     optionalParam};
 
 Param<Moment> const seekAt{"at", "Where to go."};
@@ -29,8 +28,8 @@ Param<FilePath> const path{"path",
                            "Where to write the .mp4 (default: projects/<name>/exports/<name>-<time>"
                            ".mp4 for a workspace project).",
                            optionalParam};
-Param<Flag> const preview{
-    "preview", "Fast SDR render, 960 px on the long side (540x960 for 9:16).", optionalParam};
+Param<Flag> const preview{"preview", "Fast SDR render, 960 px on the long side (540x960 for 9:16).",
+                          optionalParam};
 Param<WholeNumber> const height{"height",
                                 "Output height in pixels (1080, 1440, 2160 for 9:16; 720, 1080 for "
                                 "16:9); overrides the default.",
@@ -53,10 +52,8 @@ Task<ToolResult> drawFrame(ToolArgs args, EditorTools tools)
     if (time < 0)
         throw ToolError("at must be 0 or later.");
 
-    auto const draw = [&stills = tools.stills, project = editor.project(),
-                       assets = editor.assets(), time, pixels] {
-        return stills.png(project, assets, time, pixels);
-    };
+    auto const draw = [&stills = tools.stills, project = editor.project(), assets = editor.assets(),
+                       time, pixels] { return stills.png(project, assets, time, pixels); };
     std::vector<std::uint8_t> const png = co_await onWorker(draw);
     Json json = {{"at", rounded(time)}, {"width", pixels}};
     if (Json missing = missingMediaJSON(editor); !missing.empty())
@@ -190,14 +187,15 @@ std::vector<Tool> viewTools(EditorTools tools)
             .name = "seek",
             .description = "Move the app's playhead so the user sees that moment.",
             .params = {seekAt},
-            .action = [&editor](ToolArgs args) {
-                requireProject(editor);
-                double const time = args[seekAt];
-                if (time < 0)
-                    throw ToolError("at must be 0 or later.");
-                editor.seek(time);
-                return ToolResult::json({{"playhead", rounded(editor.currentTime())}});
-            },
+            .action =
+                [&editor](ToolArgs args) {
+                    requireProject(editor);
+                    double const time = args[seekAt];
+                    if (time < 0)
+                        throw ToolError("at must be 0 or later.");
+                    editor.seek(time);
+                    return ToolResult::json({{"playhead", rounded(editor.currentTime())}});
+                },
         },
         {
             .name = "select",
@@ -210,19 +208,21 @@ std::vector<Tool> viewTools(EditorTools tools)
             .name = "undo",
             .description = "Undo the last change (yours or the user's).",
             .params = {},
-            .action = [&editor](ToolArgs) {
-                requireProject(editor);
-                return stepped("undo", editor.undo(), editor);
-            },
+            .action =
+                [&editor](ToolArgs) {
+                    requireProject(editor);
+                    return stepped("undo", editor.undo(), editor);
+                },
         },
         {
             .name = "redo",
             .description = "Redo the last undone change.",
             .params = {},
-            .action = [&editor](ToolArgs) {
-                requireProject(editor);
-                return stepped("redo", editor.redo(), editor);
-            },
+            .action =
+                [&editor](ToolArgs) {
+                    requireProject(editor);
+                    return stepped("redo", editor.redo(), editor);
+                },
         },
         {
             .name = "export",
