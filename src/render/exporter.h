@@ -32,8 +32,8 @@ public:
 
 struct ExportSettings {
     enum class Quality {
-        full,    ///< At the footage's own size.
-        preview, ///< Quick: 960 pixels on the long side.
+        full,    ///< At the footage's own size; HEVC in HLG when any of it is HDR, else H.264.
+        preview, ///< Quick: 960 pixels on the long side, H.264 in standard range.
     };
 
     std::filesystem::path file = {};

@@ -207,6 +207,60 @@ TEST_F(ExportedMovie, NeedsARangeAndAPlace)
     EXPECT_EQ(filesInFolder(), 1u);
 }
 
+TEST_F(ExportedMovie, KeepsHDRAndPutsTheRestAtReferenceWhite)
+{
+    auto const wide = [&](std::string const& transfer, int luma) {
+        return loaded(made("-f lavfi -i color=black:s=270x480:r=30:d=1 -vf "
+                           "\"format=yuv420p10le,geq=lum=" +
+                               std::to_string(luma) +
+                               ":cb=512:cr=512\" -c:v libx265 -preset ultrafast -x265-params "
+                               "log-level=none:colorprim=bt2020:colormatrix=bt2020nc:transfer=" +
+                               transfer,
+                           transfer + ".mp4"));
+    };
+    auto const standard = [&](std::string const& name, int luma) {
+        return loaded(made("-f lavfi -i color=black:s=270x480:r=30:d=1 -vf "
+                           "\"format=yuv420p,geq=lum=" +
+                               std::to_string(luma) +
+                               ":cb=128:cr=128\" -c:v libx264 -preset ultrafast "
+                               "-colorspace bt709 -color_primaries bt709 -color_trc bt709",
+                           name));
+    };
+    Project const piece = project({videoTrack(
+        {clip(wide("arib-std-b67", 500), 0, 0.5), clip(standard("white.mp4", 235), 0.5, 0.5),
+         clip(standard("grey.mp4", 106), 1, 0.5), clip(wide("smpte2084", 573), 1.5, 0.5)})});
+    auto const lumaAt = [](ExportResult const& result, double time) {
+        VideoReader reader(result.file);
+        Frame const frame = reader.frameAt(time);
+        return sample(frame, 0, frame.width() / 2, frame.height() / 2);
+    };
+    std::string const entries = "stream=codec_name,codec_tag_string,pix_fmt,color_space,"
+                                "color_transfer,color_primaries";
+
+    ExportResult const full = exported(piece);
+    std::string const facts = probed(full.file, entries);
+    for (char const* const fact :
+         {"codec_name=hevc", "codec_tag_string=hvc1", "pix_fmt=yuv420p10le", "color_space=bt2020nc",
+          "color_transfer=arib-std-b67", "color_primaries=bt2020"})
+        EXPECT_THAT(facts, HasSubstr(fact));
+    constexpr int white = 64 + 876 * 3 / 4;
+    // Through light: BT.1886, 203 of 1000 cd/m², the inverse of HLG's gamma, its square root.
+    double const light = std::pow((106 - 16) / 219.0, 2.4) * 0.203;
+    int const grey = 64 + int(876 * std::sqrt(3 * std::pow(light, 1 / 1.2)));
+    EXPECT_NEAR(lumaAt(full, 0.25), 500, 6);
+    EXPECT_NEAR(lumaAt(full, 0.75), white, 6);
+    EXPECT_NEAR(lumaAt(full, 1.25), grey, 6);
+    EXPECT_NEAR(lumaAt(full, 1.75), white, 6);
+
+    ExportResult const preview = exported(piece, {.quality = ExportSettings::Quality::preview});
+    std::string const quick = probed(preview.file, entries);
+    for (char const* const fact : {"codec_name=h264", "pix_fmt=yuv420p\n", "color_transfer=bt709"})
+        EXPECT_THAT(quick, HasSubstr(fact));
+    EXPECT_NEAR(lumaAt(preview, 0.75), 235, 2);
+    EXPECT_NEAR(lumaAt(preview, 1.25), 106, 2);
+    EXPECT_NEAR(lumaAt(preview, 1.75), 16 + 219 * 0.75, 4);
+}
+
 TEST_F(ExportedMovie, HasTheSizeThatWasAskedFor)
 {
     struct Case {
