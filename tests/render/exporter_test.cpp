@@ -2,6 +2,7 @@
 
 #include "made_media.h"
 #include "media/audio_reader.h"
+#include "media/media_error.h"
 #include "media/video_reader.h"
 #include "synthetic_frames.h"
 
@@ -9,6 +10,8 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <latch>
+#include <memory>
 
 namespace framewright {
 
@@ -259,6 +262,79 @@ TEST_F(ExportedMovie, KeepsHDRAndPutsTheRestAtReferenceWhite)
     EXPECT_NEAR(lumaAt(preview, 0.75), 235, 2);
     EXPECT_NEAR(lumaAt(preview, 1.25), 106, 2);
     EXPECT_NEAR(lumaAt(preview, 1.75), 16 + 219 * 0.75, 4);
+}
+
+TEST_F(ExportedMovie, IsCheckedBeforeAndAfter)
+{
+    Id const id = loaded(flashes());
+    Project const piece = project({videoTrack({clip(id, 0, 1)})});
+    auto const target = folder / "out.mp4";
+    std::ofstream(target) << "what stood there before";
+    auto const sentence = [&](ExportSurroundings const& surroundings, ExportError::Cause cause) {
+        return sentenceOf(
+            [&] { Exporter(piece, assets, {.file = target, .height = 480}, surroundings).run(); },
+            cause);
+    };
+
+    ExportSurroundings full;
+    full.freeSpace = [&](std::filesystem::path const& where) {
+        EXPECT_EQ(where, folder);
+        return std::uintmax_t(100'000);
+    };
+    EXPECT_THAT(sentence(full, ExportError::Cause::noSpace), HasSubstr("only 1 MB are free"));
+
+    ExportSurroundings wrong;
+    wrong.probe = [](std::filesystem::path const& file) {
+        MediaInfo info = probeMedia(file);
+        info.duration /= 2;
+        return info;
+    };
+    EXPECT_THAT(sentence(wrong, ExportError::Cause::wrongFile), HasSubstr("it lasts 0.500 s"));
+
+    ExportSurroundings lost;
+    lost.probe = [](std::filesystem::path const&) -> MediaInfo {
+        throw MediaError(MediaError::Cause::damaged, "It can't be read back.");
+    };
+    EXPECT_EQ(sentence(lost, ExportError::Cause::media), "It can't be read back.");
+
+    std::string text;
+    std::getline(std::ifstream(target), text);
+    EXPECT_EQ(text, "what stood there before");
+    EXPECT_EQ(filesInFolder(), 2u);
+}
+
+TEST_F(ExportedMovie, IsGivenUpWhenItHangs)
+{
+    Id const id = loaded(flashes());
+    Project const piece = project({videoTrack({clip(id, 0, 1)})});
+    struct Shared { // With what hangs, which outlives the export.
+        std::latch isChecked{1}, mayGoOn{1}, hasGoneOn{1};
+        std::chrono::steady_clock::time_point time;
+    };
+    auto const shared = std::make_shared<Shared>();
+    ExportSurroundings hanging;
+    hanging.probe = [shared](std::filesystem::path const& file) {
+        shared->isChecked.count_down();
+        shared->mayGoOn.wait();
+        MediaInfo const info = probeMedia(file);
+        shared->hasGoneOn.count_down();
+        return info;
+    };
+    hanging.stall.lookEvery = std::chrono::milliseconds(1);
+    hanging.stall.now = [shared] { // Time passes only while the file is being checked.
+        if (shared->isChecked.try_wait())
+            shared->time += std::chrono::seconds(1);
+        return shared->time;
+    };
+    std::string const sentence = sentenceOf(
+        [&] {
+            Exporter(piece, assets, {.file = folder / "out.mp4", .height = 480}, hanging).run();
+        },
+        ExportError::Cause::stalled);
+    EXPECT_THAT(sentence, HasSubstr("checking the file made no progress for 30 seconds"));
+    shared->mayGoOn.count_down();
+    shared->hasGoneOn.wait();
+    EXPECT_FALSE(std::filesystem::exists(folder / "out.mp4"));
 }
 
 TEST_F(ExportedMovie, HasTheSizeThatWasAskedFor)
