@@ -94,6 +94,8 @@ int DescriptorIO::writeAll(void* self, std::uint8_t* bytes, int size)
             return AVERROR(errno);
         done += int(put);
         io.m_position += put;
+        if (io.onWrite)
+            io.onWrite();
     }
     return size;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 #include <utility>
@@ -46,6 +47,8 @@ public:
     ~DescriptorIO();
 
     AVIOContext* context() const { return m_context; }
+
+    std::function<void()> onWrite; ///< Called after each piece that went to the file.
 
 private:
     static int readSome(void* self, std::uint8_t* bytes, int size);

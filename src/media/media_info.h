@@ -1,5 +1,6 @@
 #pragma once
 
+#include "media/frame.h"
 #include "model/media_asset.h"
 
 #include <filesystem>
@@ -30,6 +31,8 @@ struct MediaInfo {
     double frameRate = 0; ///< Average, frames per second; 0 for a photo.
     bool isHDR = false;   ///< PQ or HLG.
     std::string videoCodec;
+    std::string videoTag; ///< Of the codec in the container: "avc1", "hvc1"; may be empty.
+    ColorTags colors;     ///< As the file says, of a video.
 
     bool hasAudio = false;
     int channels = 0;

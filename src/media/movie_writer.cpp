@@ -39,6 +39,7 @@ public:
           m_sound(settings.audioBitRate, m_file, file),
           m_packet(newPacket())
     {
+        m_file.setActivity(settings.activity);
         m_file.begin();
     }
 
@@ -53,11 +54,11 @@ public:
 
     void writeSound(std::span<float const> interleaved) { m_sound.write(interleaved); }
 
-    void finish()
+    void finish(std::function<void(std::filesystem::path const&)> const& check)
     {
         encode(nullptr);
         m_sound.finish();
-        m_file.finish();
+        m_file.finish(check);
     }
 
 private:
@@ -102,9 +103,9 @@ void MovieWriter::writeSound(std::span<float const> interleaved)
     m_impl->writeSound(interleaved);
 }
 
-void MovieWriter::finish()
+void MovieWriter::finish(std::function<void(std::filesystem::path const&)> const& check)
 {
-    m_impl->finish();
+    m_impl->finish(check);
 }
 
 } // namespace framewright

@@ -3,6 +3,7 @@
 #include "media/frame.h"
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <span>
 
@@ -20,6 +21,8 @@ struct MovieSettings {
     char const* preset = "veryfast"; ///< Of the encoder: effort against size.
     int audioBitRate = 160'000;
     int threads = 0; ///< Of the encoder; 0 lets it choose.
+    /// Called whenever some of the file was written, on the thread that feeds the writer.
+    std::function<void()> activity = {};
 };
 
 /// Writes an MP4 with one picture and one sound stream, the index in front.
@@ -44,8 +47,10 @@ public:
     void writeFrame(Frame const& frame);
     void writeSound(std::span<float const> interleaved);
 
-    /// Writes what is still held back and the index, and flushes the file to disk.
-    void finish();
+    /// Writes what is still held back and the index, and flushes the file to disk. Then `check`
+    /// may look at the hidden file, complete now, before it takes its place; when that throws,
+    /// nothing is left and an older file stays.
+    void finish(std::function<void(std::filesystem::path const& written)> const& check = {});
 
 private:
     class Impl;

@@ -121,17 +121,40 @@ void Mp4File::write(AVPacket& packet, AVStream const& stream, AVCodecContext con
     check(av_interleaved_write_frame(m_format.get(), &packet));
 }
 
-void Mp4File::finish()
+void Mp4File::setActivity(std::function<void()> activity)
 {
-    check(av_write_trailer(m_format.get()));
+    m_activity = activity;
+    m_io->onWrite = std::move(activity);
+}
+
+void Mp4File::finish(std::function<void(std::filesystem::path const& written)> const& check)
+{
+    this->check(av_write_trailer(m_format.get()));
     avio_flush(m_io->context());
-    check(m_io->context()->error);
-    if (::fsync(m_file.number()) != 0)
-        throw systemFailure(m_target, written, errno);
+    this->check(m_io->context()->error);
+    flush();
+    if (check)
+        check(m_hidden);
     if (::rename(m_hidden.c_str(), m_target.c_str()) != 0)
         throw systemFailure(m_target, written, errno);
     m_hidden.clear();
     flushFolder(m_target.parent_path());
+}
+
+/// A piece after the other, so that a slow disk shows that it gets on.
+void Mp4File::flush()
+{
+    constexpr std::int64_t piece = 16 << 20;
+    for (std::int64_t from = 0; from < m_file.size(); from += piece) {
+        // A mere help: what counts is fsync's answer.
+        ::sync_file_range(m_file.number(), from, piece,
+                          SYNC_FILE_RANGE_WAIT_BEFORE | SYNC_FILE_RANGE_WRITE |
+                              SYNC_FILE_RANGE_WAIT_AFTER);
+        if (m_activity)
+            m_activity();
+    }
+    if (::fsync(m_file.number()) != 0)
+        throw systemFailure(m_target, written, errno);
 }
 
 void Mp4File::check(int result)

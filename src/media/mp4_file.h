@@ -4,6 +4,7 @@
 #include "media/descriptor.h"
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -24,13 +25,17 @@ public:
     /// Adds a stream of what `encoder` makes. All streams are added before `begin`.
     AVStream* addStream(AVCodecContext const& encoder);
 
+    /// To be called whenever the file has got on: some of it was written, or is safe on the disk.
+    void setActivity(std::function<void()> activity);
+
     void begin();
 
     /// Writes a packet of `encoder`, whose times it counts in. Takes the packet's content.
     void write(AVPacket& packet, AVStream const& stream, AVCodecContext const& encoder);
 
-    /// Moves the index to the front, flushes to disk and takes the target's place.
-    void finish();
+    /// Moves the index to the front, flushes to disk, has the hidden file checked and takes the
+    /// target's place. What `check` throws goes on, and the target stays what it was.
+    void finish(std::function<void(std::filesystem::path const& written)> const& check = {});
 
 private:
     struct CloseFormat {
@@ -42,6 +47,7 @@ private:
     static int closeReading(AVFormatContext* format, AVIOContext*);
 
     void check(int result);
+    void flush();
 
     std::filesystem::path m_target;
     std::filesystem::path m_hidden; ///< Empty once it has taken the target's place.
@@ -49,6 +55,7 @@ private:
     std::optional<DescriptorIO> m_io;
     std::optional<DescriptorIO> m_reading; ///< While the index is being moved.
     std::unique_ptr<AVFormatContext, CloseFormat> m_format;
+    std::function<void()> m_activity;
 };
 
 } // namespace framewright

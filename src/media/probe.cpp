@@ -69,6 +69,14 @@ double frameRateOf(AVStream const& stream)
     return 0;
 }
 
+std::string tagOf(AVStream const& stream)
+{
+    if (stream.codecpar->codec_tag == 0)
+        return "";
+    char text[AV_FOURCC_MAX_STRING_SIZE];
+    return av_fourcc_make_string(text, stream.codecpar->codec_tag);
+}
+
 void addPictureFacts(MediaInfo& info, AVFormatContext& format, AVStream& stream)
 {
     info.hasVideo = true;
@@ -79,6 +87,10 @@ void addPictureFacts(MediaInfo& info, AVFormatContext& format, AVStream& stream)
     info.isHDR = stream.codecpar->color_trc == AVCOL_TRC_SMPTE2084 ||
                  stream.codecpar->color_trc == AVCOL_TRC_ARIB_STD_B67;
     info.videoCodec = avcodec_get_name(stream.codecpar->codec_id);
+    info.videoTag = tagOf(stream);
+    info.colors = {stream.codecpar->color_primaries, stream.codecpar->color_trc,
+                   stream.codecpar->color_space, stream.codecpar->color_range == AVCOL_RANGE_JPEG,
+                   stream.codecpar->chroma_location == AVCHROMA_LOC_CENTER};
 }
 
 void addSoundFacts(MediaInfo& info, AVStream const& stream)

@@ -8,13 +8,17 @@
 #include "render/clip_sound_source.h"
 #include "render/composition_builder.h"
 #include "render/composition_validator.h"
+#include "render/export_checks.h"
 #include "render/frame_compositor.h"
 #include "render/frame_queue.h"
 
 #include <algorithm>
 #include <cmath>
 #include <exception>
+#include <limits>
+#include <memory>
 #include <new>
+#include <system_error>
 #include <thread>
 
 namespace framewright {
@@ -22,6 +26,8 @@ namespace framewright {
 namespace {
 
 constexpr double previewLongSide = 960;
+/// HEVC's factor for what H.264 looks like at MovieSettings' own, in a smaller file.
+constexpr double hevcQuality = 22;
 constexpr std::size_t queuedFrames = 4;
 constexpr std::size_t keptReaders = 4; ///< Beyond those in use: for cuts back and forth.
 constexpr std::size_t keptPhotos = 4;
@@ -48,6 +54,11 @@ MovieSettings movieSettings(VideoComposition const& video, ExportSettings::Quali
     settings.width = video.renderSize.width;
     settings.height = video.renderSize.height;
     settings.framesPerSecond = video.framesPerSecond;
+    if (video.colors.isHDR()) {
+        settings.codec = MovieSettings::Codec::hevcHLG;
+        settings.quality = hevcQuality;
+        settings.preset = "superfast";
+    }
     if (quality == ExportSettings::Quality::preview) {
         settings.quality = 23;
         settings.preset = "superfast";
@@ -81,13 +92,38 @@ private:
     std::vector<float> m_samples;
 };
 
+void throwIfStopped(std::stop_token const& stop)
+{
+    if (stop.stop_requested())
+        throw ExportError(ExportError::Cause::cancelled, "The export was cancelled.");
+}
+
+/// All that rendering uses: it may outlive the export when something hangs.
+struct Job {
+    Plan plan;
+    ExpectedMovie expected;
+    std::filesystem::path file;
+    MovieSettings movie;
+    std::function<MediaInfo(std::filesystem::path const&)> probe;
+
+    /// Looks into the file before it takes its place.
+    void check(std::filesystem::path const& written, WatchedWork& watched) const
+    {
+        throwIfStopped(watched.stop());
+        watched.enter(WatchedWork::Thread::writing, "checking the file");
+        if (auto const problem = movieProblem(probe(written), expected))
+            throw ExportError(ExportError::Cause::wrongFile, *problem);
+        throwIfStopped(watched.stop());
+    }
+};
+
 /// Encodes what comes out of the queue, on a thread of its own, until that is complete.
 class EncodingThread {
 public:
-    EncodingThread(Plan const& plan, MovieWriter& writer, FrameQueue& queue)
-        : m_queue(queue), m_thread([&plan, &writer, &queue, this] {
+    EncodingThread(Job const& job, MovieWriter& writer, FrameQueue& queue, WatchedWork& watched)
+        : m_queue(queue), m_thread([&job, &writer, &queue, &watched, this] {
               try {
-                  encode(plan, writer, queue);
+                  encode(job, writer, queue, watched);
               } catch (...) {
                   m_failure = std::current_exception();
                   queue.abandon();
@@ -110,16 +146,22 @@ public:
     }
 
 private:
-    static void encode(Plan const& plan, MovieWriter& writer, FrameQueue& queue)
+    static void encode(Job const& job, MovieWriter& writer, FrameQueue& queue, WatchedWork& watched)
     {
-        SoundTrack sound(plan);
+        constexpr auto writing = WatchedWork::Thread::writing;
+        SoundTrack sound(job.plan);
         int written = 0;
         while (auto const frame = queue.pop()) {
+            watched.enter(writing, "encoding the picture");
             writer.writeFrame(*frame);
+            watched.enter(writing, "mixing the sound");
             writer.writeSound(sound.ofFrame(written++));
+            watched.enter(writing, nullptr);
         }
-        if (written == plan.frames)
-            writer.finish();
+        if (written < job.plan.frames)
+            return throwIfStopped(watched.stop()); // Or drawing failed, and says why.
+        watched.enter(writing, "finishing the file");
+        writer.finish([&](std::filesystem::path const& file) { job.check(file, watched); });
     }
 
     FrameQueue& m_queue;
@@ -127,42 +169,67 @@ private:
     std::jthread m_thread; ///< Last: it uses the others.
 };
 
-void throwIfStopped(std::stop_token const& stop)
+void render(Job const& job, WatchedWork& watched)
 {
-    if (stop.stop_requested())
-        throw ExportError(ExportError::Cause::cancelled, "The export was cancelled.");
-}
-
-void render(Plan const& plan, MovieWriter& writer, ExportProgress const& progress,
-            std::stop_token const& stop)
-{
+    constexpr auto drawing = WatchedWork::Thread::drawing;
+    Plan const& plan = job.plan;
+    watched.enter(drawing, "beginning the file");
+    MovieSettings settings = job.movie;
+    settings.activity = [&watched] { watched.beat(); };
+    MovieWriter writer(job.file, settings);
     FrameQueue queue(queuedFrames);
     OpenReaders readers(keptReaders);
     ReadPhotos photos(keptPhotos);
     ClipFrameSource source(plan.composition, readers, photos, ClipFrameSource::Reading::forward);
     FrameCompositor compositor(plan.composition.video, source);
-    EncodingThread encoding(plan, writer, queue);
+    std::stop_callback const whenStopped(watched.stop(), [&queue] { queue.abandon(); });
+    EncodingThread encoding(job, writer, queue, watched);
 
     int reported = -1;
     for (int frame = 0; frame < plan.frames; ++frame) {
-        throwIfStopped(stop);
+        throwIfStopped(watched.stop());
         int const percent = int(100.0 * frame / plan.frames);
-        if (progress && percent != reported)
-            progress(percent / 100.0, "Rendering");
+        if (percent != reported)
+            watched.report(percent / 100.0, "Rendering");
         reported = percent;
-        if (!queue.push(compositor.draw(plan.timeOf(frame))))
-            return encoding.finish(); // It failed, and throws why.
+        watched.enter(drawing, "reading and drawing the picture");
+        Frame picture = compositor.draw(plan.timeOf(frame));
+        watched.enter(drawing, nullptr);
+        if (!queue.push(std::move(picture)))
+            return encoding.finish(); // It failed or was stopped, and says so.
     }
-    throwIfStopped(stop);
-    if (progress)
-        progress(1, "Finishing");
+    throwIfStopped(watched.stop());
+    watched.report(1, "Finishing");
     encoding.finish();
+}
+
+void checkSpace(ExportSurroundings const& surroundings, std::filesystem::path const& file,
+                ExpectedMovie const& movie)
+{
+    auto const folder = std::filesystem::absolute(file).parent_path();
+    if (!std::filesystem::is_directory(folder))
+        return; // Who makes the file says that better.
+    if (auto const problem =
+            spaceProblem(folder, estimatedBytes(movie), surroundings.freeSpace(folder)))
+        throw ExportError(ExportError::Cause::noSpace, *problem);
 }
 
 } // namespace
 
-Exporter::Exporter(Project project, AssetStore assets, ExportSettings settings)
-    : m_project(std::move(project)), m_assets(std::move(assets)), m_settings(std::move(settings))
+std::uintmax_t ExportSurroundings::freeBytes(std::filesystem::path const& folder)
+{
+    std::error_code failed;
+    auto const space = std::filesystem::space(folder, failed);
+    // Where a file system doesn't tell, it shows when the disk is full.
+    return failed ? std::numeric_limits<std::uintmax_t>::max() : space.available;
+}
+
+Exporter::Exporter(Project project, AssetStore assets, ExportSettings settings,
+                   ExportSurroundings surroundings)
+    : m_project(std::move(project)),
+      m_assets(std::move(assets)),
+      m_settings(std::move(settings)),
+      m_surroundings(std::move(surroundings))
 {
 }
 
@@ -183,25 +250,42 @@ ExportResult Exporter::run(ExportProgress const& progress, std::stop_token stop)
     if (!(end - start > timeTolerance))
         throw ExportError(ExportError::Cause::emptyRange, "The range is empty.");
 
+    DynamicRange const range = m_settings.quality == ExportSettings::Quality::full
+                                   ? DynamicRange::ofFootage
+                                   : DynamicRange::standard;
     CompositionBuilder::Output const output{size(), exportFrameRate(m_project, m_assets), true,
-                                            DynamicRange::standard};
+                                            range};
     Plan plan{CompositionBuilder::build(m_project, m_assets, output), start, 0};
     plan.frames = std::max(1, int(std::lround((end - start) * output.framesPerSecond)));
     if (auto const problem = CompositionValidator::problem(plan.composition))
         throw ExportError(ExportError::Cause::media, *problem);
     throwIfStopped(stop);
+    ExportResult const result{m_settings.file, double(plan.frames) / output.framesPerSecond,
+                              output.renderSize, plan.frames, output.framesPerSecond};
+    VideoComposition const& video = plan.composition.video;
+    ExpectedMovie const expected{output.renderSize, output.framesPerSecond, result.duration,
+                                 video.colors.isHDR(), m_settings.quality};
+    checkSpace(m_surroundings, m_settings.file, expected);
+    MovieSettings const movie = movieSettings(video, m_settings.quality);
+    auto const job = std::make_shared<Job const>(
+        Job{std::move(plan), expected, m_settings.file, movie, m_surroundings.probe});
     try {
-        MovieWriter writer(m_settings.file,
-                           movieSettings(plan.composition.video, m_settings.quality));
-        render(plan, writer, progress, stop);
+        runWatched([job](WatchedWork& watched) { render(*job, watched); }, progress, stop,
+                   m_surroundings.stall);
     } catch (MediaError const& error) {
         throw ExportError(ExportError::Cause::media, error.what());
     } catch (std::bad_alloc const&) {
         throw ExportError(ExportError::Cause::media,
                           "There is not enough memory to export at this size.");
+    } catch (Stalled const& stalled) {
+        throw ExportError(ExportError::Cause::stalled,
+                          "The export was given up: " + stalled.stage + " made no progress for " +
+                              std::to_string(std::chrono::duration_cast<std::chrono::seconds>(
+                                                 m_surroundings.stall.patience)
+                                                 .count()) +
+                              " seconds. Nothing was exported.");
     }
-    return {m_settings.file, double(plan.frames) / output.framesPerSecond, output.renderSize,
-            plan.frames, output.framesPerSecond};
+    return result;
 }
 
 } // namespace framewright

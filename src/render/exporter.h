@@ -1,8 +1,11 @@
 #pragma once
 
+#include "media/media_info.h"
 #include "model/project.h"
 #include "render/asset_store.h"
+#include "render/watched_work.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <optional>
@@ -20,6 +23,9 @@ public:
         emptyRange, ///< There is nothing between start and end.
         cancelled,  ///< Somebody asked it to stop.
         media,      ///< A source could not be read or the file not be written.
+        noSpace,    ///< The disk has not enough room for the file.
+        wrongFile,  ///< The file that was written is not the one that was to be.
+        stalled,    ///< Some of it hung: a disk or a file that doesn't answer.
     };
 
     ExportError(Cause errorCause, std::string const& sentence)
@@ -32,8 +38,8 @@ public:
 
 struct ExportSettings {
     enum class Quality {
-        full,    ///< At the footage's own size.
-        preview, ///< Quick: 960 pixels on the long side.
+        full,    ///< At the footage's own size; HEVC in HLG when any of it is HDR, else H.264.
+        preview, ///< Quick: 960 pixels on the long side, H.264 in standard range.
     };
 
     std::filesystem::path file = {};
@@ -54,11 +60,22 @@ struct ExportResult {
 /// How far an export is, from 0 to 1, and what it is doing: "Rendering", then "Finishing".
 using ExportProgress = std::function<void(double fraction, std::string_view stage)>;
 
+/// What an export learns from the machine. Tests put in their own.
+struct ExportSurroundings {
+    /// Bytes that may be written in a folder.
+    std::function<std::uintmax_t(std::filesystem::path const& folder)> freeSpace = freeBytes;
+    std::function<MediaInfo(std::filesystem::path const& file)> probe = probeMedia;
+    StallLimit stall = {};
+
+    static std::uintmax_t freeBytes(std::filesystem::path const& folder);
+};
+
 /// Renders a project into a movie file. It holds a snapshot: what happens to the project
 /// meanwhile doesn't change the movie.
 class Exporter {
 public:
-    Exporter(Project project, AssetStore assets, ExportSettings settings);
+    Exporter(Project project, AssetStore assets, ExportSettings settings,
+             ExportSurroundings surroundings = {});
 
     /// The size that the movie will have.
     PixelSize size() const;
@@ -69,6 +86,8 @@ public:
     ///
     /// Frame n shows the piece at start + n / rate. There are round(duration * rate) frames, and
     /// at least one. Memory doesn't grow with the length.
+    /// The room on the disk is looked at before, and the finished file before it takes its place.
+    /// When nothing gets on for 30 seconds, it ends too; what hangs then is left to itself.
     /// Throws ExportError; no file is left then, and one that stood there before stays.
     ExportResult run(ExportProgress const& progress = {}, std::stop_token stop = {}) const;
 
@@ -76,6 +95,7 @@ private:
     Project m_project;
     AssetStore m_assets;
     ExportSettings m_settings;
+    ExportSurroundings m_surroundings;
 };
 
 } // namespace framewright

@@ -37,15 +37,6 @@ PictureTarget partOfCanvas(Frame& canvas, PixelRect const& where)
     return target;
 }
 
-PictureTarget wholeOf(Frame& frame, ChromaPlace chromaPlace)
-{
-    PictureTarget target{frame.width(),  frame.height(), frame.layout(),
-                         frame.colors(), chromaPlace,    {}};
-    for (int i = 0; i < frame.layout().planeCount(); ++i)
-        target.planes[std::size_t(i)] = frame.writablePlane(i);
-    return target;
-}
-
 /// The samples of a scaled plane that belong to the layer, without the margin.
 Frame::Plane withoutMargin(Frame const& scaled, int index, int margin)
 {

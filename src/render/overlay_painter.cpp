@@ -1,5 +1,6 @@
 #include "render/overlay_painter.h"
 
+#include "render/color_cube.h"
 #include "render/plane_blend.h"
 
 #include <algorithm>
@@ -99,6 +100,8 @@ OverlayPainter::Converted OverlayPainter::converted(Overlay const& overlay,
             put(planes[2], x / 2, y / 2, four.weight > 0 ? four.v / four.weight : 0, depth);
         }
     }
+    if (auto const cube = ColorCube::between(ColorTags::bt709(), canvas.colors()))
+        cube->convert(made.picture, wholeOf(made.picture));
     return made;
 }
 

@@ -47,6 +47,11 @@ int drawnMatrix(int matrix, PixelLayout layout, int height)
 
 ColorTags drawnColors(ColorTags colors, PixelLayout layout, int height)
 {
+    constexpr int unspecified = 2, bt2020 = 9;
+    if (colors.isHDR() && colors.primaries == unspecified)
+        colors.primaries = bt2020;
+    if (colors.isHDR() && colors.matrix == unspecified)
+        colors.matrix = bt2020;
     colors.transfer = drawnTransfer(colors.transfer);
     colors.primaries = drawnPrimaries(colors.primaries);
     colors.matrix = drawnMatrix(colors.matrix, layout, height);

@@ -1,6 +1,7 @@
 #include "render/picture_scaler.h"
 
 #include "media/media_error.h"
+#include "render/color_cube.h"
 #include "render/picture_colors.h"
 
 #include <zimg.h>
@@ -21,8 +22,6 @@ namespace {
 
 constexpr std::size_t alignment = 64;
 constexpr std::size_t keptGraphs = 32;
-/// Where a diffuse white lies in HDR, in candela per square metre (BT.2408).
-constexpr double referenceWhite = 203;
 
 bool isAligned(void const* data, std::ptrdiff_t stride)
 {
@@ -113,7 +112,6 @@ Graph buildGraph(Format const& from, Format const& to)
     // Not ZIMG_CPU_AUTO_64B: the 512-bit code of zimg 3.0.4 gets whole columns wrong at some ratios
     // (46 to 20, 338 to 168).
     parameters.cpu_type = ZIMG_CPU_AUTO;
-    parameters.nominal_peak_luminance = referenceWhite;
     parameters.allow_approximate_gamma = 1;
 
     // Going through linear light costs several times more, so only where the result differs.
@@ -191,6 +189,15 @@ Window windowAround(Rect const& crop, Frame const& frame)
 constexpr int rgbOrder[] = {2, 0, 1};
 
 } // namespace
+
+PictureTarget wholeOf(Frame& frame, ChromaPlace chromaPlace)
+{
+    PictureTarget target{frame.width(),  frame.height(), frame.layout(),
+                         frame.colors(), chromaPlace,    {}};
+    for (int i = 0; i < frame.layout().planeCount(); ++i)
+        target.planes[std::size_t(i)] = frame.writablePlane(i);
+    return target;
+}
 
 class PictureScaler::Impl {
 public:
@@ -301,7 +308,16 @@ bool PictureScaler::canWriteTo(PictureTarget const& target)
 void PictureScaler::scale(Frame const& source, Rect const& crop, Rect const& region,
                           PictureTarget const& target)
 {
-    m_impl->process(source, std::nullopt, crop, region, target);
+    ColorTags const colors = drawnColors(source.colors(), source.layout(), source.height());
+    auto const cube = ColorCube::between(colors, target.colors);
+    if (!cube)
+        return m_impl->process(source, std::nullopt, crop, region, target);
+
+    // Scaled as it is coded, then converted: of a large picture made small, only what is left.
+    Frame scaled(target.width, target.height, PixelLayout::yuv420p10(),
+                 ColorCube::inputColors(colors));
+    m_impl->process(source, std::nullopt, crop, region, wholeOf(scaled, target.chromaPlace));
+    cube->convert(scaled, target);
 }
 
 void PictureScaler::scaleAlpha(Frame const& source, Rect const& crop, Rect const& region,

@@ -22,7 +22,11 @@ struct PictureTarget {
     std::array<Frame::WritablePlane, 3> planes{}; ///< In the order of a Frame's.
 };
 
-/// Scales pictures and converts their colours, both in one pass.
+/// All of a frame, whose colours are those of drawing already.
+PictureTarget wholeOf(Frame& frame, ChromaPlace chromaPlace = ChromaPlace::left);
+
+/// Scales pictures and converts their colours. Between HDR and standard range, and from PQ to HLG,
+/// a ColorCube does that; the target is 4:2:0 there, BT.709 with 8 bits or HLG with 10.
 ///
 /// It keeps what it has worked out for the passes made last, so the next picture through the same
 /// pass costs only the pixels. One thread at a time.

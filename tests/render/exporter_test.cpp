@@ -2,6 +2,7 @@
 
 #include "made_media.h"
 #include "media/audio_reader.h"
+#include "media/media_error.h"
 #include "media/video_reader.h"
 #include "synthetic_frames.h"
 
@@ -9,6 +10,8 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <latch>
+#include <memory>
 
 namespace framewright {
 
@@ -205,6 +208,133 @@ TEST_F(ExportedMovie, NeedsARangeAndAPlace)
     EXPECT_NE(sentence(piece, {.file = folder / "nowhere" / "out.mp4"}, ExportError::Cause::media),
               "");
     EXPECT_EQ(filesInFolder(), 1u);
+}
+
+TEST_F(ExportedMovie, KeepsHDRAndPutsTheRestAtReferenceWhite)
+{
+    auto const wide = [&](std::string const& transfer, int luma) {
+        return loaded(made("-f lavfi -i color=black:s=270x480:r=30:d=1 -vf "
+                           "\"format=yuv420p10le,geq=lum=" +
+                               std::to_string(luma) +
+                               ":cb=512:cr=512\" -c:v libx265 -preset ultrafast -x265-params "
+                               "log-level=none:colorprim=bt2020:colormatrix=bt2020nc:transfer=" +
+                               transfer,
+                           transfer + ".mp4"));
+    };
+    auto const standard = [&](std::string const& name, int luma) {
+        return loaded(made("-f lavfi -i color=black:s=270x480:r=30:d=1 -vf "
+                           "\"format=yuv420p,geq=lum=" +
+                               std::to_string(luma) +
+                               ":cb=128:cr=128\" -c:v libx264 -preset ultrafast "
+                               "-colorspace bt709 -color_primaries bt709 -color_trc bt709",
+                           name));
+    };
+    Project const piece = project({videoTrack(
+        {clip(wide("arib-std-b67", 500), 0, 0.5), clip(standard("white.mp4", 235), 0.5, 0.5),
+         clip(standard("grey.mp4", 106), 1, 0.5), clip(wide("smpte2084", 573), 1.5, 0.5)})});
+    auto const lumaAt = [](ExportResult const& result, double time) {
+        VideoReader reader(result.file);
+        Frame const frame = reader.frameAt(time);
+        return sample(frame, 0, frame.width() / 2, frame.height() / 2);
+    };
+    std::string const entries = "stream=codec_name,codec_tag_string,pix_fmt,color_space,"
+                                "color_transfer,color_primaries";
+
+    ExportResult const full = exported(piece);
+    std::string const facts = probed(full.file, entries);
+    for (char const* const fact :
+         {"codec_name=hevc", "codec_tag_string=hvc1", "pix_fmt=yuv420p10le", "color_space=bt2020nc",
+          "color_transfer=arib-std-b67", "color_primaries=bt2020"})
+        EXPECT_THAT(facts, HasSubstr(fact));
+    constexpr int white = 64 + 876 * 3 / 4;
+    // Through light: BT.1886, 203 of 1000 cd/m², the inverse of HLG's gamma, its square root.
+    double const light = std::pow((106 - 16) / 219.0, 2.4) * 0.203;
+    int const grey = 64 + int(876 * std::sqrt(3 * std::pow(light, 1 / 1.2)));
+    EXPECT_NEAR(lumaAt(full, 0.25), 500, 6);
+    EXPECT_NEAR(lumaAt(full, 0.75), white, 6);
+    EXPECT_NEAR(lumaAt(full, 1.25), grey, 6);
+    EXPECT_NEAR(lumaAt(full, 1.75), white, 6);
+
+    ExportResult const preview = exported(piece, {.quality = ExportSettings::Quality::preview});
+    std::string const quick = probed(preview.file, entries);
+    for (char const* const fact : {"codec_name=h264", "pix_fmt=yuv420p\n", "color_transfer=bt709"})
+        EXPECT_THAT(quick, HasSubstr(fact));
+    EXPECT_NEAR(lumaAt(preview, 0.75), 235, 2);
+    EXPECT_NEAR(lumaAt(preview, 1.25), 106, 2);
+    EXPECT_NEAR(lumaAt(preview, 1.75), 16 + 219 * 0.75, 4);
+}
+
+TEST_F(ExportedMovie, IsCheckedBeforeAndAfter)
+{
+    Id const id = loaded(flashes());
+    Project const piece = project({videoTrack({clip(id, 0, 1)})});
+    auto const target = folder / "out.mp4";
+    std::ofstream(target) << "what stood there before";
+    auto const sentence = [&](ExportSurroundings const& surroundings, ExportError::Cause cause) {
+        return sentenceOf(
+            [&] { Exporter(piece, assets, {.file = target, .height = 480}, surroundings).run(); },
+            cause);
+    };
+
+    ExportSurroundings full;
+    full.freeSpace = [&](std::filesystem::path const& where) {
+        EXPECT_EQ(where, folder);
+        return std::uintmax_t(100'000);
+    };
+    EXPECT_THAT(sentence(full, ExportError::Cause::noSpace), HasSubstr("only 1 MB are free"));
+
+    ExportSurroundings wrong;
+    wrong.probe = [](std::filesystem::path const& file) {
+        MediaInfo info = probeMedia(file);
+        info.duration /= 2;
+        return info;
+    };
+    EXPECT_THAT(sentence(wrong, ExportError::Cause::wrongFile), HasSubstr("it lasts 0.500 s"));
+
+    ExportSurroundings lost;
+    lost.probe = [](std::filesystem::path const&) -> MediaInfo {
+        throw MediaError(MediaError::Cause::damaged, "It can't be read back.");
+    };
+    EXPECT_EQ(sentence(lost, ExportError::Cause::media), "It can't be read back.");
+
+    std::string text;
+    std::getline(std::ifstream(target), text);
+    EXPECT_EQ(text, "what stood there before");
+    EXPECT_EQ(filesInFolder(), 2u);
+}
+
+TEST_F(ExportedMovie, IsGivenUpWhenItHangs)
+{
+    Id const id = loaded(flashes());
+    Project const piece = project({videoTrack({clip(id, 0, 1)})});
+    struct Shared { // With what hangs, which outlives the export.
+        std::latch isChecked{1}, mayGoOn{1}, hasGoneOn{1};
+        std::chrono::steady_clock::time_point time;
+    };
+    auto const shared = std::make_shared<Shared>();
+    ExportSurroundings hanging;
+    hanging.probe = [shared](std::filesystem::path const& file) {
+        shared->isChecked.count_down();
+        shared->mayGoOn.wait();
+        MediaInfo const info = probeMedia(file);
+        shared->hasGoneOn.count_down();
+        return info;
+    };
+    hanging.stall.lookEvery = std::chrono::milliseconds(1);
+    hanging.stall.now = [shared] { // Time passes only while the file is being checked.
+        if (shared->isChecked.try_wait())
+            shared->time += std::chrono::seconds(1);
+        return shared->time;
+    };
+    std::string const sentence = sentenceOf(
+        [&] {
+            Exporter(piece, assets, {.file = folder / "out.mp4", .height = 480}, hanging).run();
+        },
+        ExportError::Cause::stalled);
+    EXPECT_THAT(sentence, HasSubstr("checking the file made no progress for 30 seconds"));
+    shared->mayGoOn.count_down();
+    shared->hasGoneOn.wait();
+    EXPECT_FALSE(std::filesystem::exists(folder / "out.mp4"));
 }
 
 TEST_F(ExportedMovie, HasTheSizeThatWasAskedFor)

@@ -273,26 +273,6 @@ TEST(Compositor, ConvertsColors)
     }
 }
 
-TEST(Compositor, BringsHDRIntoStandardRange)
-{
-    // HLG's reference white, 75 %, is about white; black stays black, and nothing wraps around.
-    struct Case {
-        int luma;
-        int least;
-        int most;
-    };
-    for (Case const& c : {Case{64, 15, 18}, Case{721, 200, 236}, Case{940, 230, 255}}) {
-        PaintedSource source;
-        source.show(
-            1, painted(64, 96, flat(c.luma, 512, 512), PixelLayout::yuv420p10(), ColorTags::hlg()));
-        FrameCompositor compositor(drawing({layer(1, sized(64, 96))}), source);
-        auto const found = pixel(compositor.draw(0), 20, 20);
-        EXPECT_GE(found[0], c.least) << c.luma;
-        EXPECT_LE(found[0], c.most) << c.luma;
-        EXPECT_NEAR(found[1], 128, 1) << c.luma;
-    }
-}
-
 TEST(Compositor, BlendsByOpacityAndAlpha)
 {
     constexpr PixelLayout withAlpha{PixelLayout::Model::yuv, 8, 1, 1, true};
@@ -476,6 +456,28 @@ TEST(Compositor, OverlaysLieInFront)
     EXPECT_NEAR(sample(frame, 2, 6, 11), 128 + 56, 1);
     EXPECT_NEAR(sample(frame, 2, 5, 10), 128 + 14, 1); // One of its four pixels.
     EXPECT_EQ(sample(frame, 2, 4, 11), 128);
+}
+
+TEST(Compositor, PutsStandardRangeAtReferenceWhiteInHDR)
+{
+    // White of BT.709 is 75 % of HLG, whether it is a picture's or a text's.
+    auto image = std::make_shared<OverlayImage>(OverlayImage{4, 4, {}});
+    image->pixels.assign(64, 255);
+    PaintedSource source;
+    source.show(1, painted(64, 48, flat(235, 128, 128)));
+    VideoComposition video = drawing({layer(1, sized(64, 48))});
+    video.colors = ColorTags::hlg();
+    video.instructions[0].overlays = {{{{0}, {600}}, {10, 4, 4, 4}, image}};
+    Frame const frame = FrameCompositor(video, source).draw(0);
+    ASSERT_EQ(frame.layout(), PixelLayout::yuv420p10());
+    constexpr int white = 64 + 876 * 3 / 4;
+    struct Case {
+        int x, y, luma;
+    };
+    for (Case const& c : {Case{30, 48, white}, Case{12, 6, white}, Case{40, 6, 64}}) {
+        EXPECT_NEAR(sample(frame, 0, c.x, c.y), c.luma, 2) << c.x << "," << c.y;
+        EXPECT_NEAR(sample(frame, 1, c.x / 2, c.y / 2), 512, 2) << c.x << "," << c.y;
+    }
 }
 
 } // namespace framewright
