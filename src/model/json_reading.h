@@ -194,6 +194,10 @@ public:
             Stored<T>::fields);
         if (known < json.size())
             noteUnknown<T>(json, place);
+        if constexpr (requires { Stored<T>::fault(value); }) {
+            if (auto const fault = Stored<T>::fault(value))
+                JsonPlace(place, fault->key).fail(fault->sentence);
+        }
     }
 
 private:

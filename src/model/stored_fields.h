@@ -7,8 +7,12 @@
 
 #include "model/project.h"
 #include "model/project_document.h"
+#include "model/time_rules.h"
 
 #include <array>
+#include <cmath>
+#include <optional>
+#include <string>
 #include <string_view>
 #include <tuple>
 
@@ -33,8 +37,16 @@ constexpr StoredField<Owner, Member> optional(char const* key, Member Owner::*me
     return {key, member, false};
 }
 
+/// Lists a type's fields. One whose values are not all sensible also has a `fault`, which finds what
+/// is wrong with a value that was read.
 template <class T>
 struct Stored;
+
+/// What no value of a type can be: the field, and what it must be.
+struct StoredFault {
+    char const* key;
+    std::string sentence;
+};
 
 template <class E>
 struct StoredWords;
@@ -198,6 +210,21 @@ struct Stored<Clip> {
         optional("placeholderNote", &Clip::placeholderNote),
         optional("text", &Clip::text),
     };
+
+    static std::optional<StoredFault> fault(Clip const& clip)
+    {
+        auto const isTime = [](double time) { return std::abs(time) <= latestTime; };
+        std::string const outOfRange = "must be a time of at most 1000000 seconds.";
+        if (!isTime(clip.timelineStart))
+            return StoredFault{"timelineStart", outOfRange};
+        if (!isTime(clip.sourceStart))
+            return StoredFault{"sourceStart", outOfRange};
+        if (!isTime(clip.sourceEnd))
+            return StoredFault{"sourceEnd", outOfRange};
+        if (clip.sourceEnd <= clip.sourceStart)
+            return StoredFault{"sourceEnd", "must be above sourceStart."};
+        return std::nullopt;
+    }
 };
 
 template <>

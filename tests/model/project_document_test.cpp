@@ -57,6 +57,8 @@ public:
     void fill(T& value)
     {
         std::apply([&](auto const&... field) { (fill(value.*field.member), ...); }, Stored<T>::fields);
+        if constexpr (std::is_same_v<T, Clip>)
+            value.sourceEnd += value.sourceStart;
     }
 
 private:
@@ -136,6 +138,9 @@ TEST(ProjectDocument, AnErrorNamesThePlaceAndWhatIsExpected)
     for (Case const& c : {
              Case{"/project/tracks/0/clips/0/sourceEnd", nullptr, "project.tracks[0].clips[0].sourceEnd is missing."},
              Case{"/project/tracks/0/clips/0/sourceEnd", "3", "project.tracks[0].clips[0].sourceEnd must be a number."},
+             Case{"/project/tracks/0/clips/0/sourceEnd", -4, "project.tracks[0].clips[0].sourceEnd must be above sourceStart."},
+             Case{"/project/tracks/0/clips/0/sourceEnd", 0, "project.tracks[0].clips[0].sourceEnd must be above sourceStart."},
+             Case{"/project/tracks/0/clips/0/timelineStart", -1e17, "project.tracks[0].clips[0].timelineStart must be a time of at most 1000000 seconds."},
              Case{"/project/tracks/0/clips", Json::object(), "project.tracks[0].clips must be an array."},
              Case{"/project/tracks/0/kind", "film", "project.tracks[0].kind must be \"video\", \"audio\", \"subtitles\" or \"text\"."},
              Case{"/project/aspect", "9:16", "project.aspect must be \"portrait\", \"landscape\", \"square\" or \"fourFive\"."},
