@@ -9,15 +9,10 @@ import sys
 import tempfile
 import time
 
+from export_settings import ENCODER, FFMPEG, SOUND, TAGS
 from measured_editor import MeasuredEditor
 
 RUNS = int(sys.argv[1])
-FFMPEG = ["ffmpeg", "-hide_banner", "-loglevel", "error", "-nostdin", "-y"]
-TAGS = ["-color_primaries", "bt709", "-color_trc", "bt709", "-colorspace", "bt709"]
-# As MovieWriter sets them: see media/movie_writer.h.
-ENCODER = ["-c:v", "libx264", "-preset", "veryfast", "-crf", "20", "-profile:v", "high", "-bf", "2",
-           "-g", "15", "-pix_fmt", "yuv420p", *TAGS, "-c:a", "aac", "-b:a", "160k", "-ar", "48000",
-           "-ac", "2", "-movflags", "+faststart"]
 
 
 def make_clip(path):
@@ -57,7 +52,7 @@ with tempfile.TemporaryDirectory(prefix="framewright-bench-") as folder, Measure
         ours.append((editor.cpu_seconds() - cpu, time.perf_counter() - begin, editor.peak_megabytes()))
 
         cpu, begin = children_cpu(), time.perf_counter()
-        measured = subprocess.run(["/usr/bin/time", "-f", "%M", *FFMPEG, "-i", clip, *ENCODER,
+        measured = subprocess.run(["/usr/bin/time", "-f", "%M", *FFMPEG, "-i", clip, *ENCODER, *SOUND,
                                    os.path.join(folder, f"reference-{run}.mp4")],
                                   check=True, capture_output=True, text=True)
         peak = int(measured.stderr.split()[-1]) / 1024
