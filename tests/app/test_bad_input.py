@@ -124,7 +124,7 @@ class BadCommands(EditorTestCase):
     """Commands that make no sense."""
 
     COMMANDS = (
-        (("clip-add", "v1", "--path", video, "--in", "99"), "in must be within the file (0–4 s)."),
+        (("clip-add", "v1", "--path", video, "--in", "9"), "in must be within the file (0–4 s)."),
         (("clip-add", "v1", "--path", video, "--out", "99"), "The source only runs 0–4 s."),
         (("clip-add", "v1", "--path", video, "--in", "2", "--out", "2"), "shorter than 0.1 s"),
         (("clip-add", "v1", "--path", video, "--in", "soon"), "in must be a number."),
@@ -312,10 +312,11 @@ class OddNames(unittest.TestCase):
         """A frame of each clip, written under the name of its file."""
         pictures = []
         for number, name in enumerate(self.NAMES):
-            file = os.path.join(folder, name + b".png")
-            answer = self.editor.do("frame", str(number + 0.5), b"--out=" + name + b".png", cwd=folder)
-            self.assertNotIn("missing", answer)
-            with open(file, "rb") as written:
+            out = b"--out=" + name + b".png"
+            answer = self.editor.cli("frame", str(number + 0.5), out, cwd=folder)
+            self.assertEqual(answer.status, 0, answer.err)
+            self.assertNotIn('"missing"', answer.out)
+            with open(os.path.join(folder, name + b".png"), "rb") as written:
                 pictures.append(written.read())
             self.assertTrue(self.shows_something(pictures[-1]), name)
         return pictures

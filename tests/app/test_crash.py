@@ -17,7 +17,7 @@ ROUND_SECONDS = (0.3, 3)  # Some end before the first save, some after the secon
 
 
 class RandomEdits:
-    """Makes edits by random commands, and remembers each timeline that was acknowledged, and when."""
+    """Makes edits by random commands; remembers what timelines were acknowledged, and when."""
 
     def __init__(self, editor: EditorProcess, dice: random.Random):
         self.editor = editor
@@ -109,8 +109,8 @@ class Crash(unittest.TestCase):
             self.editor.do("project-open", name)
             self.assertEqual(self.editor.tracks(), tracks, "was saved when it was left")
         print(
-            f"{ROUNDS} rounds, {edits.count} edits, {edits.refused} refused, lost: {len(old)} older "
-            f"than {SECONDS_AT_RISK} s, {len(young)} younger ones",
+            f"{ROUNDS} rounds, {edits.count} edits, {edits.refused} refused, "
+            f"lost: {len(old)} older than {SECONDS_AT_RISK} s, {len(young)} younger ones",
             flush=True,
         )
         self.assertFalse(old, "ages of lost edits, in seconds")

@@ -4,6 +4,7 @@ import json
 import os
 import pathlib
 import random
+import signal
 import threading
 import time
 import unittest
@@ -13,6 +14,8 @@ from editor_process import EditorProcess, placeholders_of, wait_until
 
 OUTSIDE_EDITS = int(os.environ.get("FRAMEWRIGHT_OUTSIDE_EDITS", 20))
 PLACEHOLDER = "00000000-0000-0000-0000-000000000001"  # Stands for the file that is not there yet.
+# After an edit that fell into a save, so that a second one does not fall into the same save.
+PAUSE = float(os.environ.get("FRAMEWRIGHT_OUTSIDE_PAUSE", 0.05))
 SEED = int(os.environ.get("FRAMEWRIGHT_SEED", random.randrange(1_000_000)))
 
 
@@ -54,42 +57,50 @@ def words_in(project: dict) -> set[str]:
 
 
 class OutsideEditor(threading.Thread):
-    """Reads the document, adds to what it read and writes it, at random moments."""
+    """Reads the document, adds to what it read and writes it: at random moments, and while the
+    editor is about to replace the file."""
 
-    def __init__(self, document: pathlib.Path, dice: random.Random):
+    def __init__(self, document: pathlib.Path, editor: int, dice: random.Random):
         super().__init__()
         self.document = document
+        self.editor = editor
         self.dice = dice
-        self.written: list[str] = []
-        self.ways: dict[str, str] = {}
+        self.written: dict[str, str] = {}  # How each was written.
         self.problem: Exception | None = None
 
     def run(self):
         try:
             for number in range(OUTSIDE_EDITS):
-                self.await_moment()
-                self.edit(f"outside {number}")
+                if self.dice.random() < 0.5:
+                    time.sleep(self.dice.uniform(0, 0.8))
+                    self.edit(f"outside {number}", "at a random moment")
+                else:
+                    self.edit_during_a_save(f"outside {number}")
         except Exception as problem:
             self.problem = problem
 
-    def await_moment(self):
-        """Any moment, or one at which the editor is about to replace the file."""
-        end = time.monotonic() + self.dice.uniform(0, 0.8)
-        aims = self.dice.random() < 0.5
-        while time.monotonic() < end:
-            names = os.listdir(self.document.parent) if aims else []
-            if any(name.endswith(".framewright-new") for name in names):
-                return
-            time.sleep(0 if aims else 0.01)
+    def edit_during_a_save(self, name):
+        """Holds the editor while it has written its new file and not yet put it in place."""
+        end = time.monotonic() + 2
+        while not self.is_saving() and time.monotonic() < end:
+            pass
+        os.kill(self.editor, signal.SIGSTOP)
+        try:
+            self.edit(name, "during a save" if self.is_saving() else "between saves")
+        finally:
+            os.kill(self.editor, signal.SIGCONT)
+        time.sleep(PAUSE)
 
-    def edit(self, name):
-        before = json.loads(self.document.read_bytes())
-        self.dice.choice((with_placeholder, with_brief))(before, name)
+    def is_saving(self):
+        return any(name.endswith(".framewright-new") for name in os.listdir(self.document.parent))
+
+    def edit(self, name, moment):
+        document = json.loads(self.document.read_bytes())
+        self.dice.choice((with_placeholder, with_brief))(document, name)
         time.sleep(self.dice.choice((0, 0, 0.02)))  # By now it may be stale.
         write = self.dice.choice((write_in_place, write_by_renaming))
-        write(self.document, json.dumps(before, indent=2).encode())
-        self.written.append(name)
-        self.ways[name] = f"{name}, {write.__name__}"
+        write(self.document, json.dumps(document, indent=2).encode())
+        self.written[name] = f"{name}, {write.__name__} {moment}"
 
 
 class OutsideEdits(unittest.TestCase):
@@ -110,9 +121,10 @@ class OutsideEdits(unittest.TestCase):
 
         def is_settled():
             try:
-                return self.in_memory() == self.on_disk() and self.editor.do("status")["project"]["saved"]
+                is_saved = self.editor.do("status")["project"]["saved"]
+                return is_saved and self.in_memory() == self.on_disk()
             except ValueError:
-                return False
+                return False  # Half written, as far as we can see.
 
         wait_until(is_settled, "memory and disk are one")
 
@@ -126,7 +138,7 @@ class OutsideEdits(unittest.TestCase):
     def test_race(self):
         print(f"\nFRAMEWRIGHT_SEED={SEED}", flush=True)
         dice = random.Random(SEED)
-        outside = OutsideEditor(self.document, random.Random(SEED + 1))
+        outside = OutsideEditor(self.document, self.editor.pid(), random.Random(SEED + 1))
         outside.start()
         commands = []
         while outside.is_alive():
@@ -141,12 +153,14 @@ class OutsideEdits(unittest.TestCase):
             raise outside.problem
         self.settle()
         reachable = self.reachable()
-        lost = [word for word in outside.written + commands if word not in reachable]
+        lost = [word for word in [*outside.written, *commands] if word not in reachable]
+        during = sum(how.endswith("during a save") for how in outside.written.values())
         print(
-            f"{len(outside.written)} outside edits, {len(commands)} commands, lost: {len(lost)}",
+            f"{len(outside.written)} outside edits ({during} during a save), {len(commands)} "
+            f"commands, lost: {len(lost)}",
             flush=True,
         )
-        self.assertFalse([outside.ways.get(word, word) for word in lost])
+        self.assertFalse([outside.written.get(word, word) for word in lost])
 
     def test_an_outside_edit_is_a_step(self):
         self.editor.do("placeholder-add", "ours")
