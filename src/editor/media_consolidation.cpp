@@ -13,13 +13,6 @@ namespace {
 
 using Path = std::filesystem::path;
 
-bool isInside(Path const& file, Path const& folder)
-{
-    Path const way =
-        Path(Workspace::canonicalPath(file)).lexically_relative(Workspace::canonicalPath(folder));
-    return !way.empty() && *way.begin() != "..";
-}
-
 /// A name in `folder` that no file has yet: "a.mp4", "a 2.mp4".
 Path freeFile(Path const& folder, Path const& name)
 {
@@ -69,7 +62,7 @@ QCoro::Task<Outcome<std::vector<Path>>> AppState::consolidateMedia(std::vector<P
     std::vector<MediaAsset> outside;
     for (auto const& [id, asset] : *m_project.assets) {
         bool const isElsewhere = std::ranges::none_of(
-            folders, [&](Path const& folder) { return isInside(asset.url.path, folder); });
+            folders, [&](Path const& folder) { return Workspace::isInside(asset.url.path, folder); });
         if (isElsewhere && !assetProblem(id))
             outside.push_back(asset);
     }

@@ -107,6 +107,12 @@ std::string canonicalPath(Path const& path)
     return text;
 }
 
+bool isInside(Path const& file, Path const& folder)
+{
+    Path const way = Path(canonicalPath(file)).lexically_relative(canonicalPath(folder));
+    return !way.empty() && *way.begin() != "..";
+}
+
 Outcome<Path> openable(Path const& folder)
 {
     std::error_code error;

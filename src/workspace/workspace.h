@@ -46,6 +46,9 @@ std::optional<Path> findWorkspace(Path const& folder);
 /// path is there, without a "/private" in front. For comparing only; it may not lead to the file.
 std::string canonicalPath(Path const& path);
 
+/// Whether a file lies in a folder, at any depth, or is that folder; by their canonical paths.
+bool isInside(Path const& file, Path const& folder);
+
 /// The folder itself when a workspace can be opened there; refused when it is gone, is no
 /// workspace, or its workspace.json does not decode.
 Outcome<Path> openable(Path const& folder);

@@ -32,7 +32,7 @@ struct ExecutableTest : testing::Test {
     void SetUp() override
     {
         fs::create_directories(home / "data/Framewright");
-        fs::create_directory(home / "work");
+        fs::create_directory(home / "current");
         editor.server().start(home / "data/Framewright/cli.sock");
     }
 
@@ -40,7 +40,7 @@ struct ExecutableTest : testing::Test {
     {
         words.insert(words.begin(), {FRAMEWRIGHT_EXECUTABLE, "cli"});
         Ended ended;
-        whileServing([&] { ended = Child(words, home.path(), home / "work").wait(); });
+        whileServing([&] { ended = Child(words, home.path(), home / "current").wait(); });
         return ended;
     }
 
@@ -65,7 +65,7 @@ TEST_F(ExecutableTest, PrintsAnswersAndExitsWithTheirStatus)
             Case{{"echo", "true"}, 0, "true\n", ""},
             Case{{"echo", "--text=two\nlines"}, 0, "two\nlines\n", ""},
             Case{{"echo", "--", "--dashes"}, 0, "--dashes\n", ""},
-            Case{{"echo", "a\xFF"}, 0, "file://" + (home / "work").native() + "/a%FF\n", ""},
+            Case{{"echo", "a\xFF"}, 0, "file://" + (home / "current").native() + "/a%FF\n", ""},
             Case{{"fail"}, 1, "", "It failed.\n"},
             Case{{"echo"}, 1, "", "echo needs --text. Run `cli help echo`.\n"},
             Case{{"echo", "a", "b"}, 1, "", "Too many values for echo. Run `cli help echo`.\n"},
@@ -96,26 +96,26 @@ TEST_F(ExecutableTest, WritesImages)
 {
     Ended ended = run({"frame", "--out", "shots/a.jpg", "--at", "3"});
     EXPECT_EQ(ended.status, 0) << ended.error;
-    EXPECT_EQ(ended.out, "Wrote " + (home / "work/shots/a.png").native() + "\n1 images\n");
-    EXPECT_EQ(content(home / "work/shots/a.png"), "image 1");
+    EXPECT_EQ(ended.out, "Wrote " + (home / "current/shots/a.png").native() + "\n1 images\n");
+    EXPECT_EQ(content(home / "current/shots/a.png"), "image 1");
 
     ended = run({"contact-sheet", "--out=b"});
-    EXPECT_EQ(ended.out, "Wrote " + (home / "work/b-1.png").native() + "\nWrote " +
-                             (home / "work/b-2.png").native() + "\n2 images\n");
-    EXPECT_EQ(content(home / "work/b-2.png"), "image 2");
+    EXPECT_EQ(ended.out, "Wrote " + (home / "current/b-1.png").native() + "\nWrote " +
+                             (home / "current/b-2.png").native() + "\n2 images\n");
+    EXPECT_EQ(content(home / "current/b-2.png"), "image 2");
 
-    std::ofstream(home / "work/workspace.json") << "{}";
+    std::ofstream(home / "current/workspace.json") << "{}";
     ended = run({"frame"});
-    EXPECT_THAT(ended.out, testing::ContainsRegex("^Wrote .*/work/cache/frames/"
+    EXPECT_THAT(ended.out, testing::ContainsRegex("^Wrote .*/current/cache/frames/"
                                                   "frame-[0-9]{8}-[0-9]{6}-[0-9]{3}.png\n"));
 
-    fs::create_directory(home / "work/taken.png");
-    std::ofstream(home / "work/file") << "x";
+    fs::create_directory(home / "current/taken.png");
+    std::ofstream(home / "current/file") << "x";
     ended = run({"frame", "--out", "file/a"});
     EXPECT_EQ(ended.status, 1);
     EXPECT_EQ(ended.out, "");
     EXPECT_THAT(ended.error,
-                testing::StartsWith("Could not write " + (home / "work/file").native()));
+                testing::StartsWith("Could not write " + (home / "current/file").native()));
 }
 
 TEST_F(ExecutableTest, CtrlCCancelsTheCommandInTheEditor)
@@ -125,7 +125,7 @@ TEST_F(ExecutableTest, CtrlCCancelsTheCommandInTheEditor)
     pid_t pid = 0;
     editor.onWaiting = [&] { ::kill(pid, SIGINT); };
     child.emplace(std::vector<std::string>{FRAMEWRIGHT_EXECUTABLE, "cli", "wait"}, home.path(),
-                  home / "work");
+                  home / "current");
     pid = child->pid();
     whileServing([&] { ended = child->wait(); });
     EXPECT_EQ(ended.status, 1);
@@ -139,7 +139,7 @@ TEST_F(ExecutableTest, DrawsProgressOnATerminal)
     std::optional<Child> child;
     editor.onWaiting = [&] { ::kill(child->pid(), SIGINT); };
     child.emplace(std::vector<std::string>{FRAMEWRIGHT_EXECUTABLE, "cli", "wait"}, home.path(),
-                  home / "work", Child::ErrorStream::terminal);
+                  home / "current", Child::ErrorStream::terminal);
     whileServing([&] { ended = child->wait(); });
     EXPECT_THAT(ended.error, HasSubstr("\r\x1b[KStill waiting  [#"));
     EXPECT_THAT(ended.error, HasSubstr("]  50 %"));
@@ -153,7 +153,7 @@ namespace {
 struct LaunchTest : testing::Test {
     void SetUp() override
     {
-        fs::create_directory(home / "work");
+        fs::create_directory(home / "current");
         fs::create_directory(home / "bin");
         fs::copy_file(FRAMEWRIGHT_EXECUTABLE, executable);
     }
@@ -176,7 +176,7 @@ struct LaunchTest : testing::Test {
     Ended run(std::vector<std::string> words)
     {
         words.insert(words.begin(), {executable.native(), "cli"});
-        return Child(words, home.path(), home / "work").wait();
+        return Child(words, home.path(), home / "current").wait();
     }
 
     TemporaryFolder const home;
@@ -190,8 +190,8 @@ TEST_F(LaunchTest, TheEditorIsLaunchedOnce)
 {
     addModule();
     std::vector<std::string> const words{executable.native(), "cli", "status"};
-    Child one(words, home.path(), home / "work");
-    Child other(words, home.path(), home / "work");
+    Child one(words, home.path(), home / "current");
+    Child other(words, home.path(), home / "current");
     Ended const first = one.wait();
     Ended const second = other.wait();
     EXPECT_EQ(first.status, 0) << first.error;
@@ -206,7 +206,7 @@ TEST_F(LaunchTest, TheEditorIsLaunchedOnce)
     EXPECT_EQ(fs::status(support()).permissions(), fs::perms::owner_all);
 
     // Another one sees that it is not wanted.
-    Ended const direct = Child({executable.native()}, home.path(), home / "work").wait();
+    Ended const direct = Child({executable.native()}, home.path(), home / "current").wait();
     EXPECT_EQ(direct.status, 4);
     EXPECT_EQ(direct.error, "Framewright is already running.\n");
 }
@@ -224,7 +224,7 @@ TEST_F(LaunchTest, AnEditorThatDiesStopsAnswering)
 
 TEST_F(LaunchTest, WithoutTheModuleThereIsOneSentence)
 {
-    Ended const direct = Child({executable.native()}, home.path(), home / "work").wait();
+    Ended const direct = Child({executable.native()}, home.path(), home / "current").wait();
     EXPECT_EQ(direct.status, 2);
     EXPECT_THAT(direct.error,
                 testing::MatchesRegex("Framewright could not load its editor: "

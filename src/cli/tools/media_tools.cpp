@@ -25,13 +25,6 @@ Param<Flag> const consolidate{
 Param<Flag> const force{"force", "Remove a folder even when the open project uses its files.",
                         optionalParam};
 
-bool isInside(std::filesystem::path const& file, std::filesystem::path const& folder)
-{
-    std::filesystem::path const way = std::filesystem::path(Workspace::canonicalPath(file))
-                                          .lexically_relative(Workspace::canonicalPath(folder));
-    return !way.empty() && *way.begin() != "..";
-}
-
 Task<ToolResult> importMedia(ToolArgs args, AppState& editor)
 {
     requireProject(editor);
@@ -65,7 +58,7 @@ void removeFolder(std::filesystem::path const& folder, std::filesystem::path con
     if (count == 0)
         throw ToolError(folder.string() + " is not one of the media folders.");
     auto const used = std::ranges::count_if(*editor.project().assets, [&](auto const& entry) {
-        return isInside(entry.second.url.path, folder);
+        return Workspace::isInside(entry.second.url.path, folder);
     });
     if (used > 0 && !isForced)
         throw ToolError("The open project uses " + std::to_string(used) +
