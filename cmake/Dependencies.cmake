@@ -11,6 +11,7 @@ pkg_check_modules(FFmpeg REQUIRED IMPORTED_TARGET
     libavformat>=59 libavcodec>=59 libavutil>=57 libswresample>=4 libswscale>=6)
 pkg_check_modules(Zimg REQUIRED IMPORTED_TARGET zimg>=3.0)
 pkg_check_modules(Heif REQUIRED IMPORTED_TARGET libheif>=1.15)
+pkg_check_modules(Fontconfig REQUIRED IMPORTED_TARGET fontconfig>=2.14)
 
 # Coroutines of QCoro::Task are used throughout the editor.
 qcoro_enable_coroutines()
