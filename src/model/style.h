@@ -2,7 +2,9 @@
 
 #include "model/id.h"
 
+#include <span>
 #include <string>
+#include <vector>
 
 namespace framewright {
 
@@ -39,7 +41,29 @@ struct CaptionStyle {
     RGBAColor strokeColor{0, 0, 0, 1};
     float strokeWidth = 0;
 
+    /// The built-in looks of captions, and of on-screen texts; the first is the usual one. Their
+    /// ids are the same in every run and version.
+    static std::span<CaptionStyle const> presets();
+    static std::span<CaptionStyle const> textPresets();
+
+    /// Its effects in short: "Box · Shadow · Outline · Caps", those that are on.
+    std::string featureSummary() const;
+
     bool operator==(CaptionStyle const&) const = default;
 };
+
+/// What the sizes of a look may be. Points.
+inline constexpr float smallestFont = 8;
+inline constexpr float largestFont = 240;
+
+/// A look with nothing in it that can't be drawn, and a sentence for each value that was.
+struct NormalizedStyle {
+    CaptionStyle style;
+    std::vector<std::string> changes; ///< "fontSize of Classic is 8 to 240; 900 was taken as 240."
+};
+
+/// Brings every value of a look into its range; what is not a number gets its default. A nameless
+/// look, or one without a font, gets one too.
+NormalizedStyle normalized(CaptionStyle style);
 
 } // namespace framewright
