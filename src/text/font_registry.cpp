@@ -1,39 +1,215 @@
 #include "text/font_registry.h"
 
+#include "text/carried_fonts.h"
+#include "text/emoji.h"
+#include "text/font_file.h"
+#include "text/installed_fonts.h"
+
+#include <QFontDatabase>
+#include <QStringList>
+
 #include <algorithm>
+#include <cstdlib>
+#include <map>
+#include <mutex>
+#include <unordered_map>
 
 namespace framewright {
 
+namespace {
+
+/// The family that has the letters of other languages which one of the carried fonts lacks.
+QString companionOf(QString const& family)
+{
+    switch (promisedLook(family.toStdString()).kind) {
+    case FontKind::serif:
+    case FontKind::didone:
+        return QStringLiteral("Libre Baskerville");
+    case FontKind::mono:
+    case FontKind::typewriter:
+        return QStringLiteral("JetBrains Mono");
+    default:
+        return QStringLiteral("Inter");
+    }
+}
+
+} // namespace
+
+/// Everything is written once, in `load`, and only read then; but for the answers kept.
 struct FontRegistry::Fonts {
-    std::filesystem::path folder;
-    std::vector<std::string> installed;
+    /// fontconfig knows its files by the shortest path.
+    explicit Fonts(std::filesystem::path const& carriedFonts)
+        : folder(std::filesystem::absolute(carriedFonts).lexically_normal())
+    {
+    }
+
+    void load();
+    Found resolve(std::string const& fontName) const;
+
+    FontFace const* named(std::string const& fontName) const;
+    FontFace const& nearest(FontLook const& look) const;
+    FontFace const* nearestOfFamily(QString const& family, int weight) const;
+    QFont fontOf(FontFace const& face) const;
+    bool isFamily(QString const& family) const { return families.contains(family); }
+
+    std::filesystem::path const folder;
+    std::once_flag loading;
+
+    std::map<std::string, FontFace> byName; ///< By PostScript name, and by the names styles use.
+    std::multimap<QString, FontFace> families;
+    std::vector<std::string> names;
+    std::vector<Missing> missing;
+    FontFace lastResort{.family = QStringLiteral("Sans Serif"), .style = {}};
+
+    std::mutex guard; ///< Of `answers`.
+    std::unordered_map<std::string, Found> answers;
 };
 
-FontRegistry::FontRegistry(std::filesystem::path carriedFonts)
-    : m_fonts(std::make_unique<Fonts>(Fonts{std::move(carriedFonts), {}}))
+void FontRegistry::Fonts::load()
+{
+    std::map<std::string_view, Missing::Why> unusable;
+    for (CarriedFont const& carried : carriedFonts()) {
+        auto const file = folder / (std::string(carried.file) + ".ttf");
+        std::error_code unreadable;
+        if (!std::filesystem::exists(file, unreadable))
+            unusable.emplace(carried.fontName, Missing::Why::absent);
+        else if (!isWholeFontFile(file) ||
+                 QFontDatabase::addApplicationFont(QString::fromStdString(file.string())) < 0)
+            unusable.emplace(carried.fontName, Missing::Why::damaged);
+    }
+
+    InstalledFonts const installed = InstalledFonts::read();
+    byName = installed.byPostScriptName;
+    for (auto const& [name, face] : byName) {
+        names.push_back(name);
+        families.emplace(face.family, face);
+    }
+    for (CarriedFont const& carried : carriedFonts()) {
+        auto const file = (folder / (std::string(carried.file) + ".ttf")).string();
+        auto const face = installed.byFile.find(file);
+        if (unusable.contains(carried.fontName) || face == installed.byFile.end())
+            continue;
+        byName.insert_or_assign(std::string(carried.fontName), face->second);
+        if (byName.insert_or_assign(std::string(carried.file), face->second).second)
+            names.push_back(std::string(carried.file));
+        families.emplace(face->second.family, face->second);
+    }
+    std::ranges::sort(names);
+
+    for (CarriedFont const& carried : carriedFonts()) {
+        auto const why = unusable.find(carried.fontName);
+        if (why == unusable.end())
+            continue;
+        std::string const name(carried.fontName);
+        // Also the same font, where that is installed.
+        FontFace const* const same = named(name);
+        FontFace const& used = same ? *same : nearest(promisedLook(name));
+        missing.push_back({name, used.humanName(), why->second});
+    }
+}
+
+FontFace const* FontRegistry::Fonts::named(std::string const& fontName) const
+{
+    auto found = byName.find(fontName);
+    if (found == byName.end()) {
+        // One that should have been carried may be installed, under the name it has there.
+        auto const carried =
+            std::ranges::find(carriedFonts(), std::string_view(fontName), &CarriedFont::fontName);
+        if (carried != carriedFonts().end())
+            found = byName.find(std::string(carried->file));
+    }
+    return found == byName.end() ? nullptr : &found->second;
+}
+
+FontFace const* FontRegistry::Fonts::nearestOfFamily(QString const& family, int weight) const
+{
+    auto const [begin, end] = families.equal_range(family);
+    // Any upright one of the usual width is nearer than others.
+    auto const distance = [&](auto const& entry) {
+        FontFace const& face = entry.second;
+        return std::abs(face.weight - weight) + (face.isSlanted ? 1000 : 0) +
+               (face.hasUsualWidth ? 0 : 1000);
+    };
+    auto const nearest = std::ranges::min_element(begin, end, {}, distance);
+    return nearest == end ? nullptr : &nearest->second;
+}
+
+FontFace const& FontRegistry::Fonts::nearest(FontLook const& look) const
+{
+    for (std::string_view const family : familiesLike(look.kind)) {
+        if (auto const* const face =
+                nearestOfFamily(QString::fromUtf8(family.data(), family.size()), look.weight))
+            return *face;
+    }
+    for (char const* const family : {"Inter", "DejaVu Sans"}) {
+        if (auto const* const face = nearestOfFamily(QString::fromUtf8(family), look.weight))
+            return *face;
+    }
+    return families.empty() ? lastResort : families.begin()->second;
+}
+
+QFont FontRegistry::Fonts::fontOf(FontFace const& face) const
+{
+    QStringList inTurn{face.family};
+    for (QString const& further :
+         {face.family + QStringLiteral(" Extended"), face.family + QStringLiteral(" Vietnamese"),
+          companionOf(face.family), emojiFamily()}) {
+        if (further != face.family && isFamily(further))
+            inTurn.append(further);
+    }
+    QFont font;
+    font.setFamilies(inTurn);
+    font.setWeight(static_cast<QFont::Weight>(std::clamp(face.weight, 1, 1000)));
+    font.setItalic(face.isSlanted);
+    if (!face.hasUsualWidth)
+        font.setStyleName(face.style);
+    return font;
+}
+
+FontRegistry::Found FontRegistry::Fonts::resolve(std::string const& fontName) const
+{
+    if (FontFace const* const face = named(fontName))
+        return {fontOf(*face), std::nullopt};
+    FontFace const& face = nearest(promisedLook(fontName));
+    return {fontOf(face), face.humanName()};
+}
+
+FontRegistry::FontRegistry(std::filesystem::path const& carriedFonts)
+    : m_fonts(std::make_unique<Fonts>(carriedFonts))
 {
 }
 
 FontRegistry::~FontRegistry() = default;
 
-FontRegistry::Found FontRegistry::find(std::string const&) const
+void FontRegistry::load() const
 {
-    return {QFont(QStringLiteral("DejaVu Sans")), "DejaVu Sans"};
+    std::call_once(m_fonts->loading, [this] { m_fonts->load(); });
+}
+
+FontRegistry::Found FontRegistry::find(std::string const& fontName) const
+{
+    // Names come from documents: there may be any number, each is worked out in no time.
+    constexpr std::size_t answersKept = 500;
+    load();
+    std::lock_guard const lock(m_fonts->guard);
+    auto& answers = m_fonts->answers;
+    if (auto const known = answers.find(fontName); known != answers.end())
+        return known->second;
+    if (answers.size() >= answersKept)
+        answers.clear();
+    return answers.emplace(fontName, m_fonts->resolve(fontName)).first->second;
 }
 
 std::vector<FontRegistry::Missing> FontRegistry::missingCarried() const
 {
-    std::vector<Missing> missing;
-    for (FontOption const& option : fontOptions().first(16))
-        missing.push_back({std::string(option.fontName), "DejaVu Sans", Missing::Why::absent});
-    return missing;
+    load();
+    return m_fonts->missing;
 }
 
 std::vector<std::string> const& FontRegistry::installedNames() const
 {
-    return m_fonts->installed;
+    load();
+    return m_fonts->names;
 }
-
-void FontRegistry::load() const {}
 
 } // namespace framewright

@@ -22,7 +22,7 @@ namespace framewright {
 class FontRegistry {
 public:
     /// `carriedFonts` is the folder of the files that come with the application.
-    explicit FontRegistry(std::filesystem::path carriedFonts);
+    explicit FontRegistry(std::filesystem::path const& carriedFonts);
     ~FontRegistry();
     FontRegistry(FontRegistry const&) = delete;
     FontRegistry& operator=(FontRegistry const&) = delete;

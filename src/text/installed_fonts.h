@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QString>
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace framewright {
+
+/// One font of a family.
+struct FontFace {
+    QString family;
+    QString style;    ///< "SemiBold Italic"
+    int weight = 400; ///< As in OpenType: 100 to 900.
+    bool isSlanted = false;
+    bool hasUsualWidth = true; ///< Neither condensed nor expanded.
+
+    /// "Nunito Sans Medium", and the family alone for its regular font.
+    std::string humanName() const;
+};
+
+/// The fonts that fontconfig knows.
+struct InstalledFonts {
+    std::map<std::string, FontFace> byPostScriptName; ///< Those of the system.
+    std::map<std::string, FontFace> byFile;           ///< Those this process has registered.
+
+    static InstalledFonts read();
+};
+
+} // namespace framewright
