@@ -106,8 +106,12 @@ AVStream* Mp4File::addStream(AVCodecContext const& encoder)
 void Mp4File::begin()
 {
     AVDictionary* options = nullptr;
-    av_dict_set(&options, "movflags", "+faststart+write_colr", 0);
-    // The edit lists count in this: exact to the sample, and to the frame at all usual rates.
+    // No edit lists: not all players and platforms heed them. Pictures are shown from 0 on because
+    // reordering is told in offsets that may be negative, sound because nothing comes before it.
+    av_dict_set(&options, "movflags", "+faststart+write_colr+negative_cts_offsets", 0);
+    av_dict_set(&options, "use_editlist", "0", 0);
+    av_dict_set(&options, "avoid_negative_ts", "disabled", 0);
+    // Lengths count in this: exact to the sample, and to the frame at all usual rates.
     av_dict_set(&options, "movie_timescale", "48000", 0);
     int const result = avformat_write_header(m_format.get(), &options);
     av_dict_free(&options);

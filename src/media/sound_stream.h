@@ -9,7 +9,8 @@
 namespace framewright {
 
 /// The sound stream of a file being written: 48 kHz stereo in, AAC out. Sample 0 is heard at
-/// time 0: the file says how much the encoder puts before it.
+/// time 0 in every player, for the file holds nothing before it; the price is that the first 1024
+/// samples, which a decoder would need that for, fade in.
 class SoundStream {
 public:
     /// Adds the stream to `file`, which outlives it. `path` is for messages.
@@ -24,6 +25,8 @@ private:
     void encode(AVFrame const* frame);
     void beginBlock();
     void writeBlock();
+    void writeLeadIn();
+    FrameHandle newBlock() const;
 
     std::filesystem::path m_path;
     CodecHandle m_encoder;

@@ -96,7 +96,7 @@ TEST(MovieWriter, StreamsBeginTogetherAndCarryTheirTags)
 TEST(MovieWriter, WhatIsWrittenIsReadBack)
 {
     constexpr int frames = 90;
-    std::vector<int> const clicks = {0, 4800, 71999, 100000, 143000};
+    std::vector<int> const clicks = {1100, 4800, 71999, 100000, 143000};
     auto const sound = silenceWithClicks(frames * 1600, clicks);
     for (auto const codec : {MovieSettings::Codec::h264, MovieSettings::Codec::hevcHLG}) {
         bool const isHLG = codec == MovieSettings::Codec::hevcHLG;
@@ -130,9 +130,32 @@ TEST(MovieWriter, WhatIsWrittenIsReadBack)
     }
 }
 
+/// Without edit lists nothing can lie before time 0, where an AAC decoder would begin.
+TEST(SoundWriter, SoundThatBeginsAtOnceIsHeardAtOnce)
+{
+    for (int const samples : {48000, 1500}) {
+        std::vector<float> sound(std::size_t(samples) * 2);
+        for (std::size_t i = 0; i < sound.size(); ++i)
+            sound[i] = 0.8F * std::sin(float(i / 2) * 0.13F);
+        fs::path const file = testFolder() / ("at once " + std::to_string(samples) + ".m4a");
+        SoundWriter writer(file);
+        writer.write(sound);
+        writer.finish();
+
+        EXPECT_EQ(bytesOf(file).find("edts"), std::string::npos);
+        EXPECT_DOUBLE_EQ(probeMedia(file).duration, samples / 48000.0);
+        std::vector<float> heard(sound.size());
+        AudioReader(file).read(0, heard);
+        auto const loud = std::ranges::find_if(heard, [](float v) { return std::abs(v) > 0.2F; });
+        EXPECT_LT(loud - heard.begin(), 336 * 2) << "7 ms of the 21 that fade in";
+        for (std::size_t i = 2048; i + 2048 < sound.size(); ++i)
+            ASSERT_NEAR(heard[i], sound[i], 0.05F) << i;
+    }
+}
+
 TEST(SoundWriter, WhatIsWrittenIsReadBack)
 {
-    std::vector<int> const clicks = {0, 1023, 50000, 99990};
+    std::vector<int> const clicks = {1100, 2111, 50000, 99990};
     auto const sound = silenceWithClicks(100000, clicks);
     fs::path const file = testFolder() / "sound.m4a";
     {
@@ -156,6 +179,7 @@ TEST(MovieWriter, IsMadeForPlayersAndCutting)
     fs::path const file = writtenMovie("players.mp4", small(), 60);
     std::string const bytes = bytesOf(file);
     EXPECT_LT(bytes.find("moov"), bytes.find("mdat")) << "the index is in front";
+    EXPECT_EQ(bytes.substr(0, bytes.find("mdat")).find("edts"), std::string::npos);
     std::string const flags = probed(file, "v", "packet=flags");
     int sinceKeyframe = 15;
     for (int i = 0; i < 60; ++i) {
