@@ -16,6 +16,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <malloc.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
 
@@ -50,8 +51,18 @@ private:
     int m_descriptor = -1;
 };
 
+/// Large pieces of memory go back to the system when they are freed. By default the C library soon
+/// keeps pieces of up to 32 MB for itself: pictures and packets, which come in ever other sizes.
+void returnLargeMemory()
+{
+#ifdef __GLIBC__
+    mallopt(M_MMAP_THRESHOLD, 256 << 10);
+#endif
+}
+
 int runEditor(int argc, char** argv)
 {
+    returnLargeMemory();
     EndSignals const endSignals;
     std::signal(SIGPIPE, SIG_IGN);
     ReadySignal ready = ReadySignal::take();

@@ -62,9 +62,10 @@ Frame ClipFrameSource::footage(CompositionTrack const& track, CompositionSegment
     if (playing.segment != &segment) {
         int const lane = m_reading == Reading::forward ? track.id : 0;
         CompositionSegment const* const left = playing.segment;
-        playing = {&segment, m_readers.reader(segment.file, lane)};
+        playing = {};
         if (left && m_reading == Reading::forward)
             closeUnneeded(track, *left, time);
+        playing = {&segment, m_readers.reader(segment.file, lane)};
     }
     // A time that was rounded into the segment must not show what lies before its beginning.
     double const start = segment.timeRange.start.seconds();

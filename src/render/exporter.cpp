@@ -32,6 +32,12 @@ constexpr std::size_t queuedFrames = 4;
 constexpr std::size_t keptReaders = 4; ///< Beyond those in use: for cuts back and forth.
 constexpr std::size_t keptPhotos = 4;
 
+/// Of each decoder. Decoding is about a third of the work, and each thread more holds a picture.
+int decoderThreads()
+{
+    return std::max(2, int(std::thread::hardware_concurrency() / 2));
+}
+
 /// What is rendered: the frames from `start` on.
 struct Plan {
     BuiltComposition composition;
@@ -178,7 +184,7 @@ void render(Job const& job, WatchedWork& watched)
     settings.activity = [&watched] { watched.beat(); };
     MovieWriter writer(job.file, settings);
     FrameQueue queue(queuedFrames);
-    OpenReaders readers(keptReaders);
+    OpenReaders readers(keptReaders, decoderThreads());
     ReadPhotos photos(keptPhotos);
     ClipFrameSource source(plan.composition, readers, photos, ClipFrameSource::Reading::forward);
     FrameCompositor compositor(plan.composition.video, source);
@@ -269,6 +275,9 @@ ExportResult Exporter::run(ExportProgress const& progress, std::stop_token stop)
     MovieSettings const movie = movieSettings(video, m_settings.quality);
     auto const job = std::make_shared<Job const>(
         Job{std::move(plan), expected, m_settings.file, movie, m_surroundings.probe});
+    struct ReleaseMemory {
+        ~ReleaseMemory() { releaseSpareFrames(); }
+    } const whenDone;
     try {
         runWatched([job](WatchedWork& watched) { render(*job, watched); }, progress, stop,
                    m_surroundings.stall);
