@@ -34,6 +34,19 @@ std::optional<std::string> contentOf(std::filesystem::path const& file)
     }
 }
 
+/// Those of the contents that are whole: a file that is written in place passes through halves.
+std::vector<ReadProject> projectsIn(std::vector<std::string> const& contents)
+{
+    std::vector<ReadProject> projects;
+    for (std::string const& bytes : contents) {
+        try {
+            projects.push_back({decodeProjectDocument(bytes), contentMark(bytes)});
+        } catch (DocumentError const&) {
+        }
+    }
+    return projects;
+}
+
 /// What a reference's bookmark holds before it is encoded: the size of the file.
 constexpr std::string_view sizeLabel = "size=";
 
@@ -114,15 +127,18 @@ SaveResult saveProject(std::filesystem::path const& file, Project const& project
         ContentMark const mark = contentMark(bytes);
         std::optional<std::string> const onDisk = contentOf(file);
         if (onDisk && *onDisk == bytes)
-            return {mark, false};
+            return {mark, false, {}};
         // A file that vanished is written anew: nobody's words are lost by that.
         if (onDisk && (!expected || contentMark(*onDisk) != *expected))
-            return {std::nullopt, true};
-        if (onDisk && !replaceFileAtomically(file, bytes, *onDisk))
-            return {std::nullopt, true};
-        if (!onDisk)
+            return {std::nullopt, true, {}};
+        if (!onDisk) {
             writeFileAtomically(file, bytes);
-        return {mark, false};
+            return {mark, false, {}};
+        }
+        FileReplacement const replacement = replaceFileAtomically(file, bytes, *onDisk);
+        if (!replacement.isDone)
+            return {std::nullopt, true, projectsIn(replacement.found)};
+        return {mark, false, {}};
     } catch (std::exception const& error) {
         throw ProjectFileError("Could not save " + nameOf(file) + ": " + error.what());
     }

@@ -9,6 +9,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace framewright {
 
@@ -39,9 +40,12 @@ QCoro::Task<ReadProject> readOnWorker(std::filesystem::path file);
 struct SaveResult {
     /// Of what lies on disk now, when it was written.
     std::optional<ContentMark> written;
-    /// What someone else had put there since we last read or wrote it; then nothing is lost of it:
-    /// it lies there still.
+    /// Whether someone else had changed the file since we last read or wrote it; then theirs lies
+    /// there still.
     bool wasChangedByOthers = false;
+    /// What others put there just while we tried to save. Oldest first; the last may lie there no
+    /// longer.
+    std::vector<ReadProject> found;
 };
 
 /// The files of a project as its document last knew them, by asset.

@@ -89,9 +89,11 @@ QCoro::Task<bool> AppState::saveToFile()
     if (file == m_projectFile) {
         if (!result)
             setErrorMessage(problem);
-        else if (result->wasChangedByOthers)
+        else if (result->wasChangedByOthers) {
+            for (ReadProject& found : result->found)
+                takeOutsideEdit(std::move(found));
             co_await reloadProjectFromDisk();
-        else
+        } else
             takeSaveResult(*result, revision);
     }
     if (!self)
@@ -188,8 +190,10 @@ bool AppState::saveBeforeQuitting()
             Recovery::write(m_recovery.file(), m_project);
             return false;
         }
-        SaveResult const result =
+        SaveResult result =
             framewright::saveProject(*m_projectFile, m_project, m_diskMark, m_assetRefs);
+        for (ReadProject& found : result.found)
+            takeOutsideEdit(std::move(found));
         if (result.wasChangedByOthers)
             takeOutsideEdit(readProject(*m_projectFile));
         else

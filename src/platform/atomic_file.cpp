@@ -219,6 +219,23 @@ void syncFolder(Path const& folder, Path const& file)
     }
 }
 
+/// Gives back the name that was taken from `found`, which someone wrote at the last moment.
+///
+/// Where they wrote again by now, over what `placed` is in the meantime, that is the newer and
+/// stays. Gives all that was found so, oldest first.
+std::vector<std::string> putBack(Temporary& temporary, std::string found, std::string placed)
+{
+    std::vector<std::string> all{found};
+    for (;;) {
+        temporary.exchangeNames();
+        std::string taken = temporary.content();
+        if (taken == placed)
+            return all;
+        all.push_back(taken);
+        placed = std::exchange(found, std::move(taken));
+    }
+}
+
 std::string readAll(Descriptor const& descriptor, Path const& file, std::uintmax_t size,
                     std::uintmax_t limit)
 {
@@ -264,32 +281,27 @@ void writeFileAtomically(Path const& file, std::string_view bytes)
     syncFolder(folderOf(target), target);
 }
 
-bool replaceFileAtomically(Path const& file, std::string_view bytes, std::string_view expected)
+FileReplacement replaceFileAtomically(Path const& file, std::string_view bytes,
+                                      std::string_view expected)
 {
     Path const target = behindLinks(file);
     if (readFile(target) != expected)
-        return false;
+        return {};
     auto const old = writableState(target);
     if (!old)
-        return false;
+        return {};
     TemporaryName const name(target);
     removeLeftovers(target, name);
     Temporary temporary(target, name, 0600);
     temporary.resemble(*old);
     temporary.write(bytes);
 
-    if (!temporary.exchangeNames()) {
+    if (!temporary.exchangeNames())
         temporary.takeName();
-    } else if (temporary.content() != expected) {
-        // Someone wrote at the last moment: what they wrote goes back to its place. When they wrote
-        // again by now, over ours, that is the newer and stays.
-        temporary.exchangeNames();
-        if (temporary.content() != bytes)
-            temporary.exchangeNames();
-        return false;
-    }
+    else if (std::string found = temporary.content(); found != expected)
+        return {false, putBack(temporary, std::move(found), std::string(bytes))};
     syncFolder(folderOf(target), target);
-    return true;
+    return {true, {}};
 }
 
 std::string readFile(Path const& file, std::uintmax_t limit)

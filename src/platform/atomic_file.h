@@ -7,6 +7,7 @@
 #include <limits>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace framewright {
 
@@ -23,13 +24,21 @@ namespace framewright {
 /// be called from any thread; of two writers of one file the later wins whole.
 void writeFileAtomically(std::filesystem::path const& file, std::string_view bytes);
 
-/// The same, but only in place of a file that still holds `expected`. False when it holds something
-/// else by the very moment of the replacement; then it is left as it is, or as it was found.
+/// What became of a replacement.
+struct FileReplacement {
+    bool isDone = false; ///< When not, the file holds what someone else put there last.
+    /// What others put there while it was tried, oldest first. Who read the file in that moment saw
+    /// our bytes, so what they write now may not carry these along.
+    std::vector<std::string> found;
+};
+
+/// The same, but only in place of a file that still holds `expected` by the very moment of the
+/// replacement; one that holds something else is left as it is.
 ///
 /// Nothing that another program puts there meanwhile is lost, where the file system can exchange
 /// two files (all usual ones of Linux can; elsewhere a moment remains in which it could be).
-bool replaceFileAtomically(std::filesystem::path const& file, std::string_view bytes,
-                           std::string_view expected);
+FileReplacement replaceFileAtomically(std::filesystem::path const& file, std::string_view bytes,
+                                      std::string_view expected);
 
 /// The bytes of a regular file, at most `limit` of them. Throws FileError: `missing`,
 /// `notRegular`, `unreadable` or `tooLarge`. Never waits for a pipe or a device.

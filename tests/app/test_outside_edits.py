@@ -14,8 +14,6 @@ from editor_process import EditorProcess, placeholders_of, wait_until
 
 OUTSIDE_EDITS = int(os.environ.get("FRAMEWRIGHT_OUTSIDE_EDITS", 20))
 PLACEHOLDER = "00000000-0000-0000-0000-000000000001"  # Stands for the file that is not there yet.
-# After an edit that fell into a save, so that a second one does not fall into the same save.
-PAUSE = float(os.environ.get("FRAMEWRIGHT_OUTSIDE_PAUSE", 0.05))
 SEED = int(os.environ.get("FRAMEWRIGHT_SEED", random.randrange(1_000_000)))
 
 
@@ -89,7 +87,6 @@ class OutsideEditor(threading.Thread):
             self.edit(name, "during a save" if self.is_saving() else "between saves")
         finally:
             os.kill(self.editor, signal.SIGCONT)
-        time.sleep(PAUSE)
 
     def is_saving(self):
         return any(name.endswith(".framewright-new") for name in os.listdir(self.document.parent))
