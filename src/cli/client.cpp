@@ -161,6 +161,9 @@ private:
     bool m_hasCancelled = false;
 };
 
+/// A cache that agents fill would otherwise grow for ever.
+constexpr std::size_t keptImages = 500;
+
 void print(std::FILE* stream, std::string_view text)
 {
     std::fwrite(text.data(), 1, text.size(), stream);
@@ -176,6 +179,8 @@ void writeImages(Reply const& reply, std::string const& command,
         writeImage(paths[i], reply.images[i]);
         print(stdout, "Wrote " + paths[i].native() + "\n");
     }
+    if (!out && isWorkspace(folder))
+        removeOldImages(framesCache(folder), keptImages);
 }
 
 int printReply(Reply const& reply, ClientCommand const& command, std::string const& folder)

@@ -36,6 +36,27 @@ std::string timedName(std::string command, std::chrono::system_clock::time_point
     return command + text.data();
 }
 
+/// The time in a name of `timedName`, numbered or not: "20261122-223105-123". Nothing in others.
+std::optional<std::string> timeIn(std::string const& name)
+{
+    constexpr std::string_view shape = "dddddddd-dddddd-ddd";
+    auto const isDigit = [](char c) { return c >= '0' && c <= '9'; };
+    auto const hasShape = [&](char c, char wanted) {
+        return wanted == 'd' ? isDigit(c) : c == '-';
+    };
+    for (std::string_view const command : {"frame-", "contact-sheet-"}) {
+        if (!name.starts_with(command) || !name.ends_with(".png"))
+            continue;
+        std::string const rest = name.substr(command.size(), name.size() - command.size() - 4);
+        std::string const time = rest.substr(0, shape.size());
+        bool const isNumbered = std::ranges::all_of(rest.substr(time.size()),
+                                                    [&](char c) { return c == '-' || isDigit(c); });
+        if (std::ranges::equal(time, shape, hasShape) && isNumbered)
+            return time;
+    }
+    return std::nullopt;
+}
+
 [[noreturn]] void fail(fs::path const& path, int errorNumber)
 {
     throw ImageError(path.native() + ": " + systemErrorText(errorNumber));
@@ -64,6 +85,11 @@ bool writeAll(int descriptor, std::string_view bytes)
 
 } // namespace
 
+fs::path framesCache(fs::path const& workspace)
+{
+    return workspace / "cache" / "frames";
+}
+
 bool isWorkspace(fs::path const& folder)
 {
     return std::ranges::any_of(std::array{"workspace.json", "library.json", "Framewright.md"},
@@ -85,7 +111,7 @@ std::vector<fs::path> imagePaths(std::size_t count, std::string const& command,
         place = folder / expandTilde(*out);
         isNamed = place.has_filename() && !fs::is_directory(place, error);
     } else if (isWorkspace(folder)) {
-        place = folder / "cache" / "frames";
+        place = framesCache(folder);
     } else {
         place = temporaryFolder();
     }
@@ -102,6 +128,23 @@ std::vector<fs::path> imagePaths(std::size_t count, std::string const& command,
         paths.push_back(std::move(path));
     }
     return paths;
+}
+
+void removeOldImages(fs::path const& folder, std::size_t keep)
+{
+    std::vector<std::pair<std::string, fs::path>> images;
+    std::error_code error;
+    for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
+         entry.increment(error)) {
+        if (auto time = timeIn(entry->path().filename().native()))
+            images.emplace_back(std::move(*time), entry->path());
+    }
+    if (images.size() <= keep)
+        return;
+    auto const oldest = images.begin() + std::ptrdiff_t(images.size() - keep);
+    std::ranges::nth_element(images, oldest);
+    for (auto image = images.begin(); image != oldest; ++image)
+        fs::remove(image->second, error);
 }
 
 bool claim(fs::path const& path)

@@ -23,6 +23,13 @@ imagePaths(std::size_t count, std::string const& command, std::optional<std::str
            std::filesystem::path const& folder, std::chrono::system_clock::time_point now,
            std::function<bool(std::filesystem::path const&)> const& isFree);
 
+/// Removes the oldest of the images of such names from a cache folder, so that `keep` are left.
+/// Other files are not touched; what can't be removed stays.
+void removeOldImages(std::filesystem::path const& folder, std::size_t keep);
+
+/// Where the images go that nobody gave a place.
+std::filesystem::path framesCache(std::filesystem::path const& workspace);
+
 /// Whether a folder holds a workspace's files.
 bool isWorkspace(std::filesystem::path const& folder);
 

@@ -7,20 +7,18 @@
 
 #include <algorithm>
 #include <cmath>
+#include <exception>
 #include <mutex>
+#include <numeric>
+#include <thread>
 
 namespace framewright {
 
 namespace {
 
-constexpr std::size_t keptPhotos = 8;
-
-/// The last frame of the piece, or the time itself when it lies before that.
-double shownTime(Project const& project, int framesPerSecond, double time)
-{
-    double const frames = std::max(1.0, std::round(project.videoDuration() * framesPerSecond));
-    return std::clamp(time, 0.0, (frames - 1) / framesPerSecond);
-}
+constexpr std::size_t keptPhotos = 4; ///< By each desk.
+/// Each has its decoders and their pictures in memory.
+constexpr unsigned mostDesks = 4;
 
 RGBImage screenImage(Frame const& frame, int width, int height)
 {
@@ -46,35 +44,130 @@ RGBImage screenImage(Frame const& frame, int width, int height)
     return image;
 }
 
+/// Where pictures are drawn, one at a time: the decoders and photos that are kept open for it.
+struct DrawingDesk {
+    explicit DrawingDesk(std::size_t openReaders) : readers(openReaders) {}
+
+    std::mutex mutex;
+    OpenReaders readers;
+    ReadPhotos photos{keptPhotos};
+};
+
+/// A project, built for pictures of one width.
+struct BuiltPiece {
+    BuiltPiece(Project const& project, AssetStore const& assets, int pixels)
+        : width(std::max(1, pixels)),
+          framesPerSecond(exportFrameRate(project, assets)),
+          lastFrame(std::max(1.0, std::round(project.videoDuration() * framesPerSecond)) - 1),
+          composition(CompositionBuilder::build(project, assets,
+                                                {canvasWithWidth(project.aspect, pixels),
+                                                 framesPerSecond, true, DynamicRange::standard}))
+    {
+    }
+
+    int width;
+    int framesPerSecond;
+    double lastFrame;
+    BuiltComposition composition;
+};
+
+/// Draws pictures of a piece at a desk.
+class PieceDrawing {
+public:
+    PieceDrawing(BuiltPiece const& piece, DrawingDesk& desk)
+        : m_piece(piece),
+          m_source(piece.composition, desk.readers, desk.photos,
+                   ClipFrameSource::Reading::anywhere),
+          m_compositor(piece.composition.video, m_source)
+    {
+    }
+
+    /// At or after the end the last frame.
+    RGBImage image(double time)
+    {
+        double const last = m_piece.lastFrame / m_piece.framesPerSecond;
+        Frame const frame = m_compositor.draw(std::clamp(time, 0.0, last));
+        return screenImage(frame, m_piece.width, m_piece.composition.video.renderSize.height);
+    }
+
+private:
+    BuiltPiece const& m_piece;
+    ClipFrameSource m_source;
+    FrameCompositor m_compositor;
+};
+
 } // namespace
 
 class StillFrames::Impl {
 public:
-    explicit Impl(int openReaders) : m_readers(std::size_t(std::max(1, openReaders))) {}
-
-    Frame draw(Project const& project, AssetStore const& assets, double time, PixelSize size)
+    explicit Impl(int openReaders)
     {
-        CompositionBuilder::Output const output{size, exportFrameRate(project, assets), true,
-                                                DynamicRange::standard};
-        BuiltComposition const composition = CompositionBuilder::build(project, assets, output);
-        std::lock_guard const lock(m_mutex);
-        ClipFrameSource source(composition, m_readers, m_photos,
-                               ClipFrameSource::Reading::anywhere);
-        FrameCompositor compositor(composition.video, source);
-        return compositor.draw(shownTime(project, output.framesPerSecond, time));
+        std::size_t const count = std::clamp(std::thread::hardware_concurrency(), 1u, mostDesks);
+        std::size_t const readers = std::max<std::size_t>(1, std::size_t(openReaders) / count);
+        for (std::size_t n = 0; n < count; ++n)
+            m_desks.push_back(std::make_unique<DrawingDesk>(readers));
+    }
+
+    RGBImage draw(Project const& project, AssetStore const& assets, double time, int width)
+    {
+        BuiltPiece const piece(project, assets, width);
+        // The first one first: that is where decoders wait that were used last.
+        for (auto const& desk : m_desks) {
+            std::unique_lock const lock(desk->mutex, std::try_to_lock);
+            if (lock)
+                return PieceDrawing(piece, *desk).image(time);
+        }
+        std::lock_guard const lock(m_desks.front()->mutex);
+        return PieceDrawing(piece, *m_desks.front()).image(time);
+    }
+
+    /// Each desk draws a stretch of the times, forward, so that it reads what it can in one go.
+    std::vector<RGBImage> draw(Project const& project, AssetStore const& assets,
+                               std::span<double const> times, int width)
+    {
+        BuiltPiece const piece(project, assets, width);
+        std::vector<std::size_t> order(times.size());
+        std::iota(order.begin(), order.end(), 0);
+        std::ranges::stable_sort(order, {}, [&](std::size_t n) { return times[n]; });
+
+        std::vector<RGBImage> images(times.size());
+        std::vector<std::exception_ptr> failures(m_desks.size());
+        auto const drawStretch = [&](std::size_t desk) {
+            try {
+                std::lock_guard const lock(m_desks[desk]->mutex);
+                PieceDrawing drawing(piece, *m_desks[desk]);
+                std::size_t const from = desk * order.size() / m_desks.size();
+                std::size_t const to = (desk + 1) * order.size() / m_desks.size();
+                for (std::size_t n = from; n < to; ++n)
+                    images[order[n]] = drawing.image(times[order[n]]);
+            } catch (...) {
+                failures[desk] = std::current_exception();
+            }
+        };
+        {
+            std::vector<std::jthread> others;
+            for (std::size_t desk = 1; desk < m_desks.size(); ++desk)
+                others.emplace_back(drawStretch, desk);
+            drawStretch(0);
+        }
+        for (std::exception_ptr const& failure : failures) {
+            if (failure)
+                std::rethrow_exception(failure);
+        }
+        return images;
     }
 
     void closeReaders()
     {
-        std::lock_guard const lock(m_mutex);
-        m_readers.closeAll();
-        m_photos.forgetAll();
+        for (auto const& desk : m_desks) {
+            std::lock_guard const lock(desk->mutex);
+            desk->readers.closeAll();
+            desk->photos.forgetAll();
+        }
     }
 
 private:
-    std::mutex m_mutex;
-    OpenReaders m_readers;
-    ReadPhotos m_photos{keptPhotos};
+    std::vector<std::unique_ptr<DrawingDesk>> m_desks;
 };
 
 StillFrames::StillFrames(int openReaders) : m_impl(std::make_unique<Impl>(openReaders)) {}
@@ -83,9 +176,13 @@ StillFrames::~StillFrames() = default;
 RGBImage StillFrames::image(Project const& project, AssetStore const& assets, double time,
                             int width)
 {
-    PixelSize const canvas = canvasWithWidth(project.aspect, width);
-    Frame const frame = m_impl->draw(project, assets, time, canvas);
-    return screenImage(frame, std::max(1, width), canvas.height);
+    return m_impl->draw(project, assets, time, width);
+}
+
+std::vector<RGBImage> StillFrames::images(Project const& project, AssetStore const& assets,
+                                          std::span<double const> times, int width)
+{
+    return m_impl->draw(project, assets, times, width);
 }
 
 std::vector<std::uint8_t> StillFrames::png(Project const& project, AssetStore const& assets,

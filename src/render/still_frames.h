@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <vector>
 
 namespace framewright {
@@ -24,8 +25,8 @@ std::vector<std::uint8_t> pngFile(RGBImage const& image);
 /// Single pictures of projects.
 ///
 /// It keeps the decoders it used last open, so the next picture of the same footage comes fast. A
-/// file that was changed since is opened anew. Any thread may call; calls wait for each other, and
-/// each blocks while it decodes, so never call it on the main thread.
+/// file that was changed since is opened anew. Any thread may call; a call blocks while it decodes,
+/// so never call it on the main thread.
 class StillFrames {
 public:
     explicit StillFrames(int openReaders = 8);
@@ -36,7 +37,11 @@ public:
     /// Throws MediaError, which names the clip and the file that cannot be read.
     RGBImage image(Project const& project, AssetStore const& assets, double time, int width);
 
-    /// The same as a PNG file.
+    /// The same at several times, in the order of `times`. It draws on all processors.
+    std::vector<RGBImage> images(Project const& project, AssetStore const& assets,
+                                 std::span<double const> times, int width);
+
+    /// `image` as a PNG file.
     std::vector<std::uint8_t> png(Project const& project, AssetStore const& assets, double time,
                                   int width);
 

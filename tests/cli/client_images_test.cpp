@@ -9,6 +9,7 @@
 #include <cmath>
 #include <fstream>
 #include <iomanip>
+#include <set>
 #include <sstream>
 
 namespace framewright {
@@ -90,6 +91,31 @@ TEST(ImagePaths, DefaultNamesAreNeverTaken)
     EXPECT_THAT(names(1), ElementsAre("contact-sheet-20261122-223105-007-3.png"));
     EXPECT_THAT(names(2), ElementsAre("contact-sheet-20261122-223105-007-1.png",
                                       "contact-sheet-20261122-223105-007-2-2.png"));
+}
+
+TEST(RemoveOldImages, TakesTheOldestOfItsOwnOnly)
+{
+    TemporaryFolder const folder;
+    std::set<std::string> const others{
+        "frame-1.png", "frame-20261122-223105-00x.png", "frame-20261122-223105-001-final.png",
+        "mine.png",    "sheet-20261122-223105-001.png", "frame-20261122-223105-001"};
+    std::set<std::string> const newest{"frame-20261122-223105-003.png",
+                                       "contact-sheet-20261122-223105-002-2.png"};
+    for (std::string const& name : others)
+        std::ofstream(folder / name);
+    for (std::string const& name : newest)
+        std::ofstream(folder / name);
+    for (char const* const name :
+         {"frame-20261122-223105-001.png", "contact-sheet-20251122-223105-999-1-2.png"})
+        std::ofstream(folder / name);
+    removeOldImages(folder.path(), 2);
+    std::set<std::string> left;
+    for (auto const& entry : fs::directory_iterator(folder.path()))
+        left.insert(entry.path().filename());
+    std::set<std::string> wanted = others;
+    wanted.insert(newest.begin(), newest.end());
+    EXPECT_EQ(left, wanted);
+    removeOldImages(folder / "not there", 2);
 }
 
 TEST(WriteImage, ReplacesTheWholeFileOrNothing)

@@ -100,9 +100,9 @@ TEST(AtomicFile, ReplacesOnlyWhatIsExpected)
     auto const file = folder / "a.json";
     put(file, "old");
 
-    EXPECT_FALSE(replaceFileAtomically(file, "ours", "something else"));
+    EXPECT_FALSE(replaceFileAtomically(file, "ours", "something else").isDone);
     EXPECT_EQ(contentsOf(file), "old");
-    EXPECT_TRUE(replaceFileAtomically(file, "ours", "old"));
+    EXPECT_TRUE(replaceFileAtomically(file, "ours", "old").isDone);
     EXPECT_EQ(contentsOf(file), "ours");
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1);
 }
@@ -138,7 +138,7 @@ TEST(AtomicFile, NoWriteOfAnotherIsLostInAReplacement)
         std::string const seen = readFile(file);
         // Ours carries theirs along, as an editor does that has read it.
         std::string const ours = seen.substr(0, seen.find('+')) + "+" + std::to_string(attempts);
-        replaced += replaceFileAtomically(file, ours, seen);
+        replaced += replaceFileAtomically(file, ours, seen).isDone;
         int const theirs = written;
         EXPECT_GE(std::stoi(readFile(file).substr(6)), theirs) << "A version of theirs vanished.";
     }

@@ -24,7 +24,8 @@ std::vector<Tool> allTools(EditorTools tools)
 {
     std::vector<Tool> all;
     for (auto* const family : {readingTools, projectTools, projectFolderTools, mediaTools,
-                               trackTools, clipTools, clipChangingTools, viewTools}) {
+                               trackTools, clipTools, clipChangingTools, pictureTools,
+                               viewTools}) {
         std::vector<Tool> more = family(tools);
         std::ranges::move(more, std::back_inserter(all));
     }

@@ -43,6 +43,7 @@ std::vector<Tool> mediaTools(EditorTools tools);
 std::vector<Tool> trackTools(EditorTools tools);
 std::vector<Tool> clipTools(EditorTools tools);
 std::vector<Tool> clipChangingTools(EditorTools tools);
+std::vector<Tool> pictureTools(EditorTools tools);
 std::vector<Tool> viewTools(EditorTools tools);
 
 /// Throws ToolError when no project is open.

@@ -1,4 +1,4 @@
-// Commands for looking at the piece, rendering it, stepping through the history, and the app.
+// Commands for rendering the piece, the selection, stepping through the history, and the app.
 
 #include "cli/references.h"
 #include "cli/tools/editor_tools.h"
@@ -14,12 +14,6 @@ namespace framewright {
 using Json = nlohmann::json;
 
 namespace {
-
-Param<Moment> const at{"at", "The time to render."};
-Param<WholeNumber> const width{"width", "Pixels wide (default 360, max 1080).", optionalParam};
-Param<FilePath> const out{
-    "out", "Where to write the PNG (default: cache/frames in the workspace, else the temp folder).",
-    optionalParam};
 
 Param<Moment> const seekAt{"at", "Where to go."};
 Param<Text> const target{"target", "v1:2, s1:3, an id, or none."};
@@ -38,30 +32,6 @@ Param<Moment> const start{"start", "Export from here.", optionalParam};
 Param<Moment> const end{"end", "Export up to here.", optionalParam};
 
 Param<Flag> const force{"force", "Quit even when changes can't be saved.", optionalParam};
-
-Task<ToolResult> drawFrame(ToolArgs args, EditorTools tools)
-{
-    AppState& editor = tools.editor;
-    requireProject(editor);
-    int const pixels = args.get(width, 360);
-    if (pixels < 16 || pixels > 1080)
-        throw ToolError("width must be 16 to 1080.");
-    co_await editor.assetsLoaded();
-    requireProject(editor);
-    double const time = args[at];
-    if (time < 0)
-        throw ToolError("at must be 0 or later.");
-
-    auto const draw = [&stills = tools.stills, project = editor.project(), assets = editor.assets(),
-                       time, pixels] { return stills.png(project, assets, time, pixels); };
-    std::vector<std::uint8_t> const png = co_await onWorker(draw);
-    Json json = {{"at", rounded(time)}, {"width", pixels}};
-    if (Json missing = missingMediaJSON(editor); !missing.empty())
-        json["missing"] = std::move(missing);
-    ToolResult result = ToolResult::json(json);
-    result.images.emplace_back(png.begin(), png.end());
-    co_return result;
-}
 
 /// "projects/NAME/exports/NAME-20261122-223105.mp4"
 std::filesystem::path defaultExportFile(AppState const& editor)
@@ -176,13 +146,6 @@ std::vector<Tool> viewTools(EditorTools tools)
 {
     AppState& editor = tools.editor;
     return {
-        {
-            .name = "frame",
-            .description = "The picture at a time, with text and captions drawn on, written as a "
-                           "PNG (--out, default in the cache). Cheap; use it to check a moment.",
-            .params = {at, width, out},
-            .action = [tools](ToolArgs args) { return drawFrame(std::move(args), tools); },
-        },
         {
             .name = "seek",
             .description = "Move the app's playhead so the user sees that moment.",
