@@ -8,7 +8,9 @@
 #include "editor/thumbnail_writer.h"
 #include "platform/user_defaults.h"
 #include "render/still_frames.h"
+#include "text/font_registry.h"
 
+#include <QFile>
 #include <QGuiApplication>
 #include <QSocketNotifier>
 #include <QThreadPool>
@@ -16,7 +18,9 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <malloc.h>
+#include <memory>
 #include <sys/signalfd.h>
 #include <unistd.h>
 
@@ -60,6 +64,14 @@ void returnLargeMemory()
 #endif
 }
 
+/// Where the fonts that come with the application lie, beside the folder of the executable.
+std::filesystem::path carriedFontsFolder()
+{
+    auto const program = std::filesystem::path(
+        QFile::encodeName(QCoreApplication::applicationDirPath()).toStdString());
+    return (program / "../share/framewright/fonts").lexically_normal();
+}
+
 int runEditor(int argc, char** argv)
 {
     returnLargeMemory();
@@ -74,11 +86,13 @@ int runEditor(int argc, char** argv)
 
     UserDefaults defaults = UserDefaults::ofUser();
     AppState editor(defaults);
+    // Shared, since work that stalled may outlive what follows.
+    auto const fonts = std::make_shared<FontRegistry const>(carriedFontsFolder());
     ExportSession exports(editor);
     StillFrames stills;
     ThumbnailWriter const thumbnails(editor, stills);
-    EditorReferences const references(editor);
-    Toolbox const toolbox(allTools({editor, exports, stills,
+    EditorReferences const references(editor, *fonts);
+    Toolbox const toolbox(allTools({editor, exports, stills, *fonts,
                                     [] {
                                         QMetaObject::invokeMethod(qApp, &QCoreApplication::quit,
                                                                   Qt::QueuedConnection);
@@ -97,6 +111,7 @@ int runEditor(int argc, char** argv)
             std::fprintf(stderr, "Command-line socket not opened: %s\n", error.what());
         }
     }
+    QThreadPool::globalInstance()->start([fonts] { fonts->load(); });
     // Requests wait in the socket until the loop below runs, so none sees half a project.
     editor.reopenLastProject();
     ready.announce();

@@ -1,5 +1,6 @@
 #include "cli/param_kinds.h"
 
+#include "cli/font_names.h"
 #include "cli/number_text.h"
 #include "cli/references.h"
 #include "cli/tool_error.h"
@@ -222,10 +223,10 @@ std::string Font::helpFor(std::string help) const
 
 std::string Font::read(Given const& given) const
 {
-    std::string name = given.text();
+    std::string const name = given.text();
     if (name.empty())
         refuse(given, " needs a font's name.");
-    return name;
+    return fontNamed(name, given.references.installedFonts());
 }
 
 std::vector<double> Numbers::read(Given const& given) const

@@ -127,7 +127,7 @@ struct Canvas : ParamKind {
     Value read(Given const& given) const;
 };
 
-/// The name of a font. Which names there are the text renderer knows.
+/// A font, by any of its names; read as the name that a style stores.
 struct Font : ParamKind {
     using Value = std::string;
     std::string helpFor(std::string help) const;

@@ -1,7 +1,6 @@
 #include "text/font_registry.h"
 
 #include "text/carried_fonts.h"
-#include "text/emoji.h"
 #include "text/font_file.h"
 #include "text/installed_fonts.h"
 
@@ -153,7 +152,7 @@ QFont FontRegistry::Fonts::fontOf(FontFace const& face) const
     QStringList inTurn{face.family};
     for (QString const& further :
          {face.family + QStringLiteral(" Extended"), face.family + QStringLiteral(" Vietnamese"),
-          companionOf(face.family), emojiFamily()}) {
+          companionOf(face.family), QStringLiteral("Noto Color Emoji")}) {
         if (further != face.family && isFamily(further))
             inTurn.append(further);
     }

@@ -25,8 +25,10 @@ struct SampleContext : ReferenceContext {
     Project const& project() const override { return sample; }
     double playhead() const override { return 4; }
     double timelineEnd() const override { return 12; }
+    std::vector<std::string> const& installedFonts() const override { return fonts; }
 
     Project sample = sampleProject();
+    std::vector<std::string> fonts{"DejaVuSans", "DejaVuSans-Bold", "JetBrainsMono-Bold"};
 };
 
 } // namespace framewright

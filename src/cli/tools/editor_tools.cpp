@@ -20,6 +20,11 @@ double EditorReferences::timelineEnd() const
     return m_editor.project().videoDuration();
 }
 
+std::vector<std::string> const& EditorReferences::installedFonts() const
+{
+    return m_fonts.installedNames();
+}
+
 std::vector<Tool> allTools(EditorTools tools)
 {
     std::vector<Tool> all;

@@ -5,6 +5,7 @@
 #include "editor/app_state.h"
 #include "editor/export_session.h"
 #include "render/still_frames.h"
+#include "text/font_registry.h"
 
 #include <functional>
 #include <vector>
@@ -16,20 +17,26 @@ struct EditorTools {
     AppState& editor;
     ExportSession& exports;
     StillFrames& stills;
+    FontRegistry const& fonts;
     std::function<void()> quit; ///< Ends the editor soon after it returns.
 };
 
 /// The names that commands use for things, understood against the open project.
 class EditorReferences : public ReferenceContext {
 public:
-    explicit EditorReferences(AppState const& editor) : m_editor(editor) {}
+    EditorReferences(AppState const& editor, FontRegistry const& fonts)
+        : m_editor(editor), m_fonts(fonts)
+    {
+    }
 
     Project const& project() const override;
     double playhead() const override;
     double timelineEnd() const override;
+    std::vector<std::string> const& installedFonts() const override;
 
 private:
     AppState const& m_editor;
+    FontRegistry const& m_fonts;
 };
 
 /// Every command, in the order of the help.

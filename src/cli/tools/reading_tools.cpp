@@ -2,6 +2,7 @@
 
 #include "cli/references.h"
 #include "cli/tools/editor_tools.h"
+#include "cli/tools/font_report.h"
 #include "cli/tools/json_views.h"
 #include "editor/worker_task.h"
 #include "workspace/workspace.h"
@@ -34,7 +35,7 @@ Json projectSummary(AppState const& editor)
     return json;
 }
 
-Json statusJSON(AppState& editor)
+Json statusJSON(AppState& editor, FontRegistry const& fonts)
 {
     Json json = {{"version", FRAMEWRIGHT_VERSION}};
     if (auto const folder = Workspace::url(editor.defaults())) {
@@ -53,6 +54,8 @@ Json statusJSON(AppState& editor)
     }
     if (!editor.errorMessage().empty())
         json["problem"] = validUtf8(editor.errorMessage());
+    if (Json replaced = fontReportJSON(editor.project(), fonts); !replaced.empty())
+        json["fonts"] = std::move(replaced);
     if (!editor.isOpen()) {
         json["project"] = nullptr;
         return json;
@@ -77,14 +80,15 @@ Json statusJSON(AppState& editor)
 std::vector<Tool> readingTools(EditorTools tools)
 {
     AppState& editor = tools.editor;
+    FontRegistry const& fonts = tools.fonts;
     return {
         {
             .name = "status",
             .description = "The workspace, the open project and its tracks in short. Start here.",
             .params = {},
-            .action = [&editor](ToolArgs) -> Task<ToolResult> {
+            .action = [&editor, &fonts](ToolArgs) -> Task<ToolResult> {
                 co_await editor.assetsLoaded();
-                co_return ToolResult::json(statusJSON(editor));
+                co_return ToolResult::json(statusJSON(editor, fonts));
             },
         },
         {

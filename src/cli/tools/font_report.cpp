@@ -1,0 +1,76 @@
+#include "cli/tools/font_report.h"
+
+#include "cli/references.h"
+#include "model/file_url.h"
+
+#include <algorithm>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace framewright {
+
+using Json = nlohmann::json;
+
+namespace {
+
+/// Where each font is used: clips by reference, captions by their track's.
+using Uses = std::map<std::string, std::vector<std::string>>;
+
+Uses usesOfFonts(Project const& project)
+{
+    Uses uses;
+    for (Track const& track : project.tracks) {
+        if (track.subtitles)
+            uses[(*track.subtitles)->style.fontName].push_back(trackRef(project, track));
+        std::size_t number = 0;
+        std::string const ref = trackRef(project, track);
+        for (Clip const& clip : *track.clips) {
+            ++number;
+            if (clip.text)
+                uses[(*clip.text)->style.fontName].push_back(ref + ":" + std::to_string(number));
+        }
+    }
+    return uses;
+}
+
+/// "t1:1, t1:2 and 5 more"
+std::string inShort(std::vector<std::string> const& places)
+{
+    constexpr std::size_t most = 10;
+    std::string list;
+    for (std::size_t i = 0; i < places.size() && i < most; ++i)
+        list += (i == 0 ? "" : ", ") + places[i];
+    if (places.size() > most)
+        list += " and " + std::to_string(places.size() - most) + " more";
+    return list;
+}
+
+} // namespace
+
+Json fontReportJSON(Project const& project, FontRegistry const& fonts)
+{
+    Uses const uses = usesOfFonts(project);
+    Json report = Json::array();
+    for (FontRegistry::Missing const& missing : fonts.missingCarried()) {
+        bool const isDamaged = missing.why == FontRegistry::Missing::Why::damaged;
+        Json entry = {{"font", missing.fontName},
+                      {"standIn", missing.standIn},
+                      {"problem", isDamaged ? "Framewright's file of it is damaged."
+                                            : "Framewright's file of it is missing."}};
+        if (auto const use = uses.find(missing.fontName); use != uses.end())
+            entry["where"] = inShort(use->second);
+        report.push_back(std::move(entry));
+    }
+    for (auto const& [name, places] : uses) {
+        auto const isReported = [&](Json const& entry) { return entry["font"] == name; };
+        if (std::ranges::any_of(report, isReported))
+            continue;
+        if (auto const standIn = fonts.find(name).standIn)
+            report.push_back(
+                {{"font", validUtf8(name)}, {"standIn", *standIn}, {"where", inShort(places)}});
+    }
+    return report;
+}
+
+} // namespace framewright
