@@ -72,8 +72,21 @@ std::filesystem::path carriedFontsFolder()
     return (program / "../share/framewright/fonts").lexically_normal();
 }
 
+/// Everything that Qt has to tell goes to the log, but for the fonts that lack a script: it says so
+/// of each one that it asks before the one that has it.
+void logWithoutFontSearch()
+{
+    static QtMessageHandler const log = qInstallMessageHandler(nullptr);
+    qInstallMessageHandler(
+        [](QtMsgType type, QMessageLogContext const& context, QString const& text) {
+            if (!text.startsWith(QLatin1String("  OpenType support missing")))
+                log(type, context, text);
+        });
+}
+
 int runEditor(int argc, char** argv)
 {
+    logWithoutFontSearch();
     returnLargeMemory();
     EndSignals const endSignals;
     std::signal(SIGPIPE, SIG_IGN);

@@ -17,6 +17,8 @@ namespace framewright {
 
 namespace {
 
+QString const emojiFamily = QStringLiteral("Noto Color Emoji");
+
 /// The family that has the letters of other languages which one of the carried fonts lacks.
 QString companionOf(QString const& family)
 {
@@ -105,6 +107,9 @@ void FontRegistry::Fonts::load()
         FontFace const& used = same ? *same : nearest(promisedLook(name));
         missing.push_back({name, used.humanName(), why->second});
     }
+    if (!isFamily(emojiFamily))
+        missing.push_back(
+            {emojiFamily.toStdString(), nearest({}).humanName(), Missing::Why::notInstalled});
 }
 
 FontFace const* FontRegistry::Fonts::named(std::string const& fontName) const
@@ -152,7 +157,7 @@ QFont FontRegistry::Fonts::fontOf(FontFace const& face) const
     QStringList inTurn{face.family};
     for (QString const& further :
          {face.family + QStringLiteral(" Extended"), face.family + QStringLiteral(" Vietnamese"),
-          companionOf(face.family), QStringLiteral("Noto Color Emoji")}) {
+          companionOf(face.family), emojiFamily}) {
         if (further != face.family && isFamily(further))
             inTurn.append(further);
     }

@@ -37,13 +37,14 @@ public:
     Found find(std::string const& fontName) const;
 
     struct Missing {
-        enum class Why { absent, damaged };
+        enum class Why { absent, damaged, notInstalled };
         std::string fontName; ///< As styles name it.
         std::string standIn;
         Why why;
     };
 
-    /// The fonts that should have come with the application and can't be used.
+    /// The fonts that should have come with the application and can't be used, and that of the
+    /// emoji where it isn't installed.
     std::vector<Missing> missingCarried() const;
 
     /// The PostScript names of all fonts there are, sorted.

@@ -81,7 +81,8 @@ class Connection:
 class EditorProcess:
     """A home, and whatever editor runs in it. `close` ends that and removes the home."""
 
-    def __init__(self):
+    def __init__(self, executable: os.PathLike | str = EXECUTABLE):
+        self.executable = executable
         # Directly under /tmp: the path of a socket must be short.
         self.home = pathlib.Path(tempfile.mkdtemp(prefix="framewright-", dir="/tmp"))
         temporary = self.home / "tmp"
@@ -96,7 +97,7 @@ class EditorProcess:
 
     def start_cli(self, *words: Word, cwd: os.PathLike | bytes | None = None) -> subprocess.Popen:
         return subprocess.Popen(
-            [EXECUTABLE, "cli", *words],
+            [self.executable, "cli", *words],
             cwd=cwd or self.home,
             env=self.environment,
             stdin=subprocess.DEVNULL,
@@ -161,7 +162,7 @@ class EditorProcess:
     def start_editor(self) -> subprocess.Popen:
         """An editor that is started by itself, as from a desktop."""
         return subprocess.Popen(
-            [EXECUTABLE],
+            [self.executable],
             env=self.environment,
             stdin=subprocess.DEVNULL,
             stdout=subprocess.PIPE,

@@ -46,6 +46,20 @@ std::string inShort(std::vector<std::string> const& places)
     return list;
 }
 
+char const* problem(FontRegistry::Missing::Why why)
+{
+    using enum FontRegistry::Missing::Why;
+    switch (why) {
+    case absent:
+        return "Framewright's file of it is missing.";
+    case damaged:
+        return "Framewright's file of it is damaged.";
+    case notInstalled:
+        return "It is not installed, so emoji have no color.";
+    }
+    return "";
+}
+
 } // namespace
 
 Json fontReportJSON(Project const& project, FontRegistry const& fonts)
@@ -53,11 +67,9 @@ Json fontReportJSON(Project const& project, FontRegistry const& fonts)
     Uses const uses = usesOfFonts(project);
     Json report = Json::array();
     for (FontRegistry::Missing const& missing : fonts.missingCarried()) {
-        bool const isDamaged = missing.why == FontRegistry::Missing::Why::damaged;
         Json entry = {{"font", missing.fontName},
                       {"standIn", missing.standIn},
-                      {"problem", isDamaged ? "Framewright's file of it is damaged."
-                                            : "Framewright's file of it is missing."}};
+                      {"problem", problem(missing.why)}};
         if (auto const use = uses.find(missing.fontName); use != uses.end())
             entry["where"] = inShort(use->second);
         report.push_back(std::move(entry));
