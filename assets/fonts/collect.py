@@ -34,6 +34,8 @@ WHOLE = {  # package: (file name, its weights)
         "JetBrainsMono",
         ["300Light", "400Regular", "500Medium", "600SemiBold", "700Bold", "800ExtraBold"],
     ),
+    # letters of which Debian has none in several weights
+    "noto-sans-hebrew": ("NotoSansHebrew", ["300Light", "400Regular", "600SemiBold", "700Bold"]),
     # in place of fonts that nobody may carry
     "libre-baskerville": ("LibreBaskerville", ["400Regular", "600SemiBold", "700Bold"]),
     "nunito-sans": ("NunitoSans", ["500Medium", "600SemiBold", "700Bold"]),

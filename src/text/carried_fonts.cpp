@@ -46,6 +46,12 @@ constexpr std::array carried{
     CarriedFont{"mono:bold", "JetBrainsMono-Bold"},
     CarriedFont{"mono:heavy", "JetBrainsMono-ExtraBold"},
 
+    // Hebrew in any of them.
+    CarriedFont{"NotoSansHebrew-Light", "NotoSansHebrew-Light"},
+    CarriedFont{"NotoSansHebrew-Regular", "NotoSansHebrew-Regular"},
+    CarriedFont{"NotoSansHebrew-SemiBold", "NotoSansHebrew-SemiBold"},
+    CarriedFont{"NotoSansHebrew-Bold", "NotoSansHebrew-Bold"},
+
     // Stand-ins for fonts that may not be carried.
     CarriedFont{"NunitoSans-Medium", "NunitoSans-Medium"},
     CarriedFont{"NunitoSans-SemiBold", "NunitoSans-SemiBold"},

@@ -19,12 +19,20 @@ namespace {
 
 QString const emojiFamily = QStringLiteral("Noto Color Emoji");
 
+/// Left to itself Qt sets light Arabic and Hebrew in the lightest DejaVu Sans, which has neither.
+QStringList const scriptFamilies{
+    QStringLiteral("Noto Sans Arabic"),        QStringLiteral("Noto Sans Arabic UI"),
+    QStringLiteral("Noto Sans Hebrew"),        QStringLiteral("Noto Sans Devanagari"),
+    QStringLiteral("Noto Sans Devanagari UI"),
+};
+
 /// The family that has the letters of other languages which one of the carried fonts lacks.
 QString companionOf(QString const& family)
 {
     switch (promisedLook(family.toStdString()).kind) {
     case FontKind::serif:
     case FontKind::didone:
+    case FontKind::poster:
         return QStringLiteral("Libre Baskerville");
     case FontKind::mono:
     case FontKind::typewriter:
@@ -155,12 +163,15 @@ FontFace const& FontRegistry::Fonts::nearest(FontLook const& look) const
 QFont FontRegistry::Fonts::fontOf(FontFace const& face) const
 {
     QStringList inTurn{face.family};
-    for (QString const& further :
-         {face.family + QStringLiteral(" Extended"), face.family + QStringLiteral(" Vietnamese"),
-          companionOf(face.family), emojiFamily}) {
-        if (further != face.family && isFamily(further))
+    auto const add = [&](QString const& further) {
+        if (!inTurn.contains(further) && isFamily(further))
             inTurn.append(further);
-    }
+    };
+    add(face.family + QStringLiteral(" Extended"));
+    add(face.family + QStringLiteral(" Vietnamese"));
+    add(companionOf(face.family));
+    add(emojiFamily);
+    std::ranges::for_each(scriptFamilies, add);
     QFont font;
     font.setFamilies(inTurn);
     font.setWeight(static_cast<QFont::Weight>(std::clamp(face.weight, 1, 1000)));
