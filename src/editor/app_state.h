@@ -11,6 +11,7 @@
 #include "model/clip_trimming.h"
 #include "model/outcome.h"
 #include "model/project.h"
+#include "model/text_editing.h"
 #include "model/track_editing.h"
 #include "platform/user_defaults.h"
 #include "render/asset_store.h"
@@ -151,6 +152,10 @@ public:
         std::optional<std::string> placeholderName;
     };
     Outcome<Project> changeClip(Id const& clipID, ClipChanges const& changes);
+
+    /// Puts a text over the picture; its ids are chosen here.
+    Outcome<Placed> addText(NewText text);
+    Outcome<Project> changeText(Id const& clipID, TextChanges const& changes);
 
     void copyClips(std::span<Id const> clipIDs);
     Outcome<PlacedClips> paste();

@@ -113,15 +113,4 @@ Outcome<Project> setPlaceholderNote(Project project, Id const& clipID,
     return project;
 }
 
-Outcome<Project> setClipText(Project project, Id const& clipID, TextOverlay const& text)
-{
-    auto const spot = editableClip(project, clipID);
-    if (!spot)
-        return Refusal{spot.refusal()};
-    if (!spot->clip().isText())
-        return Refusal{clipName(project, spot->clip()) + " is not a text clip."};
-    spot->edit().text = Shared(text);
-    return project;
-}
-
 } // namespace framewright

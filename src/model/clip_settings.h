@@ -39,7 +39,4 @@ Outcome<Project> renamePlaceholder(Project project, Id const& clipID, std::strin
 Outcome<Project> setPlaceholderNote(Project project, Id const& clipID,
                                     std::optional<std::string> const& note);
 
-/// Sets the words of a text clip, their look and their place. Refused for clips without words.
-Outcome<Project> setClipText(Project project, Id const& clipID, TextOverlay const& text);
-
 } // namespace framewright

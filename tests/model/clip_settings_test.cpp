@@ -52,12 +52,9 @@ TEST(ClipSettings, StayWithinTheirLimits)
              Case{renamePlaceholder(timeline(), id("A"), "Pour"),
                   "Only placeholders can be renamed."},
              Case{setPlaceholderNote(timeline(), id("A"), "n"), "Only placeholders have a note."},
-             Case{setClipText(timeline(), id("A"), {}), "talk.mov is not a text clip."},
-             Case{setClipText(timeline(), id("T"), {}), ""},
              Case{setClipVolume(locked(timeline()), id("A"), 1), "V1" + locks},
              Case{resetClipTransform(locked(timeline()), id("A")), "V1" + locks},
              Case{renamePlaceholder(locked(timeline()), id("p"), "x"), "V1" + locks},
-             Case{setClipText(locked(timeline(), "t1"), id("T"), {}), "T1" + locks},
              Case{updateClip(locked(timeline()), id("A"), [](Clip&) {}), "V1" + locks},
          })
         EXPECT_EQ(c.done ? "" : c.done.refusal(), c.refusal);
@@ -74,9 +71,6 @@ TEST(ClipSettings, AreSet)
     project = *setPlaceholderNote(project, id("p"), "slowly");
     EXPECT_EQ(find(project, "p").placeholderName, "Pour");
     EXPECT_EQ(find(project, "p").placeholderNote, "slowly");
-    TextOverlay words;
-    words.text = "Hello";
-    EXPECT_EQ(**find(*setClipText(project, id("T"), words), "T").text, words);
 }
 
 TEST(UpdateClip, CannotBreakTheTrack)

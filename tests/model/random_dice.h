@@ -45,6 +45,18 @@ public:
         return m_clips.empty() ? nullptr : m_clips[std::size_t(upTo(m_clips.size() - 1))];
     }
     Id clip() { return m_clips.empty() || oneIn(50) ? newID() : anyClip()->id; }
+    /// A clip on a track of that kind, when there is any.
+    Id clip(TrackKind kind)
+    {
+        std::vector<Id> fitting;
+        for (Track const& track : m_project.tracks) {
+            for (Clip const& clip : *track.clips) {
+                if (track.kind == kind)
+                    fitting.push_back(clip.id);
+            }
+        }
+        return fitting.empty() ? clip() : fitting[std::size_t(upTo(fitting.size() - 1))];
+    }
     std::vector<Id> clips()
     {
         std::unordered_set<Id> ids;

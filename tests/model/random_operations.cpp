@@ -6,6 +6,7 @@
 #include "model/clip_settings.h"
 #include "model/clip_sound.h"
 #include "model/clip_trimming.h"
+#include "model/text_editing.h"
 #include "model/track_editing.h"
 
 #include <stdexcept>
@@ -156,7 +157,25 @@ constexpr Operation clipOperations[] = {
      }},
     {"reset transform", [](P p, Dice& d) { return resetClipTransform(p, d.clip()); }},
     {"rename placeholder", [](P p, Dice& d) { return renamePlaceholder(p, d.clip(), "B-roll"); }},
-    {"set text", [](P p, Dice& d) { return setClipText(p, d.clip(), TextOverlay()); }},
+    {"add text",
+     [](P p, Dice& d) {
+         TextOverlay text;
+         text.text = d.oneIn(8) ? " " : "words";
+         return projectOf(addText(p, {.id = d.newID(),
+                                      .text = text,
+                                      .time = d.time(),
+                                      .length = d.length(),
+                                      .trackID = d.maybe(d.track(TrackKind::text)),
+                                      .newTrackID = d.newID()}));
+     }},
+    {"change text",
+     [](P p, Dice& d) {
+         TextOverlay text;
+         text.text = "others";
+         text.x = d.between(-0.2, 1.2);
+         return changeText(p, d.clip(TrackKind::text),
+                           {.text = d.maybe(text), .length = d.maybe(d.length())});
+     }},
 };
 
 constexpr Operation trackOperations[] = {

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "model/clip_placing.h"
+#include "model/outcome.h"
+#include "model/project.h"
+
+#include <cstddef>
+#include <optional>
+
+namespace framewright {
+
+/// How long a new text stays, and the most any may be asked to. Seconds.
+inline constexpr double textLength = 3.0;
+inline constexpr double longestTextLength = 3600.0;
+
+/// No text has more characters: it could not be read, only slow every picture down.
+inline constexpr std::size_t mostCharacters = 10'000;
+
+/// A text to be put over the picture.
+struct NewText {
+    Id id;
+    TextOverlay text;
+    double time = 0;
+    double length = textLength;
+    std::optional<Id> trackID =
+        {};             ///< Else the topmost unlocked text track, else a new one on top.
+    Id newTrackID = {}; ///< Of the track that may have to be added.
+};
+
+/// Puts a text on a text track, as near to its time as there is room, by the rules of `place`.
+///
+/// Refused when the track is gone, locked or no text track, for words that show nothing, for values
+/// out of range, and where there is no room.
+Outcome<Placed> addText(Project project, NewText const& text);
+
+/// What changes about a text; what is not given stays.
+struct TextChanges {
+    std::optional<TextOverlay> text = {};
+    std::optional<double> length = {}; ///< Its start stays.
+};
+
+/// Changes the words, the look, the place and the length of a text.
+///
+/// A longer text moves no other: also on a magnetic track it may not run into the next. Made
+/// shorter there, those after it close up. Refused when the clip is gone, no text or locked, and as
+/// `addText`.
+Outcome<Project> changeText(Project project, Id const& clipID, TextChanges const& changes);
+
+/// Why these words and their place may not stand; nothing when they may.
+std::optional<Refusal> textRefusal(TextOverlay const& text);
+
+} // namespace framewright
