@@ -8,7 +8,9 @@
 #include "editor/thumbnail_writer.h"
 #include "platform/user_defaults.h"
 #include "render/still_frames.h"
+#include "styles/style_store.h"
 #include "text/font_registry.h"
+#include "workspace/workspace.h"
 
 #include <QFile>
 #include <QGuiApplication>
@@ -99,13 +101,18 @@ int runEditor(int argc, char** argv)
 
     UserDefaults defaults = UserDefaults::ofUser();
     AppState editor(defaults);
+    StyleStores styles(defaults);
+    auto const followWorkspace = [&] { styles.follow(Workspace::url(defaults)); };
+    followWorkspace();
+    QObject::connect(&editor, &AppState::workspaceChanged, &styles.texts, followWorkspace);
+    QObject::connect(&editor, &AppState::saved, &styles.texts, [&] { styles.syncStyles(); });
     // Shared, since work that stalled may outlive what follows.
     auto const fonts = std::make_shared<FontRegistry const>(carriedFontsFolder());
     ExportSession exports(editor);
     StillFrames stills;
     ThumbnailWriter const thumbnails(editor, stills);
     EditorReferences const references(editor, *fonts);
-    Toolbox const toolbox(allTools({editor, exports, stills, *fonts,
+    Toolbox const toolbox(allTools({editor, exports, stills, styles, *fonts,
                                     [] {
                                         QMetaObject::invokeMethod(qApp, &QCoreApplication::quit,
                                                                   Qt::QueuedConnection);
@@ -136,6 +143,7 @@ int runEditor(int argc, char** argv)
     server.stop();
     if (!editor.saveBeforeQuitting())
         std::fprintf(stderr, "%s\n", editor.errorMessage().c_str());
+    styles.writeBeforeQuitting();
     QThreadPool::globalInstance()->waitForDone();
     return status;
 }

@@ -1,5 +1,6 @@
 #include "cli/values.h"
 
+#include "cli/near_words.h"
 #include "cli/number_text.h"
 #include "cli/tool_error.h"
 
@@ -96,10 +97,15 @@ CaptionStyle const& favorite(std::span<CaptionStyle const> styles, std::string_v
     if (found != styles.end())
         return *found;
 
+    std::vector<std::string> words;
     std::string names;
-    for (CaptionStyle const& style : styles)
+    for (CaptionStyle const& style : styles) {
+        words.push_back(style.name);
         names += (names.empty() ? "" : ", ") + style.name;
+    }
     std::string sentence = "No " + std::string(what) + " called " + std::string(name) + ". ";
+    if (auto const meant = nearestWord(name, words))
+        sentence += "Did you mean " + *meant + "? ";
     sentence += styles.empty() ? "There are none." : "There are: " + names + ".";
     throw ToolError(sentence);
 }

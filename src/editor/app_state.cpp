@@ -31,6 +31,13 @@ bool AppState::isWorkspaceProject() const
     return m_projectFile && Workspace::isProjectDocument(*m_projectFile);
 }
 
+void AppState::setWorkspace(std::filesystem::path const& folder)
+{
+    Workspace::setUrl(folder, m_defaults);
+    Workspace::remember(folder, m_defaults);
+    emit workspaceChanged();
+}
+
 void AppState::commit(Project project, std::string const& actionName, std::optional<double> seekTo,
                       Rebuild rebuild)
 {

@@ -75,6 +75,9 @@ public:
 
     UserDefaults& defaults() { return m_defaults; }
 
+    /// Makes a folder the current workspace, and the first of the recent ones.
+    void setWorkspace(std::filesystem::path const& folder);
+
     // Media ------------------------------------------------------------------------------------
 
     /// The opened files, as far as they have been. See `assetsLoaded`.
@@ -226,6 +229,7 @@ public:
     Outcome<Done> discardRecovery();
 
 signals:
+    void workspaceChanged();
     void projectChanged();
     void compositionOutdated();
     void dirtyChanged(bool isDirty);

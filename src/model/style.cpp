@@ -9,14 +9,7 @@ namespace framewright {
 
 namespace {
 
-struct Range {
-    char const* key;
-    float CaptionStyle::*member;
-    float least;
-    float most;
-};
-
-constexpr Range ranges[] = {
+constexpr StyleRange ranges[] = {
     {"fontSize", &CaptionStyle::fontSize, smallestFont, largestFont},
     {"letterSpacing", &CaptionStyle::letterSpacing, -20, 100},
     {"maxWidthFraction", &CaptionStyle::maxWidthFraction, 0.1f, 1},
@@ -74,6 +67,11 @@ void fit(T& value, T least, T most, T fallback, std::string const& field,
 
 } // namespace
 
+std::span<StyleRange const> styleRanges()
+{
+    return ranges;
+}
+
 std::string CaptionStyle::featureSummary() const
 {
     struct Feature {
@@ -104,7 +102,7 @@ NormalizedStyle normalized(CaptionStyle style)
         result.changes.push_back("fontName of " + fitted.name +
                                  " is empty; system:semibold was taken.");
     }
-    for (Range const& range : ranges)
+    for (StyleRange const& range : ranges)
         fit(fitted.*range.member, range.least, range.most, usual.*range.member,
             range.key + (" of " + fitted.name), result.changes);
     for (ColorField const& color : colorFields) {

@@ -56,6 +56,15 @@ struct CaptionStyle {
 inline constexpr float smallestFont = 8;
 inline constexpr float largestFont = 240;
 
+/// What a number of a look may be.
+struct StyleRange {
+    char const* key; ///< As it is stored.
+    float CaptionStyle::*member;
+    float least;
+    float most;
+};
+std::span<StyleRange const> styleRanges();
+
 /// A look with nothing in it that can't be drawn, and a sentence for each value that was.
 struct NormalizedStyle {
     CaptionStyle style;

@@ -60,7 +60,7 @@ std::optional<SavedStyles> trySaving(std::filesystem::path const& file, StyleFil
     std::string bytes = wanted.data();
     if (onDisk && *onDisk == bytes)
         return SavedStyles{wanted, std::move(bytes)};
-    if (onDisk && !replaceFileAtomically(file, bytes, *onDisk))
+    if (onDisk && !replaceFileAtomically(file, bytes, *onDisk).isDone)
         return std::nullopt;
     if (!onDisk) {
         std::error_code failed;

@@ -71,6 +71,7 @@ public:
     std::vector<std::string> const& notes() const { return m_notes; }
     std::optional<std::filesystem::path> const& file() const { return m_file; }
     std::string const& fileName() const { return m_kind.fileName; }
+    std::span<CaptionStyle const> presets() const { return m_kind.presets; }
 
     // Changing ---------------------------------------------------------------------------------
 

@@ -187,6 +187,8 @@ TEST(Values, CanvasesAndFavorites)
     EXPECT_EQ(&favorite(styles, "STRONG", "text favorite"), &styles[0]);
     EXPECT_EQ(answer([&] { return favorite(styles, "x", "text favorite").name; }),
               "No text favorite called x. There are: Strong, strong.");
+    EXPECT_EQ(answer([&] { return favorite(styles, "stong", "text favorite").name; }),
+              "No text favorite called stong. Did you mean Strong? There are: Strong, strong.");
     EXPECT_EQ(answer([] { return favorite({}, "x", "caption style").name; }),
               "No caption style called x. There are none.");
 }

@@ -28,9 +28,9 @@ std::vector<std::string> const& EditorReferences::installedFonts() const
 std::vector<Tool> allTools(EditorTools tools)
 {
     std::vector<Tool> all;
-    for (auto* const family : {readingTools, projectTools, projectFolderTools, mediaTools,
-                               trackTools, clipTools, clipChangingTools, pictureTools,
-                               viewTools}) {
+    for (auto* const family :
+         {readingTools, projectTools, projectFolderTools, mediaTools, trackTools, clipTools,
+          clipChangingTools, textTools, lookTools, pictureTools, viewTools}) {
         std::vector<Tool> more = family(tools);
         std::ranges::move(more, std::back_inserter(all));
     }

@@ -5,6 +5,7 @@
 #include "editor/app_state.h"
 #include "editor/export_session.h"
 #include "render/still_frames.h"
+#include "styles/style_store.h"
 #include "text/font_registry.h"
 
 #include <functional>
@@ -17,6 +18,7 @@ struct EditorTools {
     AppState& editor;
     ExportSession& exports;
     StillFrames& stills;
+    StyleStores& styles;
     FontRegistry const& fonts;
     std::function<void()> quit; ///< Ends the editor soon after it returns.
 };
@@ -50,6 +52,8 @@ std::vector<Tool> mediaTools(EditorTools tools);
 std::vector<Tool> trackTools(EditorTools tools);
 std::vector<Tool> clipTools(EditorTools tools);
 std::vector<Tool> clipChangingTools(EditorTools tools);
+std::vector<Tool> textTools(EditorTools tools);
+std::vector<Tool> lookTools(EditorTools tools);
 std::vector<Tool> pictureTools(EditorTools tools);
 std::vector<Tool> viewTools(EditorTools tools);
 

@@ -36,13 +36,18 @@ Json transformJSON(ClipTransform const& transform)
 
 Json textJSON(TextOverlay const& text)
 {
-    return {{"words", text.text},
-            {"x", rounded(text.x)},
-            {"y", rounded(text.y)},
-            {"look", text.style.name},
-            {"font", text.style.fontName},
-            {"size", rounded(text.style.fontSize)},
-            {"color", formatColor(text.style.textColor)}};
+    Json json = {{"words", text.text},
+                 {"x", rounded(text.x)},
+                 {"y", rounded(text.y)},
+                 {"look", text.style.name},
+                 {"font", text.style.fontName},
+                 {"size", rounded(text.style.fontSize)},
+                 {"color", formatColor(text.style.textColor)}};
+    if (text.scale != 1)
+        json["scale"] = rounded(text.scale);
+    if (std::string const effects = text.style.featureSummary(); !effects.empty())
+        json["effects"] = effects;
+    return json;
 }
 
 } // namespace
@@ -79,6 +84,30 @@ Json clipJSON(Project const& project, Id const& clipID)
 {
     auto const place = findClip(project, clipID);
     return place ? clipJSON(project, *place->track, *place->clip) : Json();
+}
+
+Json styleJSON(CaptionStyle const& style)
+{
+    Json json = {{"name", style.name},
+                 {"id", style.id.text()},
+                 {"font", style.fontName},
+                 {"size", rounded(style.fontSize)},
+                 {"color", formatColor(style.textColor)},
+                 {"uppercase", style.uppercase},
+                 {"spacing", rounded(style.letterSpacing)},
+                 {"maxWidth", rounded(style.maxWidthFraction)},
+                 {"effects", style.featureSummary()}};
+    if (style.backgroundEnabled)
+        json["box"] = {{"color", formatColor(style.backgroundColor)},
+                       {"radius", rounded(style.cornerRadius)},
+                       {"padding", rounded(style.padding)}};
+    if (style.shadowEnabled)
+        json["shadow"] = {{"opacity", rounded(style.shadowOpacity)},
+                          {"radius", rounded(style.shadowRadius)}};
+    if (style.outlineEnabled)
+        json["outline"] = {{"color", formatColor(style.strokeColor)},
+                           {"width", rounded(style.strokeWidth)}};
+    return json;
 }
 
 Json trackSummaryJSON(Project const& project, Track const& track)

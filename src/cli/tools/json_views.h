@@ -26,6 +26,9 @@ nlohmann::json clipJSON(Project const& project, Track const& track, Clip const& 
 /// The clip with this id; null when it is gone.
 nlohmann::json clipJSON(Project const& project, Id const& clipID);
 
+/// A look: what its text is set in, and those of its effects that are on.
+nlohmann::json styleJSON(CaptionStyle const& style);
+
 nlohmann::json assetJSON(AppState const& editor, MediaAsset const& asset);
 
 nlohmann::json mediaInfoJSON(MediaInfo const& info);

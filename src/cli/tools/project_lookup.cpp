@@ -27,10 +27,8 @@ std::filesystem::path workspaceOf(ToolArgs const& args, AppState& editor)
         return accepted(Workspace::openable(*current));
 
     std::filesystem::path const folder = accepted(Workspace::openable(*around));
-    if (!current || Workspace::canonicalPath(*current) != Workspace::canonicalPath(folder)) {
-        Workspace::setUrl(folder, editor.defaults());
-        Workspace::remember(folder, editor.defaults());
-    }
+    if (!current || Workspace::canonicalPath(*current) != Workspace::canonicalPath(folder))
+        editor.setWorkspace(folder);
     return folder;
 }
 

@@ -70,8 +70,7 @@ ToolResult showWorkspace(ToolArgs const& args, AppState& editor)
         folder = *given;
         Workspace::setUp(folder);
         folder = accepted(Workspace::openable(folder));
-        Workspace::setUrl(folder, editor.defaults());
-        Workspace::remember(folder, editor.defaults());
+        editor.setWorkspace(folder);
     } else {
         folder = workspaceOf(args, editor);
     }

@@ -35,7 +35,20 @@ Json projectSummary(AppState const& editor)
     return json;
 }
 
-Json statusJSON(AppState& editor, FontRegistry const& fonts)
+/// What is wrong or odd in the files of saved looks; empty when all is well.
+Json looksNotedJSON(StyleStores const& styles)
+{
+    Json notes = Json::array();
+    for (StyleStore const* const store : {&styles.captions, &styles.texts}) {
+        if (!store->problem().empty())
+            notes.push_back(validUtf8(store->problem()));
+        for (std::string const& note : store->notes())
+            notes.push_back(store->fileName() + ": " + note);
+    }
+    return notes;
+}
+
+Json statusJSON(AppState& editor, StyleStores const& styles, FontRegistry const& fonts)
 {
     Json json = {{"version", FRAMEWRIGHT_VERSION}};
     if (auto const folder = Workspace::url(editor.defaults())) {
@@ -56,6 +69,8 @@ Json statusJSON(AppState& editor, FontRegistry const& fonts)
         json["problem"] = validUtf8(editor.errorMessage());
     if (Json replaced = fontReportJSON(editor.project(), fonts); !replaced.empty())
         json["fonts"] = std::move(replaced);
+    if (Json notes = looksNotedJSON(styles); !notes.empty())
+        json["looks"] = std::move(notes);
     if (!editor.isOpen()) {
         json["project"] = nullptr;
         return json;
@@ -86,9 +101,9 @@ std::vector<Tool> readingTools(EditorTools tools)
             .name = "status",
             .description = "The workspace, the open project and its tracks in short. Start here.",
             .params = {},
-            .action = [&editor, &fonts](ToolArgs) -> Task<ToolResult> {
+            .action = [&editor, &styles = tools.styles, &fonts](ToolArgs) -> Task<ToolResult> {
                 co_await editor.assetsLoaded();
-                co_return ToolResult::json(statusJSON(editor, fonts));
+                co_return ToolResult::json(statusJSON(editor, styles, fonts));
             },
         },
         {

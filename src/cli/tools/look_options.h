@@ -1,0 +1,28 @@
+#pragma once
+
+#include "cli/tool.h"
+
+namespace framewright {
+
+// The options that say what a text is set in, of every command that takes them.
+
+namespace LookOption {
+
+inline Param<Font> const font{"font", "A font by its name, e.g. Strong or Bebas Neue.",
+                              optionalParam};
+inline Param<Number> const size{
+    "size", "Font size in points at 1080 px width (8-240; 60-120 for titles).", optionalParam};
+inline Param<Color> const color{"color", "Text color, #RRGGBB.", optionalParam};
+inline Param<Flag> const uppercase{"uppercase", "Set in capitals.", optionalParam};
+
+} // namespace LookOption
+
+/// Changes what a look is set in as far as a command says so; whether it says anything. A size that
+/// is none throws ToolError.
+bool applyLookOptions(ToolArgs const& args, CaptionStyle& style);
+
+/// Reads a number of a look. Throws ToolError when it is out of range.
+void setLookNumber(ToolArgs const& args, Param<Number> const& param, CaptionStyle& style,
+                   float CaptionStyle::*member);
+
+} // namespace framewright

@@ -1,0 +1,115 @@
+// Commands for on-screen texts.
+
+#include "cli/references.h"
+#include "cli/tools/clip_results.h"
+#include "cli/tools/editor_tools.h"
+#include "cli/tools/look_options.h"
+#include "cli/values.h"
+
+namespace framewright {
+
+namespace {
+
+Param<Text> const newWords{"text", "The words. A newline starts a new line."};
+Param<Moment> const at{"at", "When it appears (default: the playhead).", optionalParam};
+Param<Number> const duration{"duration", "How long it stays, seconds (default 3).", optionalParam};
+Param<TrackRef> const track{
+    "track", "A text track (default: the first unlocked one, or a new one on top).", optionalParam};
+Param<Text> const favoriteName{
+    "favorite",
+    "A text favorite by name (see favorites): Classic, Modern, Strong, Neon, Typewriter, Meme…",
+    optionalParam};
+Param<Number> const x{"x", "Center, 0-1 across the canvas (0.5 is the middle).", optionalParam};
+Param<Number> const y{
+    "y", "Center, 0-1 down the canvas (0.5 middle, 0.2 near the top, 0.8 near the bottom).",
+    optionalParam};
+
+Param<ClipRef> const clip{"clip", "t1:2 or a text clip id."};
+Param<Text> const words{"text", "The words. A newline starts a new line.", optionalParam};
+Param<Number> const newDuration{
+    "duration", "New length in seconds (use clip-move / clip-trim for timing beyond that).",
+    optionalParam};
+
+/// Changes a text's look and place as far as a command says so; whether it says anything.
+bool applyOptions(ToolArgs const& args, StyleStore const& favorites, TextOverlay& text)
+{
+    auto const wanted = args.find(favoriteName);
+    if (wanted)
+        text.style = favorite(favorites.styles(), *wanted, "text favorite");
+    bool const changesLook = applyLookOptions(args, text.style);
+    text.x = args.get(x, text.x);
+    text.y = args.get(y, text.y);
+    return wanted || changesLook || args.has(x) || args.has(y);
+}
+
+ToolResult addText(ToolArgs const& args, EditorTools const& tools)
+{
+    AppState& editor = tools.editor;
+    requireProject(editor);
+    NewText text;
+    text.text.text = args[newWords];
+    text.text.style = tools.styles.texts.defaultStyle();
+    applyOptions(args, tools.styles.texts, text.text);
+    text.time = args.get(at, editor.currentTime());
+    text.length = args.get(duration, textLength);
+    text.trackID = args.find(track);
+    if (text.trackID) {
+        Track const& onto = *editor.project().track(*text.trackID);
+        if (onto.kind != TrackKind::text)
+            throw ToolError(trackTitle(editor.project(), onto) + " is not a text track.");
+        requireUnlocked(editor.project(), onto);
+    }
+    double const wantedStart = text.time;
+    Placed const placed = accepted(editor.addText(std::move(text)));
+    return clipResult(editor, placed.clipID, wantedStart);
+}
+
+ToolResult setText(ToolArgs const& args, EditorTools const& tools)
+{
+    AppState& editor = tools.editor;
+    Id const id = args[clip];
+    ClipPlace const place = *findClip(editor.project(), id);
+    if (!place.clip->isText())
+        throw ToolError(clipRef(editor.project(), *place.track, *place.clip) +
+                        " is not a text clip.");
+    requireUnlocked(editor.project(), *place.track);
+
+    TextChanges changes;
+    TextOverlay text = place.clip->text ? **place.clip->text : TextOverlay();
+    bool const changesLook = applyOptions(args, tools.styles.texts, text);
+    text.text = args.get(words, text.text);
+    if (changesLook || args.has(words))
+        changes.text = std::move(text);
+    changes.length = args.find(newDuration);
+    if (!changes.text && !changes.length)
+        throw ToolError("Give something to change: text, duration, favorite, font, size, color, "
+                        "uppercase, x or y.");
+    accepted(editor.changeText(id, changes));
+    return clipResult(editor, id);
+}
+
+} // namespace
+
+std::vector<Tool> textTools(EditorTools tools)
+{
+    using namespace LookOption;
+    return {
+        {
+            .name = "text_add",
+            .description = "Put on-screen text over the picture for a stretch of time, wearing a "
+                           "favorite look (or the default) with optional overrides. Returns the "
+                           "clip; place it with x/y (normalized center).",
+            .params = {newWords, at, duration, track, favoriteName, font, size, color, uppercase, x,
+                       y},
+            .action = [tools](ToolArgs args) { return addText(args, tools); },
+        },
+        {
+            .name = "text_set",
+            .description = "Change a text clip's words, look or position.",
+            .params = {clip, words, newDuration, favoriteName, font, size, color, uppercase, x, y},
+            .action = [tools](ToolArgs args) { return setText(args, tools); },
+        },
+    };
+}
+
+} // namespace framewright
