@@ -49,6 +49,10 @@ class Texts(EditorTestCase):
                 answer, "That would run into the next text on Text 1; it can last up to 3 s."
             )
 
+    def test_a_font_that_is_not_there_is_told(self):
+        _, note = self.text_add("Hello", "--font=Avenir Next Bold")
+        self.assertRegex(note, r"^AvenirNext-Bold is not installed; .+ stands in for it\.$")
+
     def test_words_come_back_as_they_were_given(self):
         for words in (
             "  two\nlines, a \"quote\", a back\\slash and \\n  ",

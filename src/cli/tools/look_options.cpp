@@ -31,6 +31,12 @@ void setLookNumber(ToolArgs const& args, Param<Number> const& param, CaptionStyl
     style.*member = number;
 }
 
+std::string standInNote(CaptionStyle const& style, FontRegistry const& fonts)
+{
+    auto const standIn = fonts.find(style.fontName).standIn;
+    return standIn ? style.fontName + " is not installed; " + *standIn + " stands in for it." : "";
+}
+
 bool applyLookOptions(ToolArgs const& args, CaptionStyle& style)
 {
     if (auto const name = args.find(LookOption::font))

@@ -1,6 +1,9 @@
 #pragma once
 
 #include "cli/tool.h"
+#include "text/font_registry.h"
+
+#include <string>
 
 namespace framewright {
 
@@ -20,6 +23,9 @@ inline Param<Flag> const uppercase{"uppercase", "Set in capitals.", optionalPara
 /// Changes what a look is set in as far as a command says so; whether it says anything. A size that
 /// is none throws ToolError.
 bool applyLookOptions(ToolArgs const& args, CaptionStyle& style);
+
+/// A sentence that says which font stands in for the look's; empty when its own is there.
+std::string standInNote(CaptionStyle const& style, FontRegistry const& fonts);
 
 /// Reads a number of a look. Throws ToolError when it is out of range.
 void setLookNumber(ToolArgs const& args, Param<Number> const& param, CaptionStyle& style,

@@ -189,8 +189,10 @@ ToolResult saveLook(ToolArgs const& args, EditorTools const& tools)
 
     std::string const did = known ? "Changed" : "Made";
     store.upsert(look);
+    std::string const standIn = standInNote(look, tools.fonts);
     return ToolResult::json({{"look", lookJSON(store, look)}},
-                            did + " the " + whatOf(of) + " " + look.name + ".");
+                            did + " the " + whatOf(of) + " " + look.name + "." +
+                                (standIn.empty() ? "" : "\n" + standIn));
 }
 
 ToolResult deleteLook(ToolArgs const& args, EditorTools const& tools)

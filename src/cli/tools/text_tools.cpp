@@ -42,6 +42,17 @@ bool applyOptions(ToolArgs const& args, StyleStore const& favorites, TextOverlay
     return wanted || changesLook || args.has(x) || args.has(y);
 }
 
+ToolResult textResult(EditorTools const& tools, Id const& id,
+                      std::optional<double> wantedStart = std::nullopt)
+{
+    ToolResult result = clipResult(tools.editor, id, wantedStart);
+    auto const place = findClip(tools.editor.project(), id);
+    std::string const note = standInNote((*place->clip->text)->style, tools.fonts);
+    if (!note.empty())
+        result.text += "\n" + note;
+    return result;
+}
+
 ToolResult addText(ToolArgs const& args, EditorTools const& tools)
 {
     AppState& editor = tools.editor;
@@ -61,7 +72,7 @@ ToolResult addText(ToolArgs const& args, EditorTools const& tools)
     }
     double const wantedStart = text.time;
     Placed const placed = accepted(editor.addText(std::move(text)));
-    return clipResult(editor, placed.clipID, wantedStart);
+    return textResult(tools, placed.clipID, wantedStart);
 }
 
 ToolResult setText(ToolArgs const& args, EditorTools const& tools)
@@ -85,7 +96,7 @@ ToolResult setText(ToolArgs const& args, EditorTools const& tools)
         throw ToolError("Give something to change: text, duration, favorite, font, size, color, "
                         "uppercase, x or y.");
     accepted(editor.changeText(id, changes));
-    return clipResult(editor, id);
+    return textResult(tools, id);
 }
 
 } // namespace
