@@ -68,7 +68,7 @@ std::optional<std::string> systemFont(std::string_view text)
                     std::string(text.substr(colon + 1)) + "\".");
 }
 
-/// What somebody may have meant, in the order of likelihood.
+/// What somebody may have meant, the likeliest first.
 std::vector<std::string> nearFonts(std::string_view text, std::span<std::string const> installed)
 {
     std::vector<std::string> names;
@@ -81,21 +81,19 @@ std::vector<std::string> nearFonts(std::string_view text, std::span<std::string 
 
     constexpr std::size_t enough = 3;
     std::vector<std::string> near;
-    auto const add = [&](std::string const& name) {
-        if (near.size() < enough && std::ranges::find(near, name) == near.end())
-            near.push_back(name);
+    auto const addThose = [&](auto const& isNear) {
+        for (std::string const& name : names) {
+            if (near.size() < enough && isNear(name) && std::ranges::find(near, name) == near.end())
+                near.push_back(name);
+        }
     };
-    for (std::string const& name : names) {
-        if (lowered(name).starts_with(lowered(text)))
-            add(name);
-    }
-    while (near.size() < enough) {
-        auto const nearest = nearestWord(text, names);
-        if (!nearest)
-            break;
-        add(*nearest);
-        std::erase(names, *nearest);
-    }
+    if (auto const nearest = nearestWord(text, names))
+        addThose([&](std::string const& name) { return name == *nearest; });
+    addThose([&](std::string const& name) { return lowered(name).starts_with(lowered(text)); });
+    addThose([&](std::string const& name) {
+        std::string const firstWord = name.substr(0, name.find(' '));
+        return nearestWord(text, std::span(&firstWord, 1)).has_value();
+    });
     return near;
 }
 

@@ -55,6 +55,7 @@ TEST(FontNames, OthersAreRefusedWithWhatIsNear)
     };
     for (Case const& c : {
              Case{"Bebass Neue", "No font called Bebass Neue. Did you mean Bebas Neue?"},
+             Case{"Bebass", "No font called Bebass. Did you mean Bebas Neue?"},
              Case{"Helvetica Neue", "No font called Helvetica Neue. Did you mean Helvetica Neue "
                                     "Light, Helvetica Neue Medium or Helvetica Neue Bold?"},
              Case{"DejaVu Sans", "No font called DejaVu Sans. Did you mean DejaVuSans?"},
