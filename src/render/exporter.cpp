@@ -11,8 +11,11 @@
 #include "render/export_checks.h"
 #include "render/frame_compositor.h"
 #include "render/frame_queue.h"
+#include "render/remaining_time.h"
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <cmath>
 #include <exception>
 #include <limits>
@@ -123,6 +126,31 @@ struct Job {
     }
 };
 
+/// Tells how far the export is, about once per percent of the pictures that are encoded.
+class ProgressReports {
+public:
+    ProgressReports(int frames, WatchedWork& watched) : m_frames(frames), m_watched(watched) {}
+
+    void tell(int encoded)
+    {
+        int const percent = int(100.0 * encoded / m_frames);
+        if (percent == m_told)
+            return;
+        m_told = percent;
+        auto const elapsed = std::chrono::steady_clock::now() - m_begin;
+        auto const left =
+            m_remaining.after(percent / 100.0, std::chrono::duration<double>(elapsed).count());
+        m_watched.report(percent / 100.0, left ? "Rendering, " + timeLeft(*left) : "Rendering");
+    }
+
+private:
+    int m_frames;
+    WatchedWork& m_watched;
+    std::chrono::steady_clock::time_point m_begin = std::chrono::steady_clock::now();
+    RemainingTime m_remaining;
+    int m_told = -1;
+};
+
 /// Encodes what comes out of the queue, on a thread of its own, until that is complete.
 class EncodingThread {
 public:
@@ -142,6 +170,9 @@ public:
     EncodingThread(EncodingThread const&) = delete;
     EncodingThread& operator=(EncodingThread const&) = delete;
 
+    /// How many pictures the encoder has taken.
+    int written() const { return m_written; }
+
     /// Waits until everything is written; throws what went wrong.
     void finish()
     {
@@ -152,7 +183,7 @@ public:
     }
 
 private:
-    static void encode(Job const& job, MovieWriter& writer, FrameQueue& queue, WatchedWork& watched)
+    void encode(Job const& job, MovieWriter& writer, FrameQueue& queue, WatchedWork& watched)
     {
         constexpr auto writing = WatchedWork::Thread::writing;
         SoundTrack sound(job.plan);
@@ -163,6 +194,7 @@ private:
             watched.enter(writing, "mixing the sound");
             writer.writeSound(sound.ofFrame(written++));
             watched.enter(writing, nullptr);
+            m_written = written;
         }
         if (written < job.plan.frames)
             return throwIfStopped(watched.stop()); // Or drawing failed, and says why.
@@ -171,6 +203,7 @@ private:
     }
 
     FrameQueue& m_queue;
+    std::atomic<int> m_written = 0;
     std::exception_ptr m_failure;
     std::jthread m_thread; ///< Last: it uses the others.
 };
@@ -191,13 +224,10 @@ void render(Job const& job, WatchedWork& watched)
     std::stop_callback const whenStopped(watched.stop(), [&queue] { queue.abandon(); });
     EncodingThread encoding(job, writer, queue, watched);
 
-    int reported = -1;
+    ProgressReports progress(plan.frames, watched);
     for (int frame = 0; frame < plan.frames; ++frame) {
         throwIfStopped(watched.stop());
-        int const percent = int(100.0 * frame / plan.frames);
-        if (percent != reported)
-            watched.report(percent / 100.0, "Rendering");
-        reported = percent;
+        progress.tell(encoding.written());
         watched.enter(drawing, "reading and drawing the picture");
         Frame picture = compositor.draw(plan.timeOf(frame));
         watched.enter(drawing, nullptr);

@@ -57,7 +57,8 @@ struct ExportResult {
     int framesPerSecond = 0;
 };
 
-/// How far an export is, from 0 to 1, and what it is doing: "Rendering", then "Finishing".
+/// How far an export is, from 0 to 1 and never back, and what it is doing: "Rendering", then
+/// "Rendering, 12 s left", then "Finishing".
 using ExportProgress = std::function<void(double fraction, std::string_view stage)>;
 
 /// What an export learns from the machine. Tests put in their own.
