@@ -34,6 +34,18 @@ void open(AVCodecContext& encoder, std::filesystem::path const& file)
         throw libraryFailure(file, "written", result);
 }
 
+/// Keeps noise, water and confetti from filling what no platform takes: 20 Mbit/s at 1080p, which
+/// ordinary footage stays below, and no more than that in any one second.
+void setCap(AVCodecContext& encoder)
+{
+    constexpr double atFullHD = 20e6;
+    constexpr double fullHD = 1920.0 * 1080;
+    constexpr double least = 1e6;
+    double const cap = std::max(least, atFullHD * encoder.width * encoder.height / fullHD);
+    encoder.rc_max_rate = std::int64_t(cap);
+    encoder.rc_buffer_size = int(std::min(cap, 2e9));
+}
+
 void setColors(AVCodecContext& encoder, ColorTags colors)
 {
     encoder.color_primaries = static_cast<AVColorPrimaries>(colors.primaries);
@@ -70,6 +82,7 @@ CodecHandle openPictureEncoder(MovieSettings const& settings, std::filesystem::p
     encoder->gop_size = std::max(1, settings.framesPerSecond / 2);
     encoder->flags |= AV_CODEC_FLAG_CLOSED_GOP;
     encoder->pix_fmt = formatOf(isHLG ? PixelLayout::yuv420p10() : PixelLayout::yuv420p8());
+    setCap(*encoder);
     setColors(*encoder, isHLG ? ColorTags::hlg() : ColorTags::bt709());
 
     av_opt_set(encoder->priv_data, "preset", settings.preset, 0);
