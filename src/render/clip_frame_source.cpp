@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace framewright {
 
@@ -12,6 +13,9 @@ namespace {
 /// A decoder that is needed again within this time stays open. Seconds.
 constexpr double soon = 5;
 constexpr int smallestPhoto = 16;
+/// No side of a photo is read larger, however far it is zoomed into: the largest export has 3840
+/// pixels, and each photo that is shown at a time takes three bytes for each pixel.
+constexpr int largestPhoto = 4096;
 
 /// The segment of a track at a time. Cuts nearer than the tolerance are drawn as one, so it may be
 /// the neighbour that is meant.
@@ -39,9 +43,10 @@ std::optional<Frame> ClipFrameSource::frame(Layer const& layer, double time)
     CompositionSegment const* const segment = track ? segmentNear(*track, time) : nullptr;
     if (!segment || segment->source == CompositionSegment::Source::black)
         return std::nullopt; // Between two cuts that are nearer than the media engine counts.
+    closeFinished(time);
     try {
         return segment->source == CompositionSegment::Source::still
-                   ? still(layer, *segment)
+                   ? still(layer, *track, *segment, time)
                    : footage(*track, *segment, time);
     } catch (MediaError const& error) {
         throw MediaError(error.cause, "Can't draw " + segment->name + ". " + error.what());
@@ -60,37 +65,54 @@ Frame ClipFrameSource::footage(CompositionTrack const& track, CompositionSegment
 {
     Playing& playing = m_playing[track.id];
     if (playing.segment != &segment) {
+        leave(track, time);
         int const lane = m_reading == Reading::forward ? track.id : 0;
-        CompositionSegment const* const left = playing.segment;
-        playing = {};
-        if (left && m_reading == Reading::forward)
-            closeUnneeded(track, *left, time);
-        playing = {&segment, m_readers.reader(segment.file, lane)};
+        playing = {&segment, m_readers.reader(segment.file, lane), std::nullopt};
     }
     // A time that was rounded into the segment must not show what lies before its beginning.
     double const start = segment.timeRange.start.seconds();
     return playing.reader->frameAt(segment.sourceTimeAt(std::max(time, start)));
 }
 
-Frame ClipFrameSource::still(Layer const& layer, CompositionSegment const& segment)
+/// It stays with its track while it plays there, so any number may be seen at once.
+Frame ClipFrameSource::still(Layer const& layer, CompositionTrack const& track,
+                             CompositionSegment const& segment, double time)
 {
-    AffineTransform const& transform = layer.placement.transform;
-    double const scale = std::hypot(transform.a, transform.b);
-    double const whole = std::max(layer.naturalSize.width, layer.naturalSize.height);
-    double const needed = std::max(std::ceil(whole * std::min(scale, 1.0)), double(smallestPhoto));
-    return m_photos.photo(segment.file, int(needed));
+    Playing& playing = m_playing[track.id];
+    if (playing.segment != &segment || !playing.photo) {
+        leave(track, time);
+        AffineTransform const& transform = layer.placement.transform;
+        double const scale = std::hypot(transform.a, transform.b);
+        double const whole = std::max(layer.naturalSize.width, layer.naturalSize.height);
+        double const needed = std::ceil(whole * std::min(scale, 1.0));
+        int const side = int(std::clamp<double>(needed, smallestPhoto, largestPhoto));
+        playing = {&segment, nullptr, m_photos.photo(segment.file, side)};
+    }
+    return *playing.photo;
 }
 
-void ClipFrameSource::closeUnneeded(CompositionTrack const& track, CompositionSegment const& left,
-                                    double time)
+/// Lets go of what tracks held that play nothing any more.
+void ClipFrameSource::closeFinished(double time)
 {
+    for (auto const& [id, playing] : m_playing) {
+        if (playing.segment && playing.segment->timeRange.end.seconds() <= time)
+            leave(*m_composition.track(id), time);
+    }
+}
+
+/// Lets go of what the track held, before the next is opened: there need not be room for both.
+void ClipFrameSource::leave(CompositionTrack const& track, double time)
+{
+    CompositionSegment const* const left = std::exchange(m_playing[track.id], {}).segment;
+    if (!left || m_reading == Reading::anywhere)
+        return;
     bool const isNeeded =
         std::ranges::any_of(track.segments, [&](CompositionSegment const& segment) {
-            return segment.file == left.file && segment.timeRange.end.seconds() > time &&
+            return segment.file == left->file && segment.timeRange.end.seconds() > time &&
                    segment.timeRange.start.seconds() < time + soon;
         });
     if (!isNeeded)
-        m_readers.close(left.file, track.id);
+        m_readers.close(left->file, track.id);
 }
 
 } // namespace framewright

@@ -29,11 +29,14 @@ private:
     struct Playing { ///< What a track shows at the moment.
         CompositionSegment const* segment = nullptr;
         std::shared_ptr<VideoReader> reader;
+        std::optional<Frame> photo;
     };
 
     Frame footage(CompositionTrack const& track, CompositionSegment const& segment, double time);
-    Frame still(Layer const& layer, CompositionSegment const& segment);
-    void closeUnneeded(CompositionTrack const& track, CompositionSegment const& left, double time);
+    Frame still(Layer const& layer, CompositionTrack const& track,
+                CompositionSegment const& segment, double time);
+    void closeFinished(double time);
+    void leave(CompositionTrack const& track, double time);
 
     BuiltComposition const& m_composition;
     OpenReaders& m_readers;

@@ -33,7 +33,7 @@ constexpr double previewLongSide = 960;
 constexpr double hevcQuality = 22;
 constexpr std::size_t queuedFrames = 4;
 constexpr std::size_t keptReaders = 4; ///< Beyond those in use: for cuts back and forth.
-constexpr std::size_t keptPhotos = 4;
+constexpr std::size_t keptPhotos = 2;
 
 /// Of each decoder. Decoding is about a third of the work, and each thread more holds a picture.
 int decoderThreads()
