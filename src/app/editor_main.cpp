@@ -7,6 +7,7 @@
 #include "editor/export_session.h"
 #include "editor/thumbnail_writer.h"
 #include "platform/user_defaults.h"
+#include "render/caption_burner.h"
 #include "render/still_frames.h"
 #include "styles/style_store.h"
 #include "text/font_registry.h"
@@ -108,8 +109,9 @@ int runEditor(int argc, char** argv)
     QObject::connect(&editor, &AppState::saved, &styles.texts, [&] { styles.syncStyles(); });
     // Shared, since work that stalled may outlive what follows.
     auto const fonts = std::make_shared<FontRegistry const>(carriedFontsFolder());
-    ExportSession exports(editor);
-    StillFrames stills;
+    auto const burner = std::make_shared<CaptionBurner const>(fonts);
+    ExportSession exports(editor, burner);
+    StillFrames stills(burner);
     ThumbnailWriter const thumbnails(editor, stills);
     EditorReferences const references(editor, *fonts);
     Toolbox const toolbox(allTools({editor, exports, stills, styles, *fonts,

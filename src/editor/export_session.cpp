@@ -40,7 +40,7 @@ QCoro::Task<Outcome<ExportResult>> ExportSession::run(ExportSettings settings,
     Running const running(m_isRunning);
 
     co_await m_editor.assetsLoaded();
-    Exporter const exporter(m_editor.project(), m_editor.assets(), std::move(settings));
+    Exporter const exporter(m_editor.project(), m_editor.assets(), m_burner, std::move(settings));
     auto const render = [exporter, progress, stop] { return exporter.run(progress, stop); };
     co_return co_await onWorker(render);
 }

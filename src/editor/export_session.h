@@ -6,6 +6,7 @@
 #include <QCoro/QCoroTask>
 
 #include <filesystem>
+#include <memory>
 #include <stop_token>
 
 namespace framewright {
@@ -15,7 +16,10 @@ namespace framewright {
 /// It renders a snapshot on a worker thread; editing goes on. Main thread only.
 class ExportSession {
 public:
-    explicit ExportSession(AppState& editor) : m_editor(editor) {}
+    ExportSession(AppState& editor, std::shared_ptr<CaptionBurner const> burner)
+        : m_editor(editor), m_burner(std::move(burner))
+    {
+    }
 
     bool isRunning() const { return m_isRunning; }
 
@@ -26,6 +30,7 @@ public:
 
 private:
     AppState& m_editor;
+    std::shared_ptr<CaptionBurner const> m_burner;
     bool m_isRunning = false;
 };
 

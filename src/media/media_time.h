@@ -24,6 +24,8 @@ struct MediaTimeRange {
     MediaTime start;
     MediaTime end;
 
+    bool contains(MediaTime time) const { return start <= time && time < end; }
+
     bool operator==(MediaTimeRange const&) const = default;
 };
 

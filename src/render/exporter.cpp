@@ -260,10 +260,11 @@ std::uintmax_t ExportSurroundings::freeBytes(std::filesystem::path const& folder
     return failed ? std::numeric_limits<std::uintmax_t>::max() : space.available;
 }
 
-Exporter::Exporter(Project project, AssetStore assets, ExportSettings settings,
-                   ExportSurroundings surroundings)
+Exporter::Exporter(Project project, AssetStore assets, std::shared_ptr<CaptionBurner const> burner,
+                   ExportSettings settings, ExportSurroundings surroundings)
     : m_project(std::move(project)),
       m_assets(std::move(assets)),
+      m_burner(std::move(burner)),
       m_settings(std::move(settings)),
       m_surroundings(std::move(surroundings))
 {
@@ -291,7 +292,8 @@ ExportResult Exporter::run(ExportProgress const& progress, std::stop_token stop)
                                    : DynamicRange::standard;
     CompositionBuilder::Output const output{size(), exportFrameRate(m_project, m_assets), true,
                                             range};
-    Plan plan{CompositionBuilder::build(m_project, m_assets, output), start, 0};
+    auto const overlays = m_burner->overlays(m_project, m_assets, output.renderSize);
+    Plan plan{CompositionBuilder::build(m_project, m_assets, output, overlays), start, 0};
     plan.frames = std::max(1, int(std::lround((end - start) * output.framesPerSecond)));
     if (auto const problem = CompositionValidator::problem(plan.composition))
         throw ExportError(ExportError::Cause::media, *problem);

@@ -3,11 +3,13 @@
 #include "media/media_info.h"
 #include "model/project.h"
 #include "render/asset_store.h"
+#include "render/caption_burner.h"
 #include "render/watched_work.h"
 
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <stop_token>
@@ -75,8 +77,8 @@ struct ExportSurroundings {
 /// meanwhile doesn't change the movie.
 class Exporter {
 public:
-    Exporter(Project project, AssetStore assets, ExportSettings settings,
-             ExportSurroundings surroundings = {});
+    Exporter(Project project, AssetStore assets, std::shared_ptr<CaptionBurner const> burner,
+             ExportSettings settings, ExportSurroundings surroundings = {});
 
     /// The size that the movie will have.
     PixelSize size() const;
@@ -95,6 +97,7 @@ public:
 private:
     Project m_project;
     AssetStore m_assets;
+    std::shared_ptr<CaptionBurner const> m_burner;
     ExportSettings m_settings;
     ExportSurroundings m_surroundings;
 };

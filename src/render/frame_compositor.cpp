@@ -37,18 +37,24 @@ FrameCompositor::FrameCompositor(VideoComposition video, FrameSource& source)
 
 Frame FrameCompositor::draw(double time)
 {
-    std::size_t const index = m_video.instructionIndexAt(MediaTime::fromSeconds(time));
+    auto const mediaTime = MediaTime::fromSeconds(time);
+    std::size_t const index = m_video.instructionIndexAt(mediaTime);
     if (m_instruction != index)
         enter(index);
     std::vector<Drawn> stack = collect(time);
+    OverlayPainter::Pictures overlays = overlaysAt(mediaTime);
     bool const isRepeated =
-        m_last && overlays() == m_lastOverlays &&
+        m_last && overlays == m_lastOverlays &&
         std::ranges::equal(stack, m_lastStack,
                            [](Drawn const& a, Drawn const& b) { return a.looksLike(b); });
-    if (!isRepeated)
-        m_last = goesThrough(stack) ? *stack.front().picture : paint(stack, time);
+    if (overlays.empty())
+        m_overlayPainter.forget();
+    if (!isRepeated) {
+        m_last = overlays.empty() && goesThrough(stack) ? *stack.front().picture
+                                                        : paint(stack, overlays, time);
+    }
     m_lastStack = std::move(stack);
-    m_lastOverlays = overlays();
+    m_lastOverlays = std::move(overlays);
     return *m_last;
 }
 
@@ -89,8 +95,7 @@ std::vector<FrameCompositor::Drawn> FrameCompositor::collect(double time)
 /// Whether the picture in front is already what would be drawn.
 bool FrameCompositor::goesThrough(std::vector<Drawn> const& stack) const
 {
-    if (!overlays().empty() || stack.size() != 1 || !stack.front().picture ||
-        !stack.front().isOpaque())
+    if (stack.size() != 1 || !stack.front().picture || !stack.front().isOpaque())
         return false;
     Drawn const& drawn = stack.front();
     Frame const& picture = *drawn.picture;
@@ -102,7 +107,8 @@ bool FrameCompositor::goesThrough(std::vector<Drawn> const& stack) const
            drawn.layer.placement.uncropped;
 }
 
-Frame FrameCompositor::paint(std::vector<Drawn> const& stack, double time)
+Frame FrameCompositor::paint(std::vector<Drawn> const& stack,
+                             OverlayPainter::Pictures const& overlays, double time)
 {
     Frame frame(m_video.renderSize.width, m_video.renderSize.height, layoutFor(m_video.colors),
                 m_video.colors);
@@ -123,13 +129,19 @@ Frame FrameCompositor::paint(std::vector<Drawn> const& stack, double time)
                                               error.what());
         }
     }
-    m_overlayPainter.paint(frame, overlays());
+    m_overlayPainter.paint(frame, overlays);
     return frame;
 }
 
-std::vector<Overlay> const& FrameCompositor::overlays() const
+/// Those that are seen at a time, the last one foremost.
+OverlayPainter::Pictures FrameCompositor::overlaysAt(MediaTime time) const
 {
-    return m_video.instructions[*m_instruction].overlays;
+    OverlayPainter::Pictures seen;
+    for (Overlay const& overlay : m_video.instructions[*m_instruction].overlays) {
+        if (overlay.timeRange.contains(time))
+            seen.push_back(overlay.picture);
+    }
+    return seen;
 }
 
 } // namespace framewright

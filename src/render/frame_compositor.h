@@ -61,9 +61,10 @@ private:
 
     void enter(std::size_t instruction);
     std::vector<Drawn> collect(double time);
+    OverlayPainter::Pictures overlaysAt(MediaTime time) const;
     bool goesThrough(std::vector<Drawn> const& stack) const;
-    Frame paint(std::vector<Drawn> const& stack, double time);
-    std::vector<Overlay> const& overlays() const;
+    Frame paint(std::vector<Drawn> const& stack, OverlayPainter::Pictures const& overlays,
+                double time);
     PixelRect canvas() const { return {0, 0, m_video.renderSize.width, m_video.renderSize.height}; }
 
     VideoComposition m_video;
@@ -73,7 +74,7 @@ private:
     std::optional<std::size_t> m_instruction; ///< The one that `m_parts` belong to.
     std::vector<Part> m_parts;                ///< Front to back.
     std::vector<Drawn> m_lastStack;
-    std::vector<Overlay> m_lastOverlays;
+    OverlayPainter::Pictures m_lastOverlays;
     std::optional<Frame> m_last;
 };
 

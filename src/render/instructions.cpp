@@ -5,7 +5,6 @@
 #include "model/time_rules.h"
 
 #include <algorithm>
-#include <iterator>
 
 namespace framewright {
 
@@ -129,10 +128,38 @@ std::vector<Layer> layersAt(double time, std::vector<DrawnTrack>& tracks, AssetS
     return layers;
 }
 
-bool intersect(MediaTimeRange const& a, MediaTimeRange const& b)
-{
-    return a.start < b.end && b.start < a.end;
-}
+/// Finds the overlays that are seen during ranges asked for in rising order.
+class OverlayCursor {
+public:
+    explicit OverlayCursor(std::span<Overlay const> overlays) : m_overlays(overlays)
+    {
+        for (std::size_t n = 0; n < overlays.size(); ++n)
+            m_waiting.push_back(n);
+        std::ranges::stable_sort(m_waiting, {}, [&](std::size_t n) { return start(n); });
+    }
+
+    /// In their own order.
+    std::vector<Overlay> during(MediaTimeRange const& range)
+    {
+        for (; m_next < m_waiting.size() && start(m_waiting[m_next]) < range.end; ++m_next)
+            m_begun.push_back(m_waiting[m_next]);
+        std::erase_if(m_begun,
+                      [&](std::size_t n) { return m_overlays[n].timeRange.end <= range.start; });
+        std::ranges::sort(m_begun);
+        std::vector<Overlay> seen;
+        for (std::size_t const n : m_begun)
+            seen.push_back(m_overlays[n]);
+        return seen;
+    }
+
+private:
+    MediaTime start(std::size_t n) const { return m_overlays[n].timeRange.start; }
+
+    std::span<Overlay const> m_overlays;
+    std::vector<std::size_t> m_waiting; ///< By their starts.
+    std::vector<std::size_t> m_begun;
+    std::size_t m_next = 0;
+};
 
 } // namespace
 
@@ -160,6 +187,7 @@ VideoComposition CompositionBuilder::video(Project const& project, AssetStore co
     if (cuts.size() == 1)
         cuts.push_back(cuts.front()); // An empty piece has one instruction all the same.
     double const lastEnd = end.value_or(duration);
+    OverlayCursor burned(output.burnsInText ? overlays : std::span<Overlay const>());
     MediaTime start;
     for (std::size_t n = 0; n + 1 < cuts.size(); ++n) {
         bool const isLast = n + 2 == cuts.size() || (end && cuts[n + 1] >= *end);
@@ -171,12 +199,7 @@ VideoComposition CompositionBuilder::video(Project const& project, AssetStore co
         start = instruction.timeRange.end;
         instruction.layers =
             layersAt((cuts[n] + cuts[n + 1]) / 2, tracks, assets, fillerTrack, output.renderSize);
-        if (output.burnsInText) {
-            std::ranges::copy_if(overlays, std::back_inserter(instruction.overlays),
-                                 [&](Overlay const& overlay) {
-                                     return intersect(overlay.timeRange, instruction.timeRange);
-                                 });
-        }
+        instruction.overlays = burned.during(instruction.timeRange);
         video.instructions.push_back(std::move(instruction));
         if (isLast)
             break;

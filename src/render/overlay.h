@@ -1,30 +1,35 @@
 #pragma once
 
 #include "media/media_time.h"
-#include "render/geometry.h"
+#include "text/placed_image.h"
 
-#include <cstdint>
 #include <memory>
-#include <vector>
 
 namespace framewright {
 
-/// A drawn text: 8-bit RGBA, premultiplied, rows without padding.
-struct OverlayImage {
-    int width = 0;
-    int height = 0;
-    std::vector<std::uint8_t> pixels;
+/// Something that is drawn only when it is seen: a piece may have thousands of captions, and a
+/// single frame of it needs one.
+class OverlayPicture {
+public:
+    virtual ~OverlayPicture() = default;
 
-    bool operator==(OverlayImage const&) const = default;
+    /// Draws it. Any thread may call; it is the same image each time, for anyone who asks.
+    virtual std::shared_ptr<PlacedImage const> draw() const = 0;
+
+    /// Whether both draw the same.
+    virtual bool isLike(OverlayPicture const& other) const = 0;
 };
 
 /// A text, a caption or the name of a placeholder as it is burned into the picture.
 struct Overlay {
     MediaTimeRange timeRange;
-    Rect frame; ///< In render pixels; whole numbers, as large as the image.
-    std::shared_ptr<OverlayImage const> image; ///< Shared, and never changed once it stands here.
+    std::shared_ptr<OverlayPicture const> picture; ///< Never null.
 
-    bool operator==(Overlay const&) const = default;
+    bool operator==(Overlay const& other) const
+    {
+        return timeRange == other.timeRange &&
+               (picture == other.picture || picture->isLike(*other.picture));
+    }
 };
 
 } // namespace framewright

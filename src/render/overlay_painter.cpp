@@ -48,27 +48,26 @@ void put(Frame::WritablePlane const& plane, int x, int y, double value, int bitD
         reinterpret_cast<std::uint16_t*>(row)[x] = std::uint16_t(scaled);
 }
 
-PixelRect visiblePart(Overlay const& overlay, Frame const& canvas)
+/// The part of the image that lies on the canvas, with even edges; empty when none does.
+PixelRect drawnPart(PlacedImage const& image, Frame const& canvas)
 {
-    int const left = int(std::lround(overlay.frame.x)), top = int(std::lround(overlay.frame.y));
-    return {std::max(0, left), std::max(0, top),
-            std::min(canvas.width(), left + overlay.image->width),
-            std::min(canvas.height(), top + overlay.image->height)};
+    PixelRect const visible{std::max(0, image.x), std::max(0, image.y),
+                            std::min(canvas.width(), image.x + image.width),
+                            std::min(canvas.height(), image.y + image.height)};
+    if (visible.isEmpty())
+        return {};
+    return {visible.left & ~1, visible.top & ~1, (visible.right + 1) & ~1,
+            (visible.bottom + 1) & ~1};
 }
 
 } // namespace
 
-OverlayPainter::Converted OverlayPainter::converted(Overlay const& overlay,
-                                                    PixelRect const& visible, Frame const& canvas)
+OverlayPainter::Converted OverlayPainter::converted(PlacedImage const& image,
+                                                    PixelRect const& drawn, Frame const& canvas)
 {
-    PixelRect const drawn{visible.left & ~1, visible.top & ~1, (visible.right + 1) & ~1,
-                          (visible.bottom + 1) & ~1};
     int const width = drawn.width(), height = drawn.height();
     int const depth = canvas.layout().bitDepth;
-    Converted made{overlay.image,
-                   visible,
-                   drawn,
-                   Frame(width, height, canvas.layout(), canvas.colors()),
+    Converted made{Frame(width, height, canvas.layout(), canvas.colors()),
                    Frame(width, height, maskLayout, {}),
                    Frame(width / 2, height / 2, maskLayout, {})};
     std::array const planes = {made.picture.writablePlane(0), made.picture.writablePlane(1),
@@ -76,11 +75,8 @@ OverlayPainter::Converted OverlayPainter::converted(Overlay const& overlay,
     Frame::WritablePlane const mask = made.mask.writablePlane(0);
     Frame::WritablePlane const chromaMask = made.chromaMask.writablePlane(0);
 
-    int const originX = int(std::lround(overlay.frame.x)),
-              originY = int(std::lround(overlay.frame.y));
     auto const pixel = [&](int x, int y) {
-        int const column = drawn.left + x - originX, row = drawn.top + y - originY;
-        OverlayImage const& image = *overlay.image;
+        int const column = drawn.left + x - image.x, row = drawn.top + y - image.y;
         if (column < 0 || row < 0 || column >= image.width || row >= image.height)
             return WeightedYUV();
         return fromPremultiplied(&image.pixels[(std::size_t(row) * image.width + column) * 4]);
@@ -105,29 +101,36 @@ OverlayPainter::Converted OverlayPainter::converted(Overlay const& overlay,
     return made;
 }
 
-void OverlayPainter::paint(Frame& canvas, std::vector<Overlay> const& overlays)
+OverlayPainter::Kept OverlayPainter::kept(std::shared_ptr<OverlayPicture const> const& picture,
+                                          Frame const& canvas)
 {
-    std::vector<Converted> kept;
-    for (Overlay const& overlay : overlays) {
-        PixelRect const visible = visiblePart(overlay, canvas);
-        if (visible.isEmpty())
-            continue;
-        auto const known = std::ranges::find_if(m_converted, [&](Converted const& one) {
-            return one.image == overlay.image && one.visible == visible;
-        });
-        kept.push_back(known != m_converted.end() ? *known : converted(overlay, visible, canvas));
-        Converted const& made = kept.back();
-        int const bytes = canvas.layout().bytesPerSample();
-        for (int i = 0; i < 3; ++i) {
-            int const shift = i > 0 ? 1 : 0;
-            blendPlane(partOf(canvas.writablePlane(i), made.drawn.left >> shift,
-                              made.drawn.top >> shift, made.drawn.width() >> shift,
-                              made.drawn.height() >> shift, bytes),
-                       made.picture.plane(i), (i > 0 ? made.chromaMask : made.mask).plane(0),
-                       fullWeight, bytes);
+    auto const image = picture->draw();
+    PixelRect const drawn = drawnPart(*image, canvas);
+    Kept made{picture, drawn, {}};
+    if (!drawn.isEmpty())
+        made.converted.push_back(converted(*image, drawn, canvas));
+    return made;
+}
+
+void OverlayPainter::paint(Frame& canvas, Pictures const& pictures)
+{
+    std::vector<Kept> keeping;
+    int const bytes = canvas.layout().bytesPerSample();
+    for (auto const& picture : pictures) {
+        auto const known = std::ranges::find(m_kept, picture, &Kept::picture);
+        keeping.push_back(known != m_kept.end() ? *known : kept(picture, canvas));
+        PixelRect const& drawn = keeping.back().drawn;
+        for (Converted const& made : keeping.back().converted) {
+            for (int i = 0; i < 3; ++i) {
+                int const shift = i > 0 ? 1 : 0;
+                blendPlane(partOf(canvas.writablePlane(i), drawn.left >> shift, drawn.top >> shift,
+                                  drawn.width() >> shift, drawn.height() >> shift, bytes),
+                           made.picture.plane(i), (i > 0 ? made.chromaMask : made.mask).plane(0),
+                           fullWeight, bytes);
+            }
         }
     }
-    m_converted = std::move(kept);
+    m_kept = std::move(keeping);
 }
 
 } // namespace framewright

@@ -55,14 +55,24 @@ struct DrawingDesk {
 
 /// A project, built for pictures of one width.
 struct BuiltPiece {
-    BuiltPiece(Project const& project, AssetStore const& assets, int pixels)
+    /// `times` is when pictures of it are wanted.
+    BuiltPiece(Project const& project, AssetStore const& assets, CaptionBurner const& burner,
+               TimeSpan times, int pixels)
         : width(std::max(1, pixels)),
           framesPerSecond(exportFrameRate(project, assets)),
-          lastFrame(std::max(1.0, std::round(project.videoDuration() * framesPerSecond)) - 1),
-          composition(CompositionBuilder::build(project, assets,
-                                                {canvasWithWidth(project.aspect, pixels),
-                                                 framesPerSecond, true, DynamicRange::standard}))
+          lastFrame(std::max(1.0, std::round(project.videoDuration() * framesPerSecond)) - 1)
     {
+        PixelSize const size = canvasWithWidth(project.aspect, pixels);
+        TimeSpan const shown{shownTime(times.start), shownTime(times.end)};
+        composition = CompositionBuilder::build(
+            project, assets, {size, framesPerSecond, true, DynamicRange::standard},
+            burner.overlays(project, assets, size, shown));
+    }
+
+    /// At or after the end that of the last frame.
+    double shownTime(double time) const
+    {
+        return std::clamp(time, 0.0, lastFrame / framesPerSecond);
     }
 
     int width;
@@ -82,11 +92,9 @@ public:
     {
     }
 
-    /// At or after the end the last frame.
     RGBImage image(double time)
     {
-        double const last = m_piece.lastFrame / m_piece.framesPerSecond;
-        Frame const frame = m_compositor.draw(std::clamp(time, 0.0, last));
+        Frame const frame = m_compositor.draw(m_piece.shownTime(time));
         return screenImage(frame, m_piece.width, m_piece.composition.video.renderSize.height);
     }
 
@@ -100,7 +108,7 @@ private:
 
 class StillFrames::Impl {
 public:
-    explicit Impl(int openReaders)
+    Impl(std::shared_ptr<CaptionBurner const> burner, int openReaders) : m_burner(std::move(burner))
     {
         std::size_t const count = std::clamp(std::thread::hardware_concurrency(), 1u, mostDesks);
         std::size_t const readers = std::max<std::size_t>(1, std::size_t(openReaders) / count);
@@ -110,7 +118,7 @@ public:
 
     RGBImage draw(Project const& project, AssetStore const& assets, double time, int width)
     {
-        BuiltPiece const piece(project, assets, width);
+        BuiltPiece const piece(project, assets, *m_burner, {time, time}, width);
         // The first one first: that is where decoders wait that were used last.
         for (auto const& desk : m_desks) {
             std::unique_lock const lock(desk->mutex, std::try_to_lock);
@@ -125,7 +133,10 @@ public:
     std::vector<RGBImage> draw(Project const& project, AssetStore const& assets,
                                std::span<double const> times, int width)
     {
-        BuiltPiece const piece(project, assets, width);
+        if (times.empty())
+            return {};
+        auto const [first, last] = std::ranges::minmax(times);
+        BuiltPiece const piece(project, assets, *m_burner, {first, last}, width);
         std::vector<std::size_t> order(times.size());
         std::iota(order.begin(), order.end(), 0);
         std::ranges::stable_sort(order, {}, [&](std::size_t n) { return times[n]; });
@@ -168,9 +179,13 @@ public:
 
 private:
     std::vector<std::unique_ptr<DrawingDesk>> m_desks;
+    std::shared_ptr<CaptionBurner const> m_burner;
 };
 
-StillFrames::StillFrames(int openReaders) : m_impl(std::make_unique<Impl>(openReaders)) {}
+StillFrames::StillFrames(std::shared_ptr<CaptionBurner const> burner, int openReaders)
+    : m_impl(std::make_unique<Impl>(std::move(burner), openReaders))
+{
+}
 StillFrames::~StillFrames() = default;
 
 RGBImage StillFrames::image(Project const& project, AssetStore const& assets, double time,

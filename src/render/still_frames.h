@@ -2,6 +2,7 @@
 
 #include "model/project.h"
 #include "render/asset_store.h"
+#include "render/caption_burner.h"
 
 #include <cstdint>
 #include <memory>
@@ -29,7 +30,7 @@ std::vector<std::uint8_t> pngFile(RGBImage const& image);
 /// so never call it on the main thread.
 class StillFrames {
 public:
-    explicit StillFrames(int openReaders = 8);
+    explicit StillFrames(std::shared_ptr<CaptionBurner const> burner, int openReaders = 8);
     ~StillFrames();
 
     /// The picture of the piece at `time` seconds, `width` pixels wide, in the shape of the canvas

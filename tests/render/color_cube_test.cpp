@@ -198,7 +198,7 @@ TEST_F(RealHDR, ShowsNeitherDarkNorWashedOutNorClipped)
             GTEST_SKIP() << file << " is not there.";
         Id const id = loaded(file);
         Project const piece = project({videoTrack({clip(id, 0, 2)})});
-        RGBImage const image = StillFrames(1).image(piece, assets, 1, 270);
+        RGBImage const image = StillFrames(burner, 1).image(piece, assets, 1, 270);
         std::vector<std::uint8_t> sorted = image.pixels;
         std::ranges::sort(sorted);
         auto const part = [&](double fraction) {

@@ -1,5 +1,6 @@
 #include "render/composition_builder.h"
 
+#include "painted_overlay.h"
 #include "project_making.h"
 #include "render/composition_validator.h"
 
@@ -373,7 +374,7 @@ TEST(Instructions, MayEndElsewhere)
 TEST(Instructions, CarryTheOverlaysOfTheirTime)
 {
     Project const piece = project({videoTrack({clip(photo, 0, 1), clip(photo, 1, 1)})});
-    Overlay const overlay{{{300}, {600}}, {0, 0, 2, 2}, std::make_shared<OverlayImage>()};
+    Overlay const overlay{{{300}, {600}}, std::make_shared<PaintedOverlay>(PlacedImage())};
     auto const counts = [&](Output const& output) {
         std::vector<std::size_t> found;
         auto const built =

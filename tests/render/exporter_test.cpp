@@ -38,7 +38,7 @@ protected:
         settings.file = folder / "out.mp4";
         if (!settings.height)
             settings.height = 480;
-        return Exporter(piece, assets, settings).run();
+        return Exporter(piece, assets, burner, settings).run();
     }
 
     /// When the middle of the picture turns white, and when the sound sets in. Seconds.
@@ -166,7 +166,7 @@ TEST_F(ExportedMovie, IsLeftOnlyWhenItIsComplete)
     auto const cancelledAt = [&](double fraction) {
         return sentenceOf(
             [&] {
-                Exporter(piece, assets, {.file = target, .height = 480})
+                Exporter(piece, assets, burner, {.file = target, .height = 480})
                     .run(
                         [&](double done, std::string_view) {
                             progress.push_back(done);
@@ -184,7 +184,7 @@ TEST_F(ExportedMovie, IsLeftOnlyWhenItIsComplete)
 
     std::filesystem::remove(folder / "flashes.mp4");
     std::string const sentence =
-        sentenceOf([&] { Exporter(piece, assets, {.file = target, .height = 480}).run(); },
+        sentenceOf([&] { Exporter(piece, assets, burner, {.file = target, .height = 480}).run(); },
                    ExportError::Cause::media);
     EXPECT_THAT(sentence, HasSubstr("clip 1 on Video"));
     EXPECT_THAT(sentence, HasSubstr("flashes.mp4"));
@@ -198,7 +198,7 @@ TEST_F(ExportedMovie, NeedsARangeAndAPlace)
     auto const sentence = [&](Project const& which, ExportSettings settings,
                               ExportError::Cause cause) {
         settings.file = settings.file.empty() ? folder / "out.mp4" : settings.file;
-        return sentenceOf([&] { Exporter(which, assets, settings).run(); }, cause);
+        return sentenceOf([&] { Exporter(which, assets, burner, settings).run(); }, cause);
     };
     constexpr auto empty = ExportError::Cause::emptyRange;
     EXPECT_EQ(sentence(newProject(), {}, empty), "The range is empty.");
@@ -272,7 +272,10 @@ TEST_F(ExportedMovie, IsCheckedBeforeAndAfter)
     std::ofstream(target) << "what stood there before";
     auto const sentence = [&](ExportSurroundings const& surroundings, ExportError::Cause cause) {
         return sentenceOf(
-            [&] { Exporter(piece, assets, {.file = target, .height = 480}, surroundings).run(); },
+            [&] {
+                Exporter(piece, assets, burner, {.file = target, .height = 480}, surroundings)
+                    .run();
+            },
             cause);
     };
 
@@ -328,7 +331,8 @@ TEST_F(ExportedMovie, IsGivenUpWhenItHangs)
     };
     std::string const sentence = sentenceOf(
         [&] {
-            Exporter(piece, assets, {.file = folder / "out.mp4", .height = 480}, hanging).run();
+            Exporter(piece, assets, burner, {.file = folder / "out.mp4", .height = 480}, hanging)
+                .run();
         },
         ExportError::Cause::stalled);
     EXPECT_THAT(sentence, HasSubstr("checking the file made no progress for 30 seconds"));
@@ -358,7 +362,8 @@ TEST_F(ExportedMovie, HasTheSizeThatWasAskedFor)
          }) {
         Project piece;
         piece.aspect = c.aspect;
-        EXPECT_EQ(Exporter(piece, {}, c.settings).size(), c.size) << ratioName(c.aspect);
+        EXPECT_EQ(Exporter(piece, {}, testBurner(), c.settings).size(), c.size)
+            << ratioName(c.aspect);
     }
 }
 

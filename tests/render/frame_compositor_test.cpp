@@ -1,5 +1,6 @@
 #include "render/frame_compositor.h"
 
+#include "painted_overlay.h"
 #include "project_making.h"
 #include "render/composition_builder.h"
 #include "synthetic_frames.h"
@@ -435,15 +436,16 @@ TEST(Compositor, PicturesMayBeOfAnySize)
 
 TEST(Compositor, OverlaysLieInFront)
 {
-    auto image = std::make_shared<OverlayImage>(OverlayImage{3, 3, {}});
-    for (int n = 0; n < 9; ++n)
-        image->pixels.insert(image->pixels.end(), {128, 0, 0, 128}); // Half transparent red.
+    auto const at = [](int x, int y) {
+        PlacedImage image{x, y, 3, 3, {}};
+        for (int n = 0; n < 9; ++n)
+            image.pixels.insert(image.pixels.end(), {128, 0, 0, 128}); // Half transparent red.
+        return Overlay{{{0}, {600}}, std::make_shared<PaintedOverlay>(image)};
+    };
     PaintedSource source;
     source.show(1, painted(64, 96, flat(100, 128, 128)));
     VideoComposition video = drawing({layer(1, sized(64, 96))});
-    video.instructions[0].overlays = {{{{0}, {600}}, {11, 21, 3, 3}, image},
-                                      {{{0}, {600}}, {62, 94, 3, 3}, image},
-                                      {{{0}, {600}}, {-9, 0, 3, 3}, image}};
+    video.instructions[0].overlays = {at(11, 21), at(62, 94), at(-9, 0)};
     Frame const frame = FrameCompositor(video, source).draw(0);
     int const half = (100 + 63) / 2; // BT.709 red is 63, 102, 240.
     struct Case {
@@ -458,16 +460,40 @@ TEST(Compositor, OverlaysLieInFront)
     EXPECT_EQ(sample(frame, 2, 4, 11), 128);
 }
 
+TEST(Compositor, DrawsAnOverlayWhenItIsSeen)
+{
+    auto const image = std::make_shared<PaintedOverlay>(
+        PlacedImage{10, 20, 4, 4, std::vector<std::uint8_t>(64, 255)});
+    auto const never = std::make_shared<PaintedOverlay>(PlacedImage());
+    PaintedSource source;
+    source.show(1, painted(64, 96, flat(100, 128, 128)));
+    VideoComposition video = drawing({layer(1, sized(64, 96))});
+    video.instructions[0].overlays = {{{{60}, {120}}, image}, {{{400}, {600}}, never}};
+    FrameCompositor compositor(video, source);
+    // It comes at its start, goes at its end, and comes again.
+    for (auto const& [time, luma] : {std::pair{0.0, 100},
+                                     {0.099, 100},
+                                     {0.1, 235},
+                                     {0.15, 235},
+                                     {0.199, 235},
+                                     {0.2, 100},
+                                     {0.5, 100},
+                                     {0.12, 235}})
+        EXPECT_EQ(sample(compositor.draw(time), 0, 12, 22), luma) << time;
+    EXPECT_EQ(image->timesDrawn, 2); // Once each time: it is not kept while it isn't seen.
+    EXPECT_EQ(never->timesDrawn, 0);
+}
+
 TEST(Compositor, PutsStandardRangeAtReferenceWhiteInHDR)
 {
     // White of BT.709 is 75 % of HLG, whether it is a picture's or a text's.
-    auto image = std::make_shared<OverlayImage>(OverlayImage{4, 4, {}});
-    image->pixels.assign(64, 255);
+    auto const image = std::make_shared<PaintedOverlay>(
+        PlacedImage{10, 4, 4, 4, std::vector<std::uint8_t>(64, 255)});
     PaintedSource source;
     source.show(1, painted(64, 48, flat(235, 128, 128)));
     VideoComposition video = drawing({layer(1, sized(64, 48))});
     video.colors = ColorTags::hlg();
-    video.instructions[0].overlays = {{{{0}, {600}}, {10, 4, 4, 4}, image}};
+    video.instructions[0].overlays = {{{{0}, {600}}, image}};
     Frame const frame = FrameCompositor(video, source).draw(0);
     ASSERT_EQ(frame.layout(), PixelLayout::yuv420p10());
     constexpr int white = 64 + 876 * 3 / 4;

@@ -3,6 +3,7 @@
 #include "media/media_info.h"
 #include "project_making.h"
 #include "render/asset_store.h"
+#include "test_burner.h"
 
 #include <gtest/gtest.h>
 
@@ -62,6 +63,7 @@ protected:
         return std::size_t(std::distance(std::filesystem::directory_iterator(folder), {}));
     }
 
+    std::shared_ptr<CaptionBurner const> burner = testBurner();
     std::filesystem::path folder;
     AssetStore assets;
 };

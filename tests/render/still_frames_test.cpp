@@ -19,7 +19,7 @@ using testing::HasSubstr;
 
 class Stills : public MadeMedia {
 protected:
-    StillFrames stills{4};
+    StillFrames stills{burner, 4};
 };
 
 std::array<int, 3> pixel(RGBImage const& image, double x, double y)

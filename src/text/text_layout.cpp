@@ -1,0 +1,363 @@
+#include "text/text_layout.h"
+
+#include "text/emoji.h"
+#include "text/letter_case.h"
+#include "text/line_breaking.h"
+
+#include <QHash>
+#include <QRawFont>
+#include <QTextBoundaryFinder>
+#include <QTextLayout>
+
+#include <algorithm>
+#include <cmath>
+
+namespace framewright {
+
+namespace {
+
+/// Pixels of an em while lines are set. It doesn't depend on the size that is drawn, so neither do
+/// the breaks. At this size the usual pictures of emoji are as large as they are stored.
+constexpr int emPixels = 109;
+
+constexpr double leastLineHeight = 1.12, mostLineHeight = 1.35; ///< In ems, between baselines.
+constexpr double leastInkGap = 0.04; ///< In ems, between the letters of two lines.
+
+/// One line as the text engine sets it; the places of its glyphs begin at (0, 0) on the baseline.
+struct SetLine {
+    std::vector<SetGlyphs> glyphs;
+    double width = 0;
+    QRectF ink;
+};
+
+/// Whether letters are joined or built up in ways that spacing would tear apart.
+bool isJoinedScript(QString const& text)
+{
+    return std::ranges::any_of(text, [](QChar c) {
+        switch (c.script()) {
+        case QChar::Script_Arabic:
+        case QChar::Script_Syriac:
+        case QChar::Script_Nko:
+        case QChar::Script_Mongolian:
+        case QChar::Script_Devanagari:
+        case QChar::Script_Bengali:
+        case QChar::Script_Gurmukhi:
+            return true;
+        default:
+            return false;
+        }
+    });
+}
+
+/// Sets pieces of text in one font.
+class LineSetter {
+public:
+    LineSetter(CaptionStyle const& style, FontRegistry const& fonts)
+        : m_font(fonts.find(style.fontName).font),
+          m_spacing(double(style.letterSpacing) / style.fontSize * emPixels)
+    {
+        m_font.setPixelSize(emPixels);
+        m_font.setHintingPreference(QFont::PreferNoHinting);
+        m_font.setStyleStrategy(
+            QFont::StyleStrategy(QFont::PreferAntialias | QFont::NoSubpixelAntialias));
+    }
+
+    QFont const& font() const { return m_font; }
+
+    /// What is added after each letter of a text.
+    double spacingIn(QString const& text) const { return isJoinedScript(text) ? 0 : m_spacing; }
+
+    SetLine set(QString const& text, Qt::LayoutDirection direction) const
+    {
+        double const spacing = spacingIn(text);
+        QFont font = m_font;
+        font.setLetterSpacing(QFont::AbsoluteSpacing, spacing);
+        QTextLayout layout(text, font);
+        QTextOption option(Qt::AlignLeft | Qt::AlignAbsolute);
+        option.setTextDirection(direction);
+        option.setUseDesignMetrics(true);
+        option.setWrapMode(QTextOption::NoWrap);
+        layout.setTextOption(option);
+        layout.setFormats(emojiFormats(text));
+        layout.beginLayout();
+        QTextLine line = layout.createLine();
+        if (line.isValid()) {
+            line.setLineWidth(1e7);
+            line.setPosition({0, -line.ascent()});
+        }
+        layout.endLayout();
+
+        SetLine made;
+        if (!line.isValid())
+            return made;
+        // Spacing follows each letter, also the last one.
+        made.width = std::max(0.0, line.naturalTextWidth() - spacing);
+        for (QGlyphRun const& run : layout.glyphRuns())
+            add(run, made);
+        return made;
+    }
+
+private:
+    QList<QTextLayout::FormatRange> emojiFormats(QString const& text) const
+    {
+        QList<QTextLayout::FormatRange> formats;
+        for (TextStretch const& range : emojiStretches(text)) {
+            QTextCharFormat format;
+            QStringList families = m_font.families();
+            families.prepend(emojiFamily());
+            format.setFontFamilies(families);
+            formats.append({int(range.start), int(range.length), format});
+        }
+        return formats;
+    }
+
+    static void add(QGlyphRun const& run, SetLine& to)
+    {
+        QRawFont const font = run.rawFont();
+        auto const indexes = run.glyphIndexes();
+        auto const positions = run.positions();
+        QRectF ink;
+        bool hasContours = false;
+        for (qsizetype n = 0; n < indexes.size(); ++n) {
+            QRectF const bounds = font.boundingRect(indexes[n]);
+            if (bounds.isEmpty())
+                continue;
+            ink |= bounds.translated(positions[n]);
+            hasContours = hasContours || !font.pathForGlyph(indexes[n]).isEmpty();
+        }
+        if (ink.isEmpty())
+            return; // Spaces.
+        to.ink |= ink;
+        to.glyphs.push_back({run, ink, !hasContours});
+    }
+
+    QFont m_font;
+    double m_spacing;
+};
+
+/// What a font's lines look like, in ems.
+struct LineShape {
+    double height;  ///< Between baselines.
+    double capital; ///< The height of capitals.
+    double below;   ///< How far usual letters reach below the baseline.
+};
+
+LineShape lineShape(QFont const& font, bool isUppercase)
+{
+    QRawFont const raw = QRawFont::fromFont(font);
+    double const em = emPixels;
+    double const capital = raw.capHeight() > 0 ? raw.capHeight() / em : 0.7;
+    double below = 0.12;
+    if (!isUppercase) {
+        for (quint32 const glyph : raw.glyphIndexesForString(QStringLiteral("gjpy")))
+            below = std::max(below, raw.boundingRect(glyph).bottom() / em);
+    }
+    double const natural = (raw.ascent() + raw.descent()) / em;
+    return {std::clamp(natural, leastLineHeight, mostLineHeight), std::clamp(capital, 0.4, 1.0),
+            std::min(below, 0.4)};
+}
+
+bool isSpace(QChar c)
+{
+    return c.isSpace() && c != QChar::Nbsp;
+}
+
+/// The text as it is drawn: newlines of one kind, no characters that control devices, in capitals
+/// where the style says so.
+QString drawnText(std::string const& utf8, bool isUppercase)
+{
+    // No more bytes than could be drawn: a character has at most four.
+    QString text = QString::fromUtf8(
+        utf8.data(), qsizetype(std::min(utf8.size(), std::size_t(drawnCharacters) * 4)));
+    text.truncate(drawnCharacters);
+    text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+    for (QChar& c : text) {
+        if (c == u'\r' || c == u'\v' || c == u'\f' || c == QChar::LineSeparator ||
+            c == QChar::ParagraphSeparator || c.unicode() == 0x85)
+            c = u'\n';
+        else if (c != u'\n' && c.category() == QChar::Other_Control)
+            c = u' ';
+    }
+    return isUppercase ? capitals(text) : text;
+}
+
+/// A piece of a paragraph, and where it stands there.
+struct Piece {
+    qsizetype start;
+    qsizetype end; ///< Without the spaces that follow.
+    WordPiece measure;
+};
+
+/// Cuts a paragraph where lines may break, and what is too long for a line anywhere.
+class Pieces {
+public:
+    Pieces(QString const& paragraph, LineSetter const& setter, Qt::LayoutDirection direction,
+           double maxWidth)
+        : m_paragraph(paragraph), m_setter(setter), m_direction(direction)
+    {
+        QTextBoundaryFinder breaks(QTextBoundaryFinder::Line, paragraph);
+        qsizetype start = 0;
+        for (qsizetype next = breaks.toNextBoundary(); next > 0; next = breaks.toNextBoundary()) {
+            addWord(start, next, maxWidth);
+            start = next;
+        }
+        if (start < paragraph.size())
+            addWord(start, paragraph.size(), maxWidth);
+    }
+
+    std::vector<Piece> const& all() const { return m_pieces; }
+
+private:
+    void addWord(qsizetype start, qsizetype next, double maxWidth)
+    {
+        qsizetype end = next;
+        while (end > start && isSpace(m_paragraph[end - 1]))
+            --end;
+        double const width = widthOf(start, end);
+        double const space = next > end ? widthOf(end, next) : 0;
+        if (width <= maxWidth)
+            m_pieces.push_back({start, end, {width, space}});
+        else
+            addParts(start, end, space, width / std::ceil(width / maxWidth), maxWidth);
+    }
+
+    /// Parts about as long as `wanted`.
+    void addParts(qsizetype start, qsizetype end, double space, double wanted, double maxWidth)
+    {
+        QString const word = m_paragraph.mid(start, end - start);
+        QTextBoundaryFinder clusters(QTextBoundaryFinder::Grapheme, word);
+        qsizetype from = 0, last = 0;
+        double width = 0;
+        for (qsizetype next = clusters.toNextBoundary(); next > 0;
+             next = clusters.toNextBoundary()) {
+            double const one = widthOf(start + last, start + next);
+            if (width > 0 && (width >= wanted || width + one > maxWidth)) {
+                m_pieces.push_back({start + from, start + last, {width, 0}});
+                from = last;
+                width = 0;
+            }
+            width += one;
+            last = next;
+        }
+        m_pieces.push_back({start + from, end, {width, space}});
+    }
+
+    double widthOf(qsizetype start, qsizetype end)
+    {
+        QString const text = m_paragraph.mid(start, end - start);
+        auto const known = m_widths.constFind(text);
+        if (known != m_widths.constEnd())
+            return *known;
+        // Spacing between this piece and its neighbour, which a piece alone doesn't show.
+        double const width = m_setter.set(text, m_direction).width + m_setter.spacingIn(text);
+        return *m_widths.insert(text, width);
+    }
+
+    QString const& m_paragraph;
+    LineSetter const& m_setter;
+    Qt::LayoutDirection m_direction;
+    QHash<QString, double> m_widths;
+    std::vector<Piece> m_pieces;
+};
+
+std::vector<SetLine> linesOf(QString const& paragraph, LineSetter const& setter, double maxWidth)
+{
+    auto const direction = paragraph.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight;
+    Pieces const pieces(paragraph, setter, direction, maxWidth);
+    std::vector<WordPiece> measures;
+    for (Piece const& piece : pieces.all())
+        measures.push_back(piece.measure);
+    std::vector<SetLine> lines;
+    std::size_t next = 0;
+    for (std::size_t const count : balancedLines(measures, maxWidth)) {
+        Piece const& first = pieces.all()[next];
+        Piece const& last = pieces.all()[next + count - 1];
+        lines.push_back(setter.set(paragraph.mid(first.start, last.end - first.start), direction));
+        next += count;
+    }
+    if (lines.empty())
+        lines.emplace_back();
+    return lines;
+}
+
+bool isBlank(SetLine const& line)
+{
+    return line.glyphs.empty();
+}
+
+/// Puts the lines under each other.
+TextLayout stacked(std::vector<SetLine> set, LineShape const& shape, double unit)
+{
+    TextLayout layout;
+    layout.unit = unit;
+    double const em = emPixels;
+    double baseline = (shape.below + shape.capital) * em;
+    SetLine const* above = nullptr;
+    double aboveBaseline = 0;
+    for (SetLine& line : set) {
+        if (above) {
+            baseline = aboveBaseline + shape.height * em;
+            double const gap = baseline + line.ink.top() - aboveBaseline - above->ink.bottom();
+            if (!isBlank(line) && !isBlank(*above))
+                baseline += std::max(0.0, leastInkGap * em - gap);
+        }
+        TextLine made;
+        made.baseline = baseline * unit;
+        made.width = line.width * unit;
+        made.letterTop = (baseline - (shape.capital + shape.below) * em) * unit;
+        made.letterBottom = (baseline + shape.below * em) * unit;
+        QPointF const place(-line.width / 2, baseline);
+        QRectF const ink = line.ink.translated(place);
+        made.ink = {ink.topLeft() * unit, ink.size() * unit};
+        for (SetGlyphs& glyphs : line.glyphs) {
+            auto positions = glyphs.run.positions();
+            for (QPointF& position : positions)
+                position += place;
+            glyphs.run.setPositions(positions);
+            glyphs.ink.translate(place);
+            made.glyphs.push_back(glyphs);
+        }
+        layout.height = made.letterBottom;
+        layout.lines.push_back(std::move(made));
+        above = &line;
+        aboveBaseline = baseline;
+    }
+    return layout;
+}
+
+} // namespace
+
+TextLayout layOut(std::string const& text, CaptionStyle const& style, double maxWidth,
+                  FontRegistry const& fonts)
+{
+    LineSetter const setter(style, fonts);
+    double const unit = double(style.fontSize) / emPixels;
+    std::vector<SetLine> lines;
+    for (QString const& paragraph : drawnText(text, style.uppercase).split(u'\n')) {
+        auto more = linesOf(paragraph.trimmed(), setter, maxWidth / unit);
+        std::ranges::move(more, std::back_inserter(lines));
+    }
+    while (!lines.empty() && isBlank(lines.back()))
+        lines.pop_back();
+    lines.erase(lines.begin(), std::ranges::find_if_not(lines, isBlank));
+    return stacked(std::move(lines), lineShape(setter.font(), style.uppercase), unit);
+}
+
+QPainterPath TextLayout::contours(TextLine const& line) const
+{
+    QPainterPath path;
+    for (SetGlyphs const& glyphs : line.glyphs) {
+        if (glyphs.isColored)
+            continue;
+        QRawFont const font = glyphs.run.rawFont();
+        auto const indexes = glyphs.run.glyphIndexes();
+        auto const positions = glyphs.run.positions();
+        for (qsizetype n = 0; n < indexes.size(); ++n)
+            path.addPath(font.pathForGlyph(indexes[n]).translated(positions[n]));
+    }
+    path = QTransform::fromScale(unit, unit).map(path);
+    path.setFillRule(Qt::WindingFill);
+    return path;
+}
+
+} // namespace framewright
