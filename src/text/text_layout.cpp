@@ -20,6 +20,8 @@ namespace {
 /// the breaks. At this size the usual pictures of emoji are as large as they are stored.
 constexpr int emPixels = 109;
 
+constexpr QChar colorSelector = u'\uFE0F';
+
 constexpr double leastLineHeight = 1.12, mostLineHeight = 1.35; ///< In ems, between baselines.
 constexpr double leastInkGap = 0.04; ///< In ems, between the letters of two lines.
 
@@ -49,6 +51,13 @@ bool isJoinedScript(QString const& text)
     });
 }
 
+/// Whether a font's glyphs are pictures. Asking one of those for a contour leaves it without sizes
+/// for the rest of its life.
+bool isColored(QRawFont const& font)
+{
+    return !font.fontTable("CBLC").isEmpty() || !font.fontTable("sbix").isEmpty();
+}
+
 /// Sets pieces of text in one font.
 class LineSetter {
 public:
@@ -72,13 +81,15 @@ public:
         double const spacing = spacingIn(text);
         QFont font = m_font;
         font.setLetterSpacing(QFont::AbsoluteSpacing, spacing);
-        QTextLayout layout(text, font);
+        QString shown = text;
+        auto const formats = emojiFormats(shown);
+        QTextLayout layout(shown, font);
         QTextOption option(Qt::AlignLeft | Qt::AlignAbsolute);
         option.setTextDirection(direction);
         option.setUseDesignMetrics(true);
         option.setWrapMode(QTextOption::NoWrap);
         layout.setTextOption(option);
-        layout.setFormats(emojiFormats(text));
+        layout.setFormats(formats);
         layout.beginLayout();
         QTextLine line = layout.createLine();
         if (line.isValid()) {
@@ -98,15 +109,26 @@ public:
     }
 
 private:
-    QList<QTextLayout::FormatRange> emojiFormats(QString const& text) const
+    /// Sets emoji in their own font. The selectors that make them emoji have done their work then;
+    /// fonts don't have them, and sequences would be torn where one is looked for elsewhere.
+    QList<QTextLayout::FormatRange> emojiFormats(QString& text) const
     {
+        auto stretches = emojiStretches(text);
+        if (stretches.empty())
+            return {};
+        QTextCharFormat format;
+        format.setFontFamilies(QStringList(emojiFamily()) + m_font.families());
+        // Pictures can't be made bolder; the font engine would leave them out.
+        format.setFontWeight(QFont::Normal);
+        format.setFontItalic(false);
         QList<QTextLayout::FormatRange> formats;
-        for (TextStretch const& range : emojiStretches(text)) {
-            QTextCharFormat format;
-            QStringList families = m_font.families();
-            families.prepend(emojiFamily());
-            format.setFontFamilies(families);
-            formats.append({int(range.start), int(range.length), format});
+        qsizetype removed = 0;
+        for (TextStretch const& stretch : stretches) {
+            QString emoji = text.mid(stretch.start - removed, stretch.length);
+            emoji.remove(colorSelector);
+            text.replace(stretch.start - removed, stretch.length, emoji);
+            formats.append({int(stretch.start - removed), int(emoji.size()), format});
+            removed += stretch.length - emoji.size();
         }
         return formats;
     }
@@ -117,18 +139,16 @@ private:
         auto const indexes = run.glyphIndexes();
         auto const positions = run.positions();
         QRectF ink;
-        bool hasContours = false;
         for (qsizetype n = 0; n < indexes.size(); ++n) {
             QRectF const bounds = font.boundingRect(indexes[n]);
             if (bounds.isEmpty())
                 continue;
             ink |= bounds.translated(positions[n]);
-            hasContours = hasContours || !font.pathForGlyph(indexes[n]).isEmpty();
         }
         if (ink.isEmpty())
             return; // Spaces.
         to.ink |= ink;
-        to.glyphs.push_back({run, ink, !hasContours});
+        to.glyphs.push_back({run, ink, isColored(font)});
     }
 
     QFont m_font;

@@ -81,7 +81,7 @@ TEST_F(Sheet, ShowsTheFramesInTheOrderAskedFor)
         " -map \"[v]\" -c:v libx264 -preset ultrafast -qp 10 -colorspace bt709",
         "colors.mp4");
     Project const piece = project({videoTrack({clip(loaded(file), 0, 3)})});
-    StillFrames stills;
+    StillFrames stills(burner);
     ContactSheet const sheet{2, 90};
     std::vector<double> const times{2.5, 0.5, 1.5};
     RGBImage const image = sheet.draw(stills, piece, assets, times);
