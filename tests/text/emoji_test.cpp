@@ -1,0 +1,46 @@
+#include "text/emoji.h"
+
+#include <gtest/gtest.h>
+
+namespace framewright {
+
+/// The text with its emoji in brackets.
+std::string marked(QString text)
+{
+    auto const stretches = emojiStretches(text);
+    for (auto stretch = stretches.rbegin(); stretch != stretches.rend(); ++stretch) {
+        text.insert(stretch->start + stretch->length, QLatin1Char(']'));
+        text.insert(stretch->start, QLatin1Char('['));
+    }
+    return text.toStdString();
+}
+
+TEST(Emoji, SequencesStayWhole)
+{
+    for (auto const* const expected : {
+             "",
+             "No 1: Ж © 日本 →",
+             "a[😀]b",
+             "[😀👍🏽🎉]",
+             "[🇩🇪🇫🇷]!",
+             "[🇩]x",
+             "[🏴󠁧󠁢󠁳󠁣󠁴󠁿] [👨‍👩‍👧‍👦]",
+             "[❤️‍🔥] [❤️] ❤ [©️]",
+             "[🏳️‍🌈] [👩🏽‍⚕️] [👩‍⚕]",
+             "[1️⃣] [#⃣] 1️ 12",
+             "[⚡] ⚡︎ [✌🏿] ✌",
+             "[👨]‍x",
+         }) {
+        QString plain = QString::fromUtf8(expected);
+        plain.remove(QLatin1Char('[')).remove(QLatin1Char(']'));
+        EXPECT_EQ(marked(plain), expected);
+    }
+}
+
+TEST(Emoji, HalvesOfCharactersAreNone)
+{
+    QString const broken = QString(QChar(0xD83D)) + QLatin1Char('x') + QChar(0xDE00);
+    EXPECT_TRUE(emojiStretches(broken).empty());
+}
+
+} // namespace framewright
