@@ -112,14 +112,15 @@ TEST_F(SameFrames, WhateverTheThreadsAndTheOrder)
 
 TEST_F(SameFrames, InStillsAndInFilesMadeTwice)
 {
-    StillFrames warm;
+    StillFrames warm(burner);
     for (double const time : {1.9, 0.1, 0.75, 0.7, 1.4}) {
         RGBImage const image = warm.image(piece, assets, time, 270);
-        EXPECT_TRUE(image.pixels == StillFrames().image(piece, assets, time, 270).pixels) << time;
+        EXPECT_TRUE(image.pixels == StillFrames(burner).image(piece, assets, time, 270).pixels)
+            << time;
     }
     std::string first;
     for (char const* const name : {"first.mp4", "second.mp4"}) {
-        Exporter(piece, assets, {.file = folder / name, .height = 480}).run();
+        Exporter(piece, assets, burner, {.file = folder / name, .height = 480}).run();
         std::string const content = contentOf(folder / name);
         EXPECT_GT(content.size(), 10'000u);
         EXPECT_TRUE(first.empty() || content == first) << "exported twice";
