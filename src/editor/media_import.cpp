@@ -1,14 +1,13 @@
 // The media of an AppState's project: looking into files, registering them, opening them again.
 
 #include "editor/app_state.h"
+#include "editor/next_emission.h"
 #include "editor/worker_task.h"
 
 #include "media/media_error.h"
 #include "model/file_url.h"
 #include "workspace/media_finder.h"
 #include "workspace/workspace.h"
-
-#include <QCoro/QCoroSignal>
 
 #include <algorithm>
 #include <variant>
@@ -197,7 +196,7 @@ void AppState::moveAssets(std::map<Id, std::filesystem::path> const& found)
 QCoro::Task<void> AppState::assetsLoaded()
 {
     while (m_isLoadingAssets)
-        co_await qCoro(this, &AppState::assetsWereLoaded);
+        co_await NextEmission(this, &AppState::assetsWereLoaded);
 }
 
 std::optional<std::string> AppState::assetProblem(Id const& id) const

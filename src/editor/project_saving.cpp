@@ -1,10 +1,9 @@
 // Saving the project of an AppState, and taking in what others write.
 
 #include "editor/app_state.h"
+#include "editor/next_emission.h"
 #include "editor/worker_task.h"
 #include "workspace/workspace_messages.h"
-
-#include <QCoro/QCoroSignal>
 
 #include <algorithm>
 
@@ -45,7 +44,7 @@ QCoro::Task<void> AppState::saveEnded()
 {
     QPointer<AppState> const self(this);
     while (self && m_isSaving)
-        co_await qCoro(this, &AppState::saved);
+        co_await NextEmission(this, &AppState::saved);
 }
 
 QCoro::Task<bool> AppState::saveNow()
@@ -71,6 +70,7 @@ QCoro::Task<bool> AppState::saveToFile()
     QPointer<AppState> const self(this);
     m_saveTimer.stop();
     m_isSaving = true;
+    ++m_saveCount;
     auto const revision = m_revision;
     std::filesystem::path const file = *m_projectFile;
     std::string problem;
@@ -142,11 +142,22 @@ QCoro::Task<void> AppState::reloadProjectFromDisk()
     QPointer<AppState> const self(this);
     std::filesystem::path const file = *m_projectFile;
     try {
-        ReadProject read = co_await readOnWorker(file);
-        if (!self || file != m_projectFile)
-            co_return;
-        if (read.mark != m_diskMark) {
-            takeOutsideEdit(std::move(read));
+        std::optional<ReadProject> read;
+        std::uint64_t saves = 0;
+        // What is read beside a save may be what that save replaces or writes: an edit of ours, and
+        // not the newest.
+        do {
+            co_await saveEnded();
+            if (!self || file != m_projectFile)
+                co_return;
+            saves = m_saveCount;
+            read.reset();
+            read = co_await readOnWorker(file);
+            if (!self || file != m_projectFile)
+                co_return;
+        } while (saves != m_saveCount);
+        if (read->mark != m_diskMark) {
+            takeOutsideEdit(std::move(*read));
         } else {
             // As we know it: our own write, or what was broken has been put back.
             setErrorMessage({});

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QObject>
+
+#include <coroutine>
+
+namespace framewright {
+
+/// `co_await NextEmission(object, &Object::signal)` goes on after the signal's next emission, from
+/// the event loop, and exactly once however often it is emitted until then. An object that dies
+/// meanwhile never goes on.
+///
+/// QCoro's own waiting for a signal stays connected until the event loop comes round: emitted twice
+/// before that, it resumes a coroutine that has already ended.
+template <class Object, class Signal>
+class NextEmission {
+public:
+    NextEmission(Object* object, Signal signal) : m_object(object), m_signal(signal) {}
+
+    bool await_ready() const { return false; }
+    void await_suspend(std::coroutine_handle<> waiting) const
+    {
+        QObject::connect(
+            m_object, m_signal, m_object, [waiting] { waiting.resume(); },
+            Qt::ConnectionType(Qt::QueuedConnection | Qt::SingleShotConnection));
+    }
+    void await_resume() const {}
+
+private:
+    Object* m_object;
+    Signal m_signal;
+};
+
+} // namespace framewright
