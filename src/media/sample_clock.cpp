@@ -13,6 +13,11 @@ namespace {
 /// may be apart, more than the clocks of telephones jitter. In seconds.
 constexpr double jitter = 0.02;
 
+/// But all blocks that come late or early by this for so long are where their stamps say: phones
+/// give their first block the time that the microphone took to start. In seconds.
+constexpr double lastingShift = 0.01;
+constexpr int lastingBlocks = 8;
+
 bool isPcm(AVCodecID codec)
 {
     return codec >= AV_CODEC_ID_FIRST_AUDIO && codec < AV_CODEC_ID_ADPCM_IMA_QT;
@@ -59,6 +64,27 @@ bool SampleClock::isNear(std::int64_t a, std::int64_t b) const
     return std::abs(a - b) <= std::int64_t(jitter * m_rate);
 }
 
+/// Whether this block of the index and the next ones are all off to the same side by more than
+/// jitter is, if it is placed at `expected`.
+bool SampleClock::isShifted(int entry, std::int64_t expected, int blockLength) const
+{
+    auto const least = std::int64_t(lastingShift * m_rate);
+    auto const shift = [&](int i) {
+        std::int64_t const raw =
+            stamped(avformat_index_get_entry(&m_stream, entry + i)->timestamp) - expected -
+            std::int64_t(i) * blockLength;
+        return raw > least ? 1 : raw < -least ? -1 : 0;
+    };
+    int const side = shift(0);
+    if (side == 0 || entry + lastingBlocks > avformat_index_get_entries_count(&m_stream))
+        return false;
+    for (int i = 1; i < lastingBlocks; ++i) {
+        if (shift(i) != side)
+            return false;
+    }
+    return true;
+}
+
 void SampleClock::countBlocks(int blockLength)
 {
     int const count = avformat_index_get_entries_count(&m_stream);
@@ -67,8 +93,9 @@ void SampleClock::countBlocks(int blockLength)
     std::int64_t expected = m_anchor;
     for (int i = 0; i < count; ++i) {
         std::int64_t const raw = stamped(avformat_index_get_entry(&m_stream, i)->timestamp);
-        std::int64_t const position = isNear(raw, expected) ? expected : raw;
-        isAsStamped = isAsStamped && position == raw;
+        bool const follows = isNear(raw, expected) && !isShifted(i, expected, blockLength);
+        std::int64_t const position = follows ? expected : raw;
+        isAsStamped = isAsStamped && position == raw && (follows || i == 0);
         m_counted.push_back(position);
         expected = position + blockLength;
     }

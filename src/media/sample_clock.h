@@ -12,8 +12,8 @@ namespace framewright {
 ///
 /// Containers stamp blocks in milliseconds, or with the jitter of the clock that recorded them.
 /// Placed by their stamps alone they would overlap or leave gaps, each a click. So blocks whose
-/// stamps are off by little follow each other directly. What is given is the same whether a block
-/// is reached by reading on or by a jump:
+/// stamps are off by little follow each other directly; in MP4 and MOV only if they don't stay
+/// off. What is given is the same whether a block is reached by reading on or by a jump:
 /// - In MP4 and MOV, whose index lists all blocks, it is counted from the beginning of the file.
 /// - Elsewhere it is the stamp, moved to a multiple of the block length from the first block. That
 ///   fails where stamps jitter by more than their own unit, and for blocks of varying length that
@@ -43,6 +43,7 @@ public:
 private:
     std::int64_t stamped(std::int64_t stamp) const;
     bool isNear(std::int64_t a, std::int64_t b) const;
+    bool isShifted(int entry, std::int64_t expected, int blockLength) const;
     void countBlocks(int blockLength);
     void findEnd(MediaInput const& input, FirstBlock const& first);
 

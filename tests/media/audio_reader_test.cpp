@@ -103,6 +103,16 @@ std::vector<Sound> const& sounds()
         {"22 aac.mp4", 22050, {"-c:a", "aac"}, aacTolerance},
         {"48 aac.mkv", 48000, {"-c:a", "aac"}, aacTolerance, 1024},
         {"44 aac.mkv", 44100, {"-c:a", "aac"}, aacTolerance, 1024},
+        // The clocks of telephones: stamps go to and fro, or all but the first come late.
+        {"48 jitter.mp4",
+         48000,
+         {"-c:a", "aac", "-bsf:a", "setts=ts=TS+mod(N\\,2)*620"},
+         aacTolerance},
+        {"48 late.mp4",
+         48000,
+         {"-c:a", "aac", "-bsf:a", "setts=ts=TS+gt(N\\,0)*667"},
+         aacTolerance,
+         667},
         {"44 mp3.mp3", 44100, {"-c:a", "libmp3lame", "-b:a", "160k"}},
         {"44 mp3.mp4", 44100, {"-c:a", "libmp3lame"}},
         // Its predictors are never quite in the same state again.
