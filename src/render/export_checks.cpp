@@ -4,6 +4,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
+#include <set>
+#include <system_error>
 
 namespace framewright {
 
@@ -46,6 +49,30 @@ std::optional<std::string> spaceProblem(std::filesystem::path const& folder, std
     return fmt::format("The export needs about {}, but only {} are free in {}. Free some space or "
                        "export somewhere else.",
                        sizeText(needed), sizeText(free), folder.string());
+}
+
+std::vector<FileIdentity> sourcesOf(BuiltComposition const& composition)
+{
+    std::set<std::filesystem::path> files;
+    for (CompositionTrack const& track : composition.tracks) {
+        for (CompositionSegment const& segment : track.segments)
+            files.insert(segment.file);
+    }
+    files.erase(std::filesystem::path()); // Of the black plate.
+    std::vector<FileIdentity> sources;
+    std::ranges::transform(files, std::back_inserter(sources), FileIdentity::of);
+    return sources;
+}
+
+std::optional<std::string> sourceProblem(std::vector<FileIdentity> const& sources)
+{
+    for (FileIdentity const& source : sources) {
+        std::error_code failed;
+        if (FileIdentity::of(source.file) != source && std::filesystem::exists(source.file, failed))
+            return source.file.filename().string() +
+                   " was changed while it was exported. Nothing was kept; please export again.";
+    }
+    return std::nullopt;
 }
 
 std::optional<std::string> movieProblem(MediaInfo const& found, ExpectedMovie const& expected)

@@ -2,12 +2,15 @@
 
 #include "media/media_info.h"
 #include "model/aspect_preset.h"
+#include "render/composition.h"
 #include "render/exporter.h"
+#include "render/open_files.h"
 
 #include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace framewright {
 
@@ -28,6 +31,13 @@ std::uintmax_t estimatedBytes(ExpectedMovie const& movie);
 /// room.
 std::optional<std::string> spaceProblem(std::filesystem::path const& folder, std::uintmax_t needed,
                                         std::uintmax_t free);
+
+/// The files a composition reads, as they stand now.
+std::vector<FileIdentity> sourcesOf(BuiltComposition const& composition);
+
+/// Which of the sources is another file by now: a sentence. One that is only gone does no harm to
+/// what has been read of it.
+std::optional<std::string> sourceProblem(std::vector<FileIdentity> const& sources);
 
 /// How a movie that was written is not what it was to be: a sentence. Nothing when it is.
 std::optional<std::string> movieProblem(MediaInfo const& found, ExpectedMovie const& expected);

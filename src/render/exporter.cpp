@@ -114,12 +114,20 @@ struct Job {
     std::filesystem::path file;
     MovieSettings movie;
     std::function<MediaInfo(std::filesystem::path const&)> probe;
+    std::vector<FileIdentity> sources;
+
+    void checkSources() const
+    {
+        if (auto const problem = sourceProblem(sources))
+            throw ExportError(ExportError::Cause::media, *problem);
+    }
 
     /// Looks into the file before it takes its place.
     void check(std::filesystem::path const& written, WatchedWork& watched) const
     {
         throwIfStopped(watched.stop());
         watched.enter(WatchedWork::Thread::writing, "checking the file");
+        checkSources();
         if (auto const problem = movieProblem(probe(written), expected))
             throw ExportError(ExportError::Cause::wrongFile, *problem);
         throwIfStopped(watched.stop());
@@ -228,6 +236,8 @@ void render(Job const& job, WatchedWork& watched)
     for (int frame = 0; frame < plan.frames; ++frame) {
         throwIfStopped(watched.stop());
         progress.tell(encoding.written());
+        if (frame % plan.framesPerSecond() == 0)
+            job.checkSources();
         watched.enter(drawing, "reading and drawing the picture");
         Frame picture = compositor.draw(plan.timeOf(frame));
         watched.enter(drawing, nullptr);
@@ -305,8 +315,10 @@ ExportResult Exporter::run(ExportProgress const& progress, std::stop_token stop)
                                  video.colors.isHDR(), m_settings.quality};
     checkSpace(m_surroundings, m_settings.file, expected);
     MovieSettings const movie = movieSettings(video, m_settings.quality);
-    auto const job = std::make_shared<Job const>(
-        Job{std::move(plan), expected, m_settings.file, movie, m_surroundings.probe});
+    std::vector<FileIdentity> sources = sourcesOf(plan.composition);
+    auto const job =
+        std::make_shared<Job const>(Job{std::move(plan), expected, m_settings.file, movie,
+                                        m_surroundings.probe, std::move(sources)});
     struct ReleaseMemory {
         ~ReleaseMemory() { releaseSpareFrames(); }
     } const whenDone;
