@@ -1,7 +1,6 @@
 """An editor in a home of its own, whose processor time and memory can be read."""
 
 import os
-import resource
 import shutil
 import socket
 import struct
@@ -10,11 +9,6 @@ import tempfile
 
 FRAMEWRIGHT = os.environ["FRAMEWRIGHT"]
 TICKS = os.sysconf("SC_CLK_TCK")
-
-
-def children_cpu():
-    used = resource.getrusage(resource.RUSAGE_CHILDREN)
-    return used.ru_utime + used.ru_stime
 
 
 class MeasuredEditor:

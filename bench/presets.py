@@ -7,15 +7,15 @@ import subprocess
 import sys
 import tempfile
 
-from export_settings import FFMPEG, HLG_ENCODER, PICTURE_ENCODER
-from measured_editor import children_cpu
+from export_settings import FFMPEG, encoder, is_hdr, probed
+from measuring import children_cpu
 
 SECONDS = "6"
 PRESETS = {"libx264": ["ultrafast", "superfast", "veryfast", "faster", "fast", "medium"],
            "libx265": ["ultrafast", "superfast", "veryfast", "fast"]}
 
 
-def with_preset(encoder, preset):
+def with_preset(ours, preset):
     changed = list(encoder)
     changed[changed.index("-preset") + 1] = preset
     return changed
@@ -29,16 +29,10 @@ def likeness(movie, source):
     return float(re.search(r"All:[\d.]+ \(([\d.inf]+)\)", shown.stderr).group(1))
 
 
-def is_hdr(clip):
-    shown = subprocess.run(["ffprobe", "-v", "error", "-select_streams", "v:0", "-show_entries",
-                            "stream=color_transfer", "-of", "csv=p=0", clip],
-                           capture_output=True, text=True, check=True).stdout
-    return "arib-std-b67" in shown or "smpte2084" in shown
-
-
 with tempfile.TemporaryDirectory(prefix="framewright-bench-") as folder:
     for clip in sys.argv[1:]:
-        codec, encoder = ("libx265", HLG_ENCODER) if is_hdr(clip) else ("libx264", PICTURE_ENCODER)
+        codec = "libx265" if is_hdr(clip) else "libx264"
+        ours = encoder(int(probed(clip, "stream=width")), int(probed(clip, "stream=height")), is_hdr=is_hdr(clip))
         raw, made = os.path.join(folder, "raw.y4m"), os.path.join(folder, "made.mp4")
         depth = "yuv420p10le" if codec == "libx265" else "yuv420p"
         subprocess.run([*FFMPEG, "-i", clip, "-t", SECONDS, "-an", "-sn", "-dn", "-pix_fmt", depth,
@@ -46,7 +40,7 @@ with tempfile.TemporaryDirectory(prefix="framewright-bench-") as folder:
         print(f"{os.path.basename(clip)}, {codec}")
         for preset in PRESETS[codec]:
             before = children_cpu()
-            subprocess.run([*FFMPEG, "-i", raw, *with_preset(encoder, preset), made], check=True)
+            subprocess.run([*FFMPEG, "-i", raw, *with_preset(ours, preset), made], check=True)
             cpu = children_cpu() - before
             print(f"  {preset:10} cpu {cpu:6.1f} s   size {os.path.getsize(made) / 1e6:6.2f} MB   "
                   f"SSIM {likeness(made, raw):5.2f} dB", flush=True)

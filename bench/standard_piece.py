@@ -1,20 +1,11 @@
-"""The export of the standard piece: 30 s, ten clips of three sources in three shapes, a picture in a
-picture at 80 %, music ducked under a voice. Beside it, in the same run: decoding the used ranges and
-nothing else, encoding the finished frames and nothing else, and one ffmpeg graph that composites the
-same piece. All take the same settings of the encoders."""
+"""The standard piece: 30 s, ten clips of three sources in three shapes, a picture in a picture at 80 %,
+music ducked under a voice; and the same for programs that it is measured beside."""
 
-import os
-import resource
-import statistics
 import subprocess
-import sys
-import tempfile
-import time
 
-from export_settings import ENCODER, FFMPEG, SOUND, TAGS
-from measured_editor import MeasuredEditor
+from export_settings import FFMPEG, TAGS
 
-RUNS = int(sys.argv[1])
+NAME = "the standard piece, without its texts"
 FPS = 30
 
 # name: width, height, seconds, Mbit/s, B-frames
@@ -81,11 +72,20 @@ def decode_commands(folder):
             for source, first, frames in ranges]
 
 
-def graph(folder):
-    """Inputs of the same piece for ffmpeg, and its filters for picture and for sound; pictures are
-    cropped before they are scaled."""
-    shapes = {"a": "crop=608:1080,scale=1080:1920:flags=bicubic", "b": "null",
-              "c": "scale=1080:608:flags=bicubic,pad=1080:1920:0:656"}
+def graphs(folder):
+    """Inputs of the same piece for ffmpeg, and its filters for picture and for sound. Tuned, pictures are
+    cropped before they are scaled and stay in 4:2:0; ordinary is how most people write it."""
+    tuned = {"a": "crop=608:1080,scale=1080:1920:flags=bicubic", "b": "null",
+             "c": "scale=1080:608:flags=bicubic,pad=1080:1920:0:656"}
+    ordinary = dict.fromkeys("ac", "scale=1080:1920:force_original_aspect_ratio={}:flags=bicubic,{}")
+    ordinary["a"] = ordinary["a"].format("increase", "crop=1080:1920")
+    ordinary["b"] = "scale=1080:1920:flags=bicubic"
+    ordinary["c"] = ordinary["c"].format("decrease", "pad=1080:1920:-1:-1")
+    return {"ffmpeg, tuned graph": one_graph(folder, tuned, "yuva420p", "yuv420"),
+            "ffmpeg, ordinary graph": one_graph(folder, ordinary, "rgba", "auto")}
+
+
+def one_graph(folder, shapes, inset_format, overlay_format):
     inputs, chains = [], []
     for number, (source, first) in enumerate(SHOTS):
         inputs += ["-ss", str(first / FPS), "-t", str(SHOT / FPS), "-i", f"{folder}/{source}.mp4"]
@@ -96,75 +96,62 @@ def graph(folder):
     count = len(SHOTS)
     picture = chains + [
         "".join(f"[v{number}]" for number in range(count)) + f"concat=n={count}:v=1:a=0[base]",
-        f"[{count}:v]scale=768:432:flags=bicubic,format=yuva420p,colorchannelmixer=aa=0.8,"
+        f"[{count}:v]scale=768:432:flags=bicubic,format={inset_format},colorchannelmixer=aa=0.8,"
         f"setpts=PTS+{INSET['start'] / FPS}/TB[inset]",
-        "[base][inset]overlay=272:160:eof_action=pass:format=yuv420[video]",
+        f"[base][inset]overlay=272:160:eof_action=pass:format={overlay_format}[video]",
     ]
     sound = [
         f"[{count + 1}:a]atrim=0:30,volume='if(between(t,8,18),0.125,0.5)':eval=frame[music]",
         f"[{count + 2}:a]adelay=8000:all=1[voice]",
         "[music][voice]amix=inputs=2:normalize=0:duration=first[sound]",
     ]
-    return inputs, picture, sound
+    return inputs, ";".join(picture), ";".join(sound)
 
 
-def children_cpu():
-    used = resource.getrusage(resource.RUSAGE_CHILDREN)
-    return used.ru_utime + used.ru_stime
+def mlt_document(folder):
+    """The same piece for MLT."""
+    def rect(places):
+        return (f'<filter mlt_service="affine"><property name="background">color:#00000000</property>'
+                f'<property name="transition.fill">1</property><property name="transition.distort">0</property>'
+                f'<property name="transition.rect">{places}</property></filter>')
+
+    producers, shots = [], []
+    for number, (source, first) in enumerate(SHOTS):
+        width, height, seconds, _, _ = SOURCES[source]
+        cover = width * 1920 / height
+        place = rect(f"{(1080 - cover) / 2:.0f} 0 {cover:.0f} 1920 1") if source == "a" else ""
+        producers.append(video_producer(folder, f"p{number}", source, seconds, place))
+        shots.append(f'<entry producer="p{number}" in="{first}" out="{first + SHOT - 1}"/>')
+    inset = rect("272 160 768 432 1") + \
+        '<filter mlt_service="brightness"><property name="level">1</property><property name="alpha">0.8</property></filter>'
+    producers.append(video_producer(folder, "inset", INSET["source"], SOURCES[INSET["source"]][2], inset))
+    frames, last = len(SHOTS) * SHOT, INSET["first"] + INSET["frames"] - 1
+    volume = "0=-6.02;239=-6.02;240=-18.06;540=-18.06;541=-6.02"
+    return f"""<mlt LC_NUMERIC="C"><profile width="1080" height="1920" sample_aspect_num="1" sample_aspect_den="1"
+ display_aspect_num="9" display_aspect_den="16" frame_rate_num="{FPS}" frame_rate_den="1" progressive="1" colorspace="709"/>
+<producer id="black"><property name="mlt_service">color</property><property name="resource">black</property>
+<property name="length">{frames}</property></producer>
+{"".join(producers)}
+<producer id="music"><property name="mlt_service">avformat</property><property name="resource">{folder}/music.wav</property>
+<filter mlt_service="volume"><property name="level">{volume}</property></filter></producer>
+<producer id="voice"><property name="mlt_service">avformat</property><property name="resource">{folder}/voice.wav</property></producer>
+<playlist id="base"><entry producer="black" in="0" out="{frames - 1}"/></playlist>
+<playlist id="shots">{"".join(shots)}</playlist>
+<playlist id="above"><blank length="{INSET["start"]}"/><entry producer="inset" in="{INSET["first"]}" out="{last}"/></playlist>
+<playlist id="bed"><entry producer="music" in="0" out="{frames - 1}"/></playlist>
+<playlist id="spoken"><blank length="240"/><entry producer="voice" in="0" out="299"/></playlist>
+<tractor id="piece" in="0" out="{frames - 1}"><track producer="base"/><track producer="shots"/><track producer="above"/>
+<track producer="bed" hide="video"/><track producer="spoken" hide="video"/>
+{transition("composite", 0, 1)}{transition("composite", 0, 2)}{transition("mix", 0, 3)}{transition("mix", 0, 4)}</tractor></mlt>"""
 
 
-def measured(commands):
-    """CPU and wall seconds of commands one after the other, and the highest peak in MB."""
-    cpu, begin, peak = children_cpu(), time.perf_counter(), 0
-    for command in commands:
-        done = subprocess.run(["/usr/bin/time", "-f", "%M", *command], check=True,
-                              stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True)
-        peak = max(peak, int(done.stderr.split()[-1]) / 1024)
-    return children_cpu() - cpu, time.perf_counter() - begin, peak
+def video_producer(folder, name, source, seconds, filters):
+    return (f'<producer id="{name}" in="0" out="{seconds * FPS - 1}"><property name="mlt_service">avformat</property>'
+            f'<property name="resource">{folder}/{source}.mp4</property>'
+            f'<property name="audio_index">-1</property>{filters}</producer>')
 
 
-def told(name, rows):
-    cpu, wall, peak = (statistics.median(column) for column in zip(*rows))
-    spread = f"{min(row[0] for row in rows):.1f}-{max(row[0] for row in rows):.1f}"
-    print(f"{name:24} cpu {cpu:6.1f} s ({spread})   wall {wall:6.1f} s   peak {peak:5.0f} MB",
-          flush=True)
-    return cpu, wall
-
-
-def main():
-    with tempfile.TemporaryDirectory(prefix="framewright-bench-") as folder, MeasuredEditor() as editor:
-        make_media(folder)
-        build(editor, folder)
-        inputs, picture, sound = graph(folder)
-        raw = f"{folder}/finished.yuv"
-        subprocess.run([*FFMPEG, *inputs, "-filter_complex", ";".join(picture), "-map", "[video]",
-                        "-frames:v", "900", "-f", "rawvideo", raw], check=True)
-        whole = [*FFMPEG, *inputs, "-filter_complex", ";".join(picture + sound), "-map", "[video]",
-                 "-map", "[sound]", *ENCODER, *SOUND, f"{folder}/graph.mp4"]
-        encode = [*FFMPEG, "-f", "rawvideo", "-pix_fmt", "yuv420p", "-s", "1080x1920", "-r", str(FPS),
-                  "-i", raw, *TAGS, *ENCODER, f"{folder}/encode.mp4"]
-
-        rows = {"ours": [], "decode": [], "encode": [], "graph": []}
-        for run in range(RUNS):
-            cpu, begin = editor.cpu_seconds(), time.perf_counter()
-            # At the canvas's own size: by default 4K footage makes a 4K movie.
-            editor.run("export", "--path", f"{folder}/ours.mp4", "--height", "1920")
-            rows["ours"].append((editor.cpu_seconds() - cpu, time.perf_counter() - begin,
-                                 editor.peak_megabytes()))
-            os.rename(f"{folder}/ours.mp4", f"{folder}/ours-{run}.mp4")
-            rows["decode"].append(measured(decode_commands(folder)))
-            rows["encode"].append(measured([encode]))
-            rows["graph"].append(measured([whole]))
-
-        print(f"the standard piece without its texts, medians of {RUNS}:")
-        ours = told("framewright", rows["ours"])
-        decode = told("plain decode", rows["decode"])
-        encoded = told("plain encode", rows["encode"])
-        ffmpeg = told("ffmpeg graph", rows["graph"])
-        print(f"framewright / (plain decode + plain encode): cpu {ours[0] / (decode[0] + encoded[0]):.2f}")
-        print(f"framewright / ffmpeg graph: cpu {ours[0] / ffmpeg[0]:.2f}, wall {ours[1] / ffmpeg[1]:.2f}")
-        if len(sys.argv) > 2:
-            os.replace(f"{folder}/ours-0.mp4", sys.argv[2])
-
-
-main()
+def transition(service, a, b):
+    kind = '<property name="sum">1</property>' if service == "mix" else ""
+    return (f'<transition><property name="mlt_service">{service}</property><property name="a_track">{a}</property>'
+            f'<property name="b_track">{b}</property><property name="always_active">1</property>{kind}</transition>')
