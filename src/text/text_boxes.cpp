@@ -16,6 +16,12 @@ double length(QPointF const& vector)
     return std::hypot(vector.x(), vector.y());
 }
 
+/// Whether rows belong to one shape. A slit between them would look like a mistake.
+bool areNeighbors(QRectF const& upper, QRectF const& lower)
+{
+    return lower.top() - upper.bottom() < std::min(upper.height(), lower.height()) / 3;
+}
+
 /// Gives rows that differ little from their neighbours the same edges.
 void straighten(std::span<QRectF> rows, double leastStep)
 {
@@ -41,7 +47,8 @@ void straighten(std::span<QRectF> rows, double leastStep)
     }
 }
 
-/// Where rows overlap, the wider one keeps its height. One with too little left of it to be rounded
+/// Where rows overlap, the wider one keeps its height; where they leave a slit, the narrower one
+/// fills it. One with too little left of it to be rounded
 /// becomes as wide as its neighbours.
 void share(std::span<QRectF> rows, double leastHeight)
 {
@@ -121,7 +128,7 @@ QPainterPath boxAround(std::vector<QRectF> rows, double cornerRadius)
     path.setFillRule(Qt::WindingFill);
     for (std::size_t from = 0, to = 0; from < rows.size(); from = to) {
         to = from + 1;
-        while (to < rows.size() && rows[to].top() <= rows[to - 1].bottom())
+        while (to < rows.size() && areNeighbors(rows[to - 1], rows[to]))
             ++to;
         std::span<QRectF> const group(rows.data() + from, to - from);
         double const lineHeight = group.front().height();

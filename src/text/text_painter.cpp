@@ -108,10 +108,9 @@ public:
             return {};
         QRectF const all = transform().mapRect(
             drawn.adjusted(-shadowReach, -shadowReach, shadowReach, shadowReach));
-        return all.intersected(QRectF(0, 0, canvas.width, canvas.height))
-            .adjusted(-1, -1, 1, 1)
-            .toAlignedRect()
-            .intersected(QRect(0, 0, canvas.width, canvas.height));
+        return all.adjusted(-1, -1, 1, 1)
+            .intersected(QRectF(0, 0, canvas.width, canvas.height))
+            .toAlignedRect();
     }
 
     CaptionStyle style;

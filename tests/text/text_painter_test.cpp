@@ -1,0 +1,364 @@
+#include "text/text_painter.h"
+
+#include "text/text_images.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <thread>
+
+namespace framewright {
+
+namespace {
+
+FontRegistry const& fonts()
+{
+    static FontRegistry const registry(CARRIED_FONTS);
+    return registry;
+}
+
+CaptionStyle plain(char const* font = "DejaVuSans-Bold", float size = 80)
+{
+    CaptionStyle style;
+    style.fontName = font;
+    style.fontSize = size;
+    return style;
+}
+
+CaptionStyle with(CaptionStyle style, void (*change)(CaptionStyle&))
+{
+    change(style);
+    return style;
+}
+
+CaptionStyle outlined()
+{
+    return with(plain(), [](CaptionStyle& style) {
+        style.outlineEnabled = true;
+        style.strokeWidth = 8;
+        style.strokeColor = {1, 0, 0, 1};
+    });
+}
+
+CaptionStyle boxed()
+{
+    return with(plain(), [](CaptionStyle& style) {
+        style.backgroundEnabled = true;
+        style.backgroundColor = {0, 0, 1, 1};
+        style.padding = 30;
+        style.cornerRadius = 20;
+    });
+}
+
+CaptionStyle shadowed()
+{
+    return with(plain(), [](CaptionStyle& style) {
+        style.shadowEnabled = true;
+        style.shadowOpacity = 1;
+        style.shadowRadius = 20;
+    });
+}
+
+TextBlock block(std::string text, CaptionStyle style, PixelSize canvas = {1080, 1920})
+{
+    TextBlock block;
+    block.text = std::move(text);
+    block.style = std::move(style);
+    block.canvas = canvas;
+    block.x = canvas.width / 2.0;
+    block.y = canvas.height / 2.0;
+    return block;
+}
+
+using Color = std::array<int, 4>;
+
+Color pixel(PlacedImage const& image, int x, int y)
+{
+    x -= image.x;
+    y -= image.y;
+    if (x < 0 || y < 0 || x >= image.width || y >= image.height)
+        return {};
+    auto const* const found =
+        &image.pixels[(std::size_t(y) * std::size_t(image.width) + std::size_t(x)) * 4];
+    return {found[0], found[1], found[2], found[3]};
+}
+
+/// The smallest rectangle around what is at least this visible, of these colours.
+struct Bounds {
+    int left = std::numeric_limits<int>::max(), top = left;
+    int right = std::numeric_limits<int>::min(), bottom = right;
+
+    int width() const { return right - left; }
+    int height() const { return bottom - top; }
+};
+
+template <class Wanted>
+Bounds boundsOf(PlacedImage const& image, Wanted wanted)
+{
+    Bounds bounds;
+    for (int y = image.y; y < image.y + image.height; ++y) {
+        for (int x = image.x; x < image.x + image.width; ++x) {
+            if (!wanted(pixel(image, x, y)))
+                continue;
+            bounds.left = std::min(bounds.left, x);
+            bounds.top = std::min(bounds.top, y);
+            bounds.right = std::max(bounds.right, x + 1);
+            bounds.bottom = std::max(bounds.bottom, y + 1);
+        }
+    }
+    return bounds;
+}
+
+bool isSeen(Color const& color)
+{
+    return color[3] >= 128;
+}
+bool isWhite(Color const& color)
+{
+    return color[0] > 200 && color[1] > 200 && color[2] > 200;
+}
+bool isRed(Color const& color)
+{
+    return color[0] > 200 && color[1] < 50;
+}
+bool isBlue(Color const& color)
+{
+    return color[2] > 200 && color[0] < 50;
+}
+bool isColorful(Color const& color)
+{
+    auto const [least, most] = std::minmax({color[0], color[1], color[2]});
+    return most - least > 40;
+}
+
+} // namespace
+
+TEST(TextPainter, DrawsLettersWhereTheyBelong)
+{
+    // An H of DejaVu Sans Bold is 0.729 em high and 0.653 em wide; 0.837 em with its sides.
+    Bounds const one = boundsOf(paintText(block("H", plain()), fonts()), isSeen);
+    EXPECT_NEAR(one.height(), 0.729 * 80, 2);
+    EXPECT_NEAR(one.width(), 0.653 * 80, 2);
+    EXPECT_NEAR((one.left + one.right) / 2, 540, 2);
+    EXPECT_NEAR((one.top + one.bottom) / 2, 960, 2); // Capitals stand in the middle.
+
+    struct Case {
+        char const* what;
+        TextBlock block;
+        double width, height;
+    };
+    auto const changed = [](TextBlock block, auto change) {
+        change(block);
+        return block;
+    };
+    double const wide = 0.837 * 80 + 0.653 * 80; // "HH".
+    for (Case const& c : {
+             Case{"two letters", block("HH", plain()), wide, 0.729 * 80},
+             Case{"half the canvas", block("HH", plain(), {540, 960}), wide / 2, 0.729 * 40},
+             Case{"landscape", block("HH", plain(), {1920, 1080}), wide * 16 / 9,
+                  0.729 * 80 * 16 / 9},
+             Case{"larger", changed(block("HH", plain()), [](auto& b) { b.scale = 2; }), wide * 2,
+                  0.729 * 160},
+             Case{"spaced", block("HH", with(plain(), [](auto& s) { s.letterSpacing = 20; })),
+                  wide + 20, 0.729 * 80},
+             Case{"capitals", block("hh", with(plain(), [](auto& s) { s.uppercase = true; })), wide,
+                  0.729 * 80},
+             Case{"two lines", block("HH\nHH", plain()), wide, (0.729 + 1.164) * 80},
+             Case{"a blank line", block("\nH\n\nH\n\n", plain()), 0.653 * 80,
+                  (0.729 + 2 * 1.164) * 80},
+             Case{"an outline", block("H", outlined()), 0.653 * 80 + 16, 0.729 * 80 + 16},
+         }) {
+        Bounds const bounds = boundsOf(paintText(c.block, fonts()), isSeen);
+        EXPECT_NEAR(bounds.width(), c.width, 2) << c.what;
+        EXPECT_NEAR(bounds.height(), c.height, 2) << c.what;
+        EXPECT_NEAR((bounds.left + bounds.right) / 2.0, c.block.canvas.width / 2.0, 2) << c.what;
+    }
+}
+
+TEST(TextPainter, KeepsLettersWholeInsideTheirOutline)
+{
+    auto const bare = paintText(block("Bag", plain()), fonts());
+    auto const image = paintText(block("Bag", outlined()), fonts());
+    Bounds const before = boundsOf(bare, isWhite), letters = boundsOf(image, isWhite);
+    EXPECT_EQ(before.width(), letters.width());
+    EXPECT_EQ(before.height(), letters.height());
+    Bounds const outline = boundsOf(image, isRed);
+    EXPECT_NEAR(letters.left - outline.left, 8, 1);
+    EXPECT_NEAR(outline.bottom - letters.bottom, 8, 1);
+    // Letters one can see through show no outline of theirs.
+    auto const ghost = with(outlined(), [](CaptionStyle& s) { s.textColor.alpha = 0; });
+    auto const hollow = paintText(block("I", ghost), fonts());
+    EXPECT_EQ(pixel(hollow, 540, 960)[3], 0);
+    EXPECT_GT(boundsOf(hollow, isRed).width(), 16);
+}
+
+TEST(TextPainter, HugsLinesWithItsBox)
+{
+    auto const image = paintText(block("HHHHHH\nHH", boxed()), fonts());
+    Bounds const box = boundsOf(image, isBlue), letters = boundsOf(image, isWhite);
+    EXPECT_NEAR(letters.left - box.left, 30 + 0.092 * 80, 2); // What stands beside an H.
+    EXPECT_TRUE(isBlue(pixel(image, 540, box.top + 3)));
+    EXPECT_EQ(pixel(image, box.left + 2, box.top + 2)[3], 0); // Rounded outwards,
+    EXPECT_TRUE(isBlue(pixel(image, 540, box.bottom - 3)));
+    EXPECT_EQ(pixel(image, box.left + 20, box.bottom - 20)[3], 0); // and as narrow as its line.
+    EXPECT_TRUE(isBlue(pixel(image, 540, (box.top + box.bottom) / 2)));
+}
+
+TEST(TextPainter, CastsASoftShadow)
+{
+    auto const image = paintText(block("I", shadowed()), fonts());
+    Bounds const letter = boundsOf(image, isWhite);
+    int last = 256;
+    for (int x = letter.right + 1; x < letter.right + 20; ++x) {
+        Color const color = pixel(image, x, 960);
+        EXPECT_LT(color[0], 30);
+        EXPECT_LE(color[3], last) << x;
+        last = color[3];
+    }
+    EXPECT_LT(last, 40);
+    EXPECT_GT(pixel(image, letter.right + 3, 960)[3], 20);
+    // A box casts it instead, and not beneath itself.
+    auto style = boxed();
+    style.backgroundColor.alpha = 0.5;
+    style.shadowEnabled = true;
+    style.shadowOpacity = 1;
+    style.shadowRadius = 20;
+    Color const inBox = pixel(paintText(block("I", style), fonts()), 540 - 30, 960);
+    EXPECT_NEAR(inBox[3], 128, 2);
+    EXPECT_NEAR(inBox[2], 128, 2);
+}
+
+TEST(TextPainter, DrawsEveryScriptAndEmojiInColor)
+{
+    for (char const* const text : {"😀", "❤️", "1️⃣", "🇩🇪", "👍🏽"}) {
+        for (char const* const font : {"DejaVuSans-Bold", "BebasNeue-Regular", "system:bold"}) {
+            auto style = outlined();
+            style.fontName = font;
+            auto const image = paintText(block(text, style), fonts());
+            EXPECT_GT(boundsOf(image, isColorful).width(), 40) << text << " in " << font;
+            EXPECT_LT(boundsOf(image, isSeen).width(), 120) << text << " is torn in " << font;
+        }
+    }
+    // Read from right to left, the emoji stands last, which is left.
+    auto const hebrew = paintText(block("שלום 😀", plain()), fonts());
+    Bounds const all = boundsOf(hebrew, isSeen), emoji = boundsOf(hebrew, isColorful);
+    EXPECT_NEAR(emoji.left, all.left, 6);
+    EXPECT_LT(emoji.right, 560);
+    // Letters of scripts reach far out of their line.
+    for (char const* const font :
+         {"Neonderthaw-Regular", "CaveatRoman-Bold", "MarckScript-Regular"}) {
+        auto const image = paintText(block("fjÅgQy", plain(font, 120)), fonts());
+        Bounds const seen = boundsOf(image, [](Color const& c) { return c[3] > 0; });
+        EXPECT_GT(seen.left, image.x) << font;
+        EXPECT_GT(seen.top, image.y) << font;
+        EXPECT_LT(seen.right, image.x + image.width) << font;
+        EXPECT_LT(seen.bottom, image.y + image.height) << font;
+    }
+}
+
+TEST(TextPainter, TakesWhateverItIsGiven)
+{
+    float const nan = std::numeric_limits<float>::quiet_NaN();
+    float const infinity = std::numeric_limits<float>::infinity();
+    CaptionStyle mad = outlined();
+    mad.backgroundEnabled = mad.shadowEnabled = true;
+    mad.fontSize = mad.padding = mad.maxWidthFraction = mad.letterSpacing = nan;
+    mad.strokeWidth = -infinity;
+    mad.cornerRadius = mad.shadowRadius = mad.shadowOpacity = infinity;
+    mad.textColor = {-1, 2, nan, nan};
+    TextBlock nowhere = block("Words", outlined());
+    nowhere.x = nan;
+    nowhere.y = infinity;
+    nowhere.scale = nan;
+    TextBlock gone = block("Words", outlined());
+    gone.x = -1e9;
+    std::string longText;
+    while (longText.size() < 10'000)
+        longText += "words without an end ";
+    auto const huge = with(boxed(), [](CaptionStyle& s) { s.padding = 1e9F; });
+    struct Case {
+        char const* what;
+        TextBlock block;
+        bool isSeen;
+    };
+    for (Case const& c : {
+             Case{"nothing", block("", boxed()), false},
+             Case{"spaces", block(" \t  ", boxed()), false},
+             Case{"newlines", block("\n\r\n\n", boxed()), false},
+             Case{"nonsense", block("Words", mad), true},
+             Case{"no place", nowhere, true},
+             Case{"far away", gone, false},
+             Case{"broken bytes", block("a\xff\xc3", plain()), true},
+             Case{"a control", block("a\x01\x1b b", plain()), true},
+             Case{"long", block(longText, outlined()), true},
+             Case{"long, one word", block(std::string(10'000, 'w'), outlined()), true},
+             Case{"a box beyond the canvas", block("Words", huge), true},
+             Case{"a tiny canvas", block("Words", outlined(), {2, 2}), true},
+         }) {
+        PlacedImage const image = paintText(c.block, fonts());
+        EXPECT_EQ(!image.isEmpty(), c.isSeen) << c.what;
+        EXPECT_EQ(image.pixels.size(), std::size_t(image.width) * std::size_t(image.height) * 4)
+            << c.what;
+        EXPECT_TRUE(image.isEmpty() || (image.x >= 0 && image.y >= 0 &&
+                                        image.x + image.width <= c.block.canvas.width &&
+                                        image.y + image.height <= c.block.canvas.height))
+            << c.what;
+    }
+}
+
+TEST(TextPainter, KeepsLinesWithinTheirWidthAndTheSameInEverySize)
+{
+    std::string const text =
+        "Here are three small things that I learned on the road 東京都庁の展望室";
+    auto style = plain("system:semibold", 60);
+    style.maxWidthFraction = 0.5;
+    double ratio = 0;
+    for (int const width : {2160, 1080, 360}) {
+        Bounds const bounds =
+            boundsOf(paintText(block(text, style, {width, width * 16 / 9}), fonts()), isSeen);
+        EXPECT_LE(bounds.width(), width / 2 + 2) << width;
+        if (ratio == 0)
+            ratio = double(bounds.height()) / width;
+        EXPECT_NEAR(double(bounds.height()) / width, ratio, 0.02) << width;
+    }
+}
+
+TEST(TextPainter, StaysOnTheCanvasWhereItIsAskedTo)
+{
+    TextBlock low = block("One\ntwo", boxed());
+    low.anchor = TextBlock::Anchor::bottom;
+    low.y = 1919;
+    EXPECT_EQ(boundsOf(paintText(low, fonts()), isBlue).bottom, 1920);
+    low.edges = TextBlock::Edges::inside;
+    EXPECT_NEAR(boundsOf(paintText(low, fonts()), isBlue).bottom, 1920 - 32, 2);
+}
+
+TEST(TextImages, AreTheSameOnAnyThread)
+{
+    auto const shared = std::shared_ptr<FontRegistry const>(&fonts(), [](auto*) {});
+    std::vector<TextBlock> blocks;
+    for (auto const& style : {outlined(), boxed(), shadowed(), plain("Neonderthaw-Regular")})
+        blocks.push_back(block("Emoji 😀 and שלום fjord", style));
+    std::vector<PlacedImage> expected;
+    for (TextBlock const& one : blocks)
+        expected.push_back(paintText(one, fonts()));
+    TextImages const images(shared, 4 << 20);
+    std::vector<int> wrong(4);
+    {
+        std::vector<std::jthread> threads;
+        for (std::size_t n = 0; n < wrong.size(); ++n) {
+            threads.emplace_back([&, n] {
+                for (std::size_t i = 0; i < 2 * blocks.size(); ++i) {
+                    std::size_t const at = (i + n) % blocks.size();
+                    wrong[n] += paintText(blocks[at], fonts()) != expected[at];
+                    wrong[n] += *images.image(blocks[at]) != expected[at];
+                }
+            });
+        }
+    }
+    EXPECT_EQ(wrong, std::vector<int>(4));
+    EXPECT_EQ(images.image(blocks[0]), images.image(blocks[0])); // Kept, not drawn again.
+}
+
+} // namespace framewright
