@@ -55,11 +55,15 @@ std::optional<SavedStyles> trySaving(std::filesystem::path const& file, StyleFil
                                      StyleFile const& ours, std::optional<std::string> const& known)
 {
     auto const onDisk = contentOf(file);
-    StyleFile const wanted =
-        onDisk && onDisk != known ? merged(base, ours, decodeStyles(*onDisk).file) : ours;
-    std::string bytes = wanted.data();
+    SavedStyles saved{ours, {}};
+    if (onDisk && onDisk != known) {
+        DecodedStyles theirs = decodeStyles(*onDisk);
+        saved = {merged(base, ours, theirs.file), {}, std::move(theirs.notes)};
+    }
+    saved.bytes = saved.file.data();
+    std::string const& bytes = saved.bytes;
     if (onDisk && *onDisk == bytes)
-        return SavedStyles{wanted, std::move(bytes)};
+        return saved;
     if (onDisk && !replaceFileAtomically(file, bytes, *onDisk).isDone)
         return std::nullopt;
     if (!onDisk) {
@@ -67,7 +71,7 @@ std::optional<SavedStyles> trySaving(std::filesystem::path const& file, StyleFil
         std::filesystem::create_directory(file.parent_path(), failed);
         writeFileAtomically(file, bytes);
     }
-    return SavedStyles{wanted, std::move(bytes)};
+    return saved;
 }
 
 } // namespace

@@ -56,6 +56,7 @@ public:
 struct SavedStyles {
     StyleFile file;
     std::string bytes;
+    std::vector<std::string> notes = {}; ///< What of another program's was not taken as it stood.
 };
 
 /// Writes looks atomically. `base` and `known` are what the file held when we last read or wrote

@@ -386,6 +386,7 @@ void StyleStore::takeResult(WriteResult const& result)
     m_base = result.saved->file;
     if (m_file)
         m_known = result.saved->bytes;
+    m_notes = result.saved->notes; // What was odd in the file is no longer there.
     bool const isMore = m_needsWriting || !(state == m_base);
     setState(std::move(state));
     if (isMore)

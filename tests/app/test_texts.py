@@ -197,9 +197,13 @@ class Looks(unittest.TestCase):
             ],
         )
 
+        editor.do("style-save", "Mine", "--size=50")
+        wait_until(lambda: "glow" not in self.file.read_text(), "the file is written anew")
+        wait_until(lambda: "looks" not in editor.do("status"), "nothing odd is left")
+
         self.file.write_text("{ broken")
         wait_until(
-            lambda: any("is not valid" in note for note in editor.do("status")["looks"]),
+            lambda: "is not valid" in str(editor.do("status").get("looks")),
             "the broken file is told",
         )
         editor.do("style-save", "Meanwhile")
