@@ -1,0 +1,91 @@
+"""Exports that are cancelled, that miss a file, or that would write over footage."""
+
+import json
+import os
+import pathlib
+import shutil
+import subprocess
+import unittest
+
+from editor_process import EditorProcess, video, wait_until
+
+
+class Exports(unittest.TestCase):
+    def setUp(self):
+        self.editor = EditorProcess()
+        self.addCleanup(self.editor.close)
+        self.editor.start_project()
+        self.footage = self.editor.home / "footage.mp4"
+        shutil.copy(video(), self.footage)
+        self.out = self.editor.home / "out"
+        self.out.mkdir()
+
+    def test_cancelled_half_way_leaves_nothing(self):
+        for _ in range(5):
+            self.editor.do("clip-add", "v1", "--path", str(self.footage))
+        pid, processes = self.editor.pid(), self.editor.processes()
+        for ending in ("cancel", "vanish"):
+            with self.subTest(ending), self.editor.connect() as client:
+                request = {"id": 7, "cwd": "/", "tool": "export", "progress": True,
+                           "args": {"path": str(self.out / "cut.mp4"), "height": 1080}}
+                client.send(json.dumps(request).encode() + b"\n")
+                while client.read()["progress"] < 0.5:
+                    pass
+                self.assertTrue(list(self.out.iterdir()), "it is written while it is made")
+                if ending == "cancel":
+                    client.send(b'{"id": 8, "cancel": 7}\n')
+                    answer = client.read()
+                    while "progress" in answer:
+                        answer = client.read()
+                    self.assertIs(answer["ok"], False)
+                    self.assertEqual(answer["text"], "The export was cancelled.")
+                else:
+                    client.close()
+                wait_until(lambda: not list(self.out.iterdir()), "nothing is left")
+                self.assertEqual(self.editor.processes(), processes)
+        # It edits and exports on.
+        self.editor.do("clip-remove", "v1:5")
+        self.editor.do("export", "--path", str(self.out / "whole.mp4"), "--height", "480")
+        self.assertEqual([file.name for file in self.out.iterdir()], ["whole.mp4"])
+        self.assertEqual(self.editor.pid(), pid)
+
+    def test_missing_footage_is_black_and_told(self):
+        other = self.editor.home / "other.mp4"
+        shutil.copy(video(), other)
+        self.editor.do("clip-add", "v1", "--path", str(self.footage), "--duration", "1")
+        self.editor.do("clip-add", "v1", "--path", str(other), "--duration", "1")
+        self.editor.do("project-save")
+        self.editor.kill()
+        other.unlink()
+        out = self.out / "black.mp4"
+        made = self.editor.do("export", "--path", str(out), "--height", "480")
+        self.assertEqual([clip["ref"] for clip in made["missing"]], ["v1:2"])
+        self.assertEqual(made["duration"], 2)
+        self.assertGreater(self.brightness(out, 0.5), 60)
+        self.assertLess(self.brightness(out, 1.5), 3)
+
+    def test_never_onto_footage(self):
+        self.editor.do("clip-add", "v1", "--path", str(self.footage))
+        before = self.footage.read_bytes()
+        link, hard = self.out / "link.mp4", self.out / "hard.mp4"
+        link.symlink_to(self.footage)
+        os.link(self.footage, hard)
+        for target in (self.footage, link, hard):
+            answer = self.editor.cli("export", "--path", str(target), "--height", "480")
+            self.assertEqual(answer.status, 1)
+            self.assertEqual(answer.err, "That path is one of the project's source files; export "
+                                         "somewhere else.\n")
+        self.assertEqual(self.footage.read_bytes(), before)
+
+    @staticmethod
+    def brightness(file: pathlib.Path, time: float) -> float:
+        """Of the middle of the picture, 0 to 255."""
+        words = ["-ss", str(time), "-i", str(file), "-frames:v", "1", "-vf", "crop=iw:iw/2",
+                 "-f", "rawvideo", "-pix_fmt", "gray", "-"]
+        gray = subprocess.run(["ffmpeg", "-v", "error", *words], check=True, capture_output=True,
+                              timeout=60).stdout
+        return sum(gray) / len(gray)
+
+
+if __name__ == "__main__":
+    unittest.main()
