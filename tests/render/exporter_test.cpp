@@ -115,7 +115,7 @@ TEST_F(ExportedMovie, KeepsPictureAndSoundTogether)
         ASSERT_EQ(seen.beeps.size(), c.times.size()) << c.name;
         for (std::size_t n = 0; n < c.times.size(); ++n) {
             EXPECT_NEAR(seen.flashes[n], c.times[n], frame + 0.001) << c.name;
-            EXPECT_NEAR(seen.beeps[n], c.times[n], 0.010) << c.name;
+            EXPECT_NEAR(seen.beeps[n], c.times[n], 0.005) << c.name;
         }
     }
 }
