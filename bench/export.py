@@ -50,8 +50,10 @@ def references(piece, folder, is_hdr):
 
 def check_settings(ours, reference):
     """Figures are worth something only when both were coded alike."""
+    marks = ("threads=", "frame-threads", "sar=", "chromaloc")  # What does not change the coding.
+
     def essential(movie):
-        return [word for word in coded_with(movie).split() if not word.startswith(("threads=", "frame-threads"))]
+        return [word for word in coded_with(movie).split() if not word.startswith(marks)]
     if essential(ours) != essential(reference) or not essential(ours):
         raise SystemExit("The export and the reference were not coded with the same settings:\n"
                          f"{coded_with(ours)}\n{coded_with(reference)}")
