@@ -17,7 +17,9 @@
 #include <QGuiApplication>
 #include <QSocketNotifier>
 #include <QThreadPool>
+#include <QTimer>
 
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -30,6 +32,8 @@
 namespace framewright {
 
 namespace {
+
+using namespace std::chrono_literals;
 
 /// Turns the signals that ask a process to end into an event of the main loop.
 class EndSignals {
@@ -113,6 +117,12 @@ int runEditor(int argc, char** argv)
     ExportSession exports(editor, burner);
     StillFrames stills(burner);
     ThumbnailWriter const thumbnails(editor, stills);
+    // Agents ask for pictures in bursts; between those an editor without work is to be small.
+    QTimer idling;
+    QObject::connect(&idling, &QTimer::timeout, [&stills] {
+        QThreadPool::globalInstance()->start([&stills] { stills.closeReadersUnusedFor(1min); });
+    });
+    idling.start(30s);
     EditorReferences const references(editor, *fonts);
     Toolbox const toolbox(allTools({editor, exports, stills, styles, *fonts,
                                     [] {

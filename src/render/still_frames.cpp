@@ -10,11 +10,14 @@
 #include <exception>
 #include <mutex>
 #include <numeric>
+#include <optional>
 #include <thread>
 
 namespace framewright {
 
 namespace {
+
+using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t keptPhotos = 4; ///< By each desk.
 /// Each has its decoders and their pictures in memory.
@@ -51,6 +54,7 @@ struct DrawingDesk {
     std::mutex mutex;
     OpenReaders readers;
     ReadPhotos photos{keptPhotos};
+    std::optional<Clock::time_point> lastUsed; ///< Nothing while nothing is open.
 };
 
 /// A project, built for pictures of one width.
@@ -86,11 +90,16 @@ class PieceDrawing {
 public:
     PieceDrawing(BuiltPiece const& piece, DrawingDesk& desk)
         : m_piece(piece),
+          m_desk(desk),
           m_source(piece.composition, desk.readers, desk.photos,
                    ClipFrameSource::Reading::anywhere),
           m_compositor(piece.composition.video, m_source)
     {
     }
+
+    ~PieceDrawing() { m_desk.lastUsed = Clock::now(); }
+    PieceDrawing(PieceDrawing const&) = delete;
+    PieceDrawing& operator=(PieceDrawing const&) = delete;
 
     RGBImage image(double time)
     {
@@ -100,6 +109,7 @@ public:
 
 private:
     BuiltPiece const& m_piece;
+    DrawingDesk& m_desk;
     ClipFrameSource m_source;
     FrameCompositor m_compositor;
 };
@@ -168,13 +178,20 @@ public:
         return images;
     }
 
-    void closeReaders()
+    void closeReadersUnusedFor(std::chrono::steady_clock::duration idle)
     {
+        bool hasClosed = false;
         for (auto const& desk : m_desks) {
-            std::lock_guard const lock(desk->mutex);
+            std::unique_lock const lock(desk->mutex, std::try_to_lock);
+            if (!lock || !desk->lastUsed || Clock::now() - *desk->lastUsed < idle)
+                continue;
             desk->readers.closeAll();
             desk->photos.forgetAll();
+            desk->lastUsed.reset();
+            hasClosed = true;
         }
+        if (hasClosed)
+            releaseSpareFrames();
     }
 
 private:
@@ -206,9 +223,9 @@ std::vector<std::uint8_t> StillFrames::png(Project const& project, AssetStore co
     return pngFile(image(project, assets, time, width));
 }
 
-void StillFrames::closeReaders()
+void StillFrames::closeReadersUnusedFor(std::chrono::steady_clock::duration idle)
 {
-    m_impl->closeReaders();
+    m_impl->closeReadersUnusedFor(idle);
 }
 
 } // namespace framewright

@@ -4,6 +4,7 @@
 #include "render/asset_store.h"
 #include "render/caption_burner.h"
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -46,8 +47,9 @@ public:
     std::vector<std::uint8_t> png(Project const& project, AssetStore const& assets, double time,
                                   int width);
 
-    /// Closes all decoders that are kept open.
-    void closeReaders();
+    /// Closes the decoders that were not used for this long, and gives back the memory of their
+    /// pictures. Does not wait for pictures that are being drawn.
+    void closeReadersUnusedFor(std::chrono::steady_clock::duration idle);
 
 private:
     class Impl;
