@@ -2,6 +2,7 @@
 
 #include "media/media_failure.h"
 #include "media/pixel_format.h"
+#include "media/stream_mastering.h"
 
 #include <fmt/format.h>
 
@@ -92,6 +93,8 @@ CodecHandle openPictureEncoder(MovieSettings const& settings, std::filesystem::p
         // The tag under which players look for HEVC whose parameter sets stand in the index.
         encoder->codec_tag = MKTAG('h', 'v', 'c', '1');
         std::string parameters = "log-level=none:open-gop=0";
+        if (settings.mastering)
+            parameters += ":" + masteringParameter(*settings.mastering);
         if (settings.threads > 0)
             parameters += fmt::format(":pools={}", settings.threads);
         av_opt_set(encoder->priv_data, "x265-params", parameters.c_str(), 0);

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "media/frame.h"
+#include "media/mastering_display.h"
 #include "model/media_asset.h"
 
 #include <filesystem>
+#include <optional>
 #include <string>
 
 namespace framewright {
@@ -28,8 +30,9 @@ struct MediaInfo {
     int width = 0;         ///< Pixels as stored, before the orientation, with square pixels.
     int height = 0;
     Orientation orientation;
-    double frameRate = 0; ///< Average, frames per second; 0 for a photo.
-    bool isHDR = false;   ///< PQ or HLG.
+    double frameRate = 0;                      ///< Average, frames per second; 0 for a photo.
+    bool isHDR = false;                        ///< PQ or HLG.
+    std::optional<MasteringDisplay> mastering; ///< When the container names it.
     std::string videoCodec;
     std::string videoTag; ///< Of the codec in the container: "avc1", "hvc1"; may be empty.
     ColorTags colors;     ///< As the file says, of a video.

@@ -6,6 +6,7 @@
 #include "media/mp4_file.h"
 #include "media/pixel_format.h"
 #include "media/sound_stream.h"
+#include "media/stream_mastering.h"
 
 #include <cassert>
 #include <stdexcept>
@@ -39,6 +40,8 @@ public:
           m_sound(settings.audioBitRate, m_file, file),
           m_packet(newPacket())
     {
+        if (settings.mastering && settings.codec == MovieSettings::Codec::hevcHLG)
+            setMasteringDisplay(*m_pictureStream, *settings.mastering);
         m_file.setActivity(settings.activity);
         m_file.begin();
     }

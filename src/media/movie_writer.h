@@ -1,10 +1,12 @@
 #pragma once
 
 #include "media/frame.h"
+#include "media/mastering_display.h"
 
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 
 namespace framewright {
@@ -20,7 +22,8 @@ struct MovieSettings {
     double quality = 20;             ///< Constant rate factor: lower is better and larger.
     char const* preset = "veryfast"; ///< Of the encoder: effort against size.
     int audioBitRate = 160'000;
-    int threads = 0; ///< Of the encoder; 0 lets it choose.
+    std::optional<MasteringDisplay> mastering = {}; ///< Told with HDR.
+    int threads = 0;                                ///< Of the encoder; 0 lets it choose.
     /// Called whenever some of the file was written, on the thread that feeds the writer.
     std::function<void()> activity = {};
 };

@@ -5,6 +5,7 @@
 #include "media/media_file.h"
 #include "media/media_input.h"
 #include "media/photo_decoding.h"
+#include "media/stream_mastering.h"
 
 #include <algorithm>
 #include <cmath>
@@ -86,6 +87,7 @@ void addPictureFacts(MediaInfo& info, AVFormatContext& format, AVStream& stream)
     info.frameRate = frameRateOf(stream);
     info.isHDR = stream.codecpar->color_trc == AVCOL_TRC_SMPTE2084 ||
                  stream.codecpar->color_trc == AVCOL_TRC_ARIB_STD_B67;
+    info.mastering = masteringDisplayOf(stream);
     info.videoCodec = avcodec_get_name(stream.codecpar->codec_id);
     info.videoTag = tagOf(stream);
     info.colors = {stream.codecpar->color_primaries, stream.codecpar->color_trc,

@@ -12,6 +12,9 @@ namespace {
 
 /// A decoder that is needed again within this time stays open. Seconds.
 constexpr double soon = 5;
+/// Photos are read this much larger than they are shown, since our scaler makes a sharper picture
+/// of it than their readers do.
+constexpr double spareDetail = 2;
 constexpr int smallestPhoto = 16;
 /// No side of a photo is read larger, however far it is zoomed into: the largest export has 3840
 /// pixels, and each photo that is shown at a time takes three bytes for each pixel.
@@ -84,7 +87,7 @@ Frame ClipFrameSource::still(Layer const& layer, CompositionTrack const& track,
         AffineTransform const& transform = layer.placement.transform;
         double const scale = std::hypot(transform.a, transform.b);
         double const whole = std::max(layer.naturalSize.width, layer.naturalSize.height);
-        double const needed = std::ceil(whole * std::min(scale, 1.0));
+        double const needed = std::ceil(whole * std::min(scale * spareDetail, 1.0));
         int const side = int(std::clamp<double>(needed, smallestPhoto, largestPhoto));
         playing = {&segment, nullptr, m_photos.photo(segment.file, side)};
     }

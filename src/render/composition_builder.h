@@ -99,6 +99,10 @@ PixelSize canvasWithLongSide(AspectPreset preset, double longSide);
 PixelSize canvasWithHeight(AspectPreset preset, int height);
 PixelSize canvasWithWidth(AspectPreset preset, int width);
 
+/// The screen that all HDR footage of the piece was graded on; nothing when clips differ in it or
+/// one of them doesn't say.
+std::optional<MasteringDisplay> exportMastering(Project const& project, AssetStore const& assets);
+
 /// The rate of most of the footage that is seen, by duration: 24, 25, 30, 50 or 60, whichever is
 /// nearest; 30 where nothing moves.
 int exportFrameRate(Project const& project, AssetStore const& assets);

@@ -57,6 +57,22 @@ PixelSize CompositionBuilder::exportRenderSize(Project const& project, AssetStor
     return canvasWithLongSide(project.aspect, std::min(longSide, longestSide));
 }
 
+std::optional<MasteringDisplay> exportMastering(Project const& project, AssetStore const& assets)
+{
+    std::optional<MasteringDisplay> common;
+    for (Track const* track : project.videoTracks()) {
+        for (Clip const& clip : *track->clips) {
+            LoadedAsset const* const asset = assets.find(clip.assetID);
+            if (!asset || !asset->isHDR)
+                continue;
+            if (!asset->mastering || (common && common != asset->mastering))
+                return std::nullopt;
+            common = asset->mastering;
+        }
+    }
+    return common;
+}
+
 int exportFrameRate(Project const& project, AssetStore const& assets)
 {
     struct Rate {

@@ -314,7 +314,9 @@ ExportResult Exporter::run(ExportProgress const& progress, std::stop_token stop)
     ExpectedMovie const expected{output.renderSize, output.framesPerSecond, result.duration,
                                  video.colors.isHDR(), m_settings.quality};
     checkSpace(m_surroundings, m_settings.file, expected);
-    MovieSettings const movie = movieSettings(video, m_settings.quality);
+    MovieSettings movie = movieSettings(video, m_settings.quality);
+    if (video.colors.isHDR())
+        movie.mastering = exportMastering(m_project, m_assets);
     std::vector<FileIdentity> sources = sourcesOf(plan.composition);
     auto const job =
         std::make_shared<Job const>(Job{std::move(plan), expected, m_settings.file, movie,

@@ -17,6 +17,7 @@ LoadedAsset loadedAsset(std::filesystem::path const& file, MediaInfo const& info
     asset.hasVideo = info.hasVideo;
     asset.hasAudio = info.hasAudio;
     asset.isHDR = info.isHDR;
+    asset.mastering = info.mastering;
     if (!info.hasVideo)
         return asset;
     if (info.kind == MediaKind::image) {

@@ -5,6 +5,7 @@
 #include "render/geometry.h"
 
 #include <filesystem>
+#include <optional>
 
 namespace framewright {
 
@@ -23,7 +24,8 @@ struct LoadedAsset {
     bool hasVideo = false; ///< A moving picture or a photo.
     bool hasAudio = false;
     bool isHDR = false;
-    double frameRate = 0; ///< Frames per second; 0 for what does not move.
+    std::optional<MasteringDisplay> mastering; ///< Of HDR footage whose file names it.
+    double frameRate = 0;                      ///< Frames per second; 0 for what does not move.
 
     /// The natural size as it is seen: upright.
     Size displaySize() const;

@@ -190,6 +190,8 @@ TEST(MovieWriter, IsMadeForPlayersAndCutting)
     MovieSettings hlg = small();
     hlg.codec = MovieSettings::Codec::hevcHLG;
     hlg.preset = "ultrafast";
+    hlg.mastering =
+        MasteringDisplay{{0.68, 0.32}, {0.265, 0.69}, {0.15, 0.06}, {0.3127, 0.329}, 0.0005, 1000};
     fs::path const hdr = testFolder() / "hdr tags.mp4";
     {
         MovieWriter writer(hdr, hlg);
@@ -197,10 +199,14 @@ TEST(MovieWriter, IsMadeForPlayersAndCutting)
             writer.writeFrame(tenBit(pictureOf(i)));
         writer.finish();
     }
-    EXPECT_EQ(probed(hdr, "v",
-                     "stream=codec_name,profile,codec_tag_string,pix_fmt,color_range,color_space,"
-                     "color_transfer,color_primaries,start_time"),
-              "hevc|Main 10|hvc1|yuv420p10le|tv|bt2020nc|arib-std-b67|bt2020|0.000000\n");
+    EXPECT_THAT(probed(hdr, "v",
+                       "stream=codec_name,profile,codec_tag_string,pix_fmt,color_range,color_space,"
+                       "color_transfer,color_primaries,start_time"),
+                testing::StartsWith(
+                    "hevc|Main 10|hvc1|yuv420p10le|tv|bt2020nc|arib-std-b67|bt2020|0.000000"));
+    EXPECT_EQ(probeMedia(hdr).mastering, hlg.mastering);
+    EXPECT_THAT(probed(hdr, "v", "frame_side_data=red_x,green_y,white_point_x,max_luminance"),
+                testing::StartsWith("34000/50000|34500/50000|15635/50000|10000000/10000"));
 }
 
 TEST(MovieWriter, LeavesNothingUnlessFinished)

@@ -1,0 +1,20 @@
+#pragma once
+
+namespace framewright {
+
+/// The screen that HDR footage was graded on, as its file tells (SMPTE ST 2086).
+struct MasteringDisplay {
+    struct Chromaticity { ///< CIE 1931.
+        double x = 0;
+        double y = 0;
+
+        bool operator==(Chromaticity const&) const = default;
+    };
+    Chromaticity red, green, blue, white;
+    double leastLuminance = 0; ///< cd/m².
+    double mostLuminance = 0;
+
+    bool operator==(MasteringDisplay const&) const = default;
+};
+
+} // namespace framewright
