@@ -176,6 +176,47 @@ TEST(TextPainter, DrawsLettersWhereTheyBelong)
     }
 }
 
+TEST(TextPainter, DrawsTheBuiltInLooksAsTheyWereApproved)
+{
+    // Measured once, in a picture that was looked at: where the text is, and a pixel inside a
+    // letter or its box.
+    struct Case {
+        char const* look;
+        Bounds bounds;
+        int x, y;
+        Color color;
+    };
+    for (Case const& c : {
+             Case{"Classic", {386, 885, 694, 1035}, 417, 888, {255, 255, 255, 255}},
+             Case{"Modern", {381, 858, 699, 1062}, 405, 860, {255, 255, 255, 255}},
+             Case{"Strong", {366, 839, 714, 1081}, 399, 841, {255, 255, 255, 255}},
+             Case{"Neon", {297, 829, 780, 1096}, 365, 857, {204, 25, 154, 204}},
+             Case{"Typewriter", {356, 875, 724, 1045}, 380, 877, {236, 230, 216, 245}},
+             Case{"Meme", {358, 849, 722, 1071}, 400, 860, {255, 255, 255, 255}},
+             Case{"Elegant", {344, 863, 736, 1053}, 562, 869, {255, 248, 233, 255}},
+             Case{"Directional", {373, 860, 707, 1060}, 454, 895, {255, 255, 255, 255}},
+             Case{"Editor", {374, 871, 706, 1049}, 462, 907, {140, 245, 181, 255}},
+             Case{"Deco", {332, 887, 748, 1034}, 371, 892, {255, 233, 200, 255}},
+             Case{"Poster", {234, 855, 848, 1058}, 371, 862, {255, 226, 61, 255}},
+             Case{"Squeeze", {365, 844, 715, 1076}, 392, 846, {255, 226, 61, 255}},
+             Case{"Journal", {373, 844, 717, 1074}, 441, 850, {255, 255, 255, 255}},
+             Case{"Rosalia", {334, 838, 743, 1076}, 563, 847, {255, 244, 234, 255}},
+         }) {
+        auto const look = std::ranges::find(CaptionStyle::textPresets(), c.look,
+                                            [](CaptionStyle const& style) { return style.name; });
+        ASSERT_NE(look, CaptionStyle::textPresets().end()) << c.look;
+        auto const image = paintText(block("Six days\nin Lisbon", *look), fonts());
+        Bounds const bounds = boundsOf(image, isSeen);
+        EXPECT_NEAR(bounds.left, c.bounds.left, 2) << c.look;
+        EXPECT_NEAR(bounds.top, c.bounds.top, 2) << c.look;
+        EXPECT_NEAR(bounds.right, c.bounds.right, 2) << c.look;
+        EXPECT_NEAR(bounds.bottom, c.bounds.bottom, 2) << c.look;
+        Color const color = pixel(image, c.x, c.y);
+        for (std::size_t part = 0; part < color.size(); ++part)
+            EXPECT_NEAR(color[part], c.color[part], 8) << c.look;
+    }
+}
+
 TEST(TextPainter, KeepsLettersWholeInsideTheirOutline)
 {
     auto const bare = paintText(block("Bag", plain()), fonts());
