@@ -291,8 +291,8 @@ private:
     QTimer m_saveTimer;
     std::chrono::steady_clock::time_point m_unsavedSince;
     bool m_isSaving = false;
-    std::uint64_t m_saveCount =
-        0; ///< Saves begun, so that a reading knows whether one came between.
+    /// Counts saves begun, so that a reading knows whether one came between.
+    std::uint64_t m_saveCount = 0;
 };
 
 } // namespace framewright

@@ -59,6 +59,18 @@ Outcome<Placed> AppState::addPlaceholder(NewPlaceholder const& placeholder)
     return carryOut(framewright::addPlaceholder(m_project, placeholder), "Add Placeholder");
 }
 
+Outcome<Placed> AppState::addText(NewText text)
+{
+    text.id = Id::random();
+    text.newTrackID = Id::random();
+    return carryOut(framewright::addText(m_project, text), "Add Text");
+}
+
+Outcome<Project> AppState::changeText(Id const& clipID, TextChanges const& changes)
+{
+    return carryOut(framewright::changeText(m_project, clipID, changes), "Edit Text");
+}
+
 Outcome<SplitClip> AppState::splitClip(std::optional<Id> const& clipID,
                                        std::optional<Id> const& fallbackTrack, double time)
 {
