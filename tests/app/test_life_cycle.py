@@ -50,17 +50,15 @@ class Starting(LifeCycleTestCase):
         wait_until(self.editor.is_running, "it serves")
         for each in editors:
             if each.pid == self.editor.pid():
+                serving = each
                 continue
             _, said = each.communicate(timeout=PATIENCE)
             self.assertTrue(said.endswith(b"Framewright is already running.\n"), said)
             self.assertEqual(each.returncode, 1)
         self.editor.do("status")
         self.editor.do("app-quit")
-        serving = [each for each in editors if each.returncode is None]
-        self.assertEqual([each.wait(PATIENCE) for each in serving], [0])
-        for each in editors:
-            each.stdout.close()
-            each.stderr.close()
+        _, said = serving.communicate(timeout=PATIENCE)
+        self.assertEqual(serving.returncode, 0, said)
 
     def test_a_stale_socket_is_replaced(self):
         self.editor.do("status")
