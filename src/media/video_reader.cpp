@@ -23,9 +23,11 @@ constexpr double leastGain = 0.3;
 /// Where the file has no index of what lies ahead, a jump this far tries its luck. Seconds.
 constexpr double farJump = 5;
 
-/// How long before the wanted time pictures are decoded even if no other needs them. In a file
-/// with longer gaps between pictures the right one may be left out at first, which is noticed.
-constexpr double skipMargin = 0.5;
+/// Pictures that no other needs are left out on the way to the wanted one, up to so many pictures
+/// before it, and so many seconds at the most. Where a gap between two of them is longer, the right
+/// one may be left out at first, which is noticed.
+constexpr double marginPictures = 3;
+constexpr double longestMargin = 0.5;
 
 /// Data that cannot be decoded at the very end counts as not being there: recorders that were
 /// stopped hard leave such ends in otherwise good files. The picture before it stays. Seconds.
@@ -84,12 +86,18 @@ private:
     void moveTo(std::int64_t time)
     {
         if (!m_current || time < m_current->time || isCheaperToJump(time))
-            jumpTo(time, time - unitsOf(skipMargin));
+            jumpTo(time, time - unitsOf(skipMargin()));
         readOn(time);
         if (m_decoder.lastLeftOut() && m_current->time < *m_decoder.lastLeftOut()) {
             jumpTo(time, never);
             readOn(time);
         }
+    }
+
+    double skipMargin() const
+    {
+        double const rate = av_q2d(m_stream.avg_frame_rate);
+        return rate > 0 ? std::min(longestMargin, marginPictures / rate) : longestMargin;
     }
 
     void readOn(std::int64_t time)
