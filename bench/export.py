@@ -3,7 +3,7 @@ piece; or, when clips are given, a piece cut from them.
 
 Each piece is built through the command line. Beside it: decoding the used ranges and nothing else, encoding
 the finished frames and nothing else, ffmpeg's filter graphs, and MLT where `melt` is installed. All code with
-the same settings."""
+the same settings. Then the same pictures drawn and thrown away: what compositing costs beside decoding."""
 
 import os
 import shutil
@@ -14,11 +14,12 @@ import tempfile
 import standard_piece
 import untouched_clip
 from export_settings import FFMPEG, SOUND, coded_with, encoder
-from measured_editor import MeasuredEditor
+from measured_editor import FRAMEWRIGHT, MeasuredEditor
 from measuring import measured, measured_export, medians, told
 from phone_piece import PhonePiece
 
 WIDTH, HEIGHT, FPS = 1080, 1920, 30
+COMPOSITE = os.path.join(os.path.dirname(FRAMEWRIGHT), "bench_composite")
 
 
 def references(piece, folder, is_hdr):
@@ -48,6 +49,15 @@ def references(piece, folder, is_hdr):
     return commands
 
 
+def composites(piece, folder):
+    """The same without encoding."""
+    commands = {"framewright": [[COMPOSITE, f"{folder}/piece.fwp", str(HEIGHT)]]}
+    for name, (inputs, picture, _) in piece.graphs(folder).items():
+        commands[name] = [[*FFMPEG, *inputs, "-filter_complex", picture, "-map", "[video]", "-r", str(FPS),
+                           "-f", "null", "-"]]
+    return commands
+
+
 def check_settings(ours, reference):
     """Figures are worth something only when both were coded alike."""
     marks = ("threads=", "frame-threads", "sar=", "chromaloc")  # What does not change the coding.
@@ -63,14 +73,18 @@ def measure(piece, runs, is_hdr=False):
     with tempfile.TemporaryDirectory(prefix="framewright-bench-") as folder, MeasuredEditor() as editor:
         piece.make_media(folder)
         piece.build(editor, folder)
-        commands = references(piece, folder, is_hdr)
+        editor.run("project-save", "--path", f"{folder}/piece.fwp")
+        commands, drawn = references(piece, folder, is_hdr), composites(piece, folder)
         rows = {name: [] for name in ["framewright", *commands]}
+        drawn_rows = {name: [] for name in drawn}
         for _ in range(runs):
             # At the canvas's own size: by default 4K footage makes a 4K movie.
             rows["framewright"].append(
                 measured_export(editor, "--path", f"{folder}/ours.mp4", "--height", str(HEIGHT)))
             for name, each in commands.items():
                 rows[name].append(measured(each))
+            for name, each in drawn.items():
+                drawn_rows[name].append(measured(each))
         check_settings(f"{folder}/ours.mp4", f"{folder}/encode.mp4")
 
         print(f"{piece.NAME}, medians of {runs} (load {os.getloadavg()[0]:.1f}):")
@@ -84,6 +98,11 @@ def measure(piece, runs, is_hdr=False):
             other = medians(rows[name])
             print(f"  framewright / {name}: cpu {cpu / other[0]:.2f}, wall {wall / other[1]:.2f}, "
                   f"peak {peak / other[2]:.2f}")
+        print("decoding and compositing alone:")
+        decode = medians(rows["plain decode"])[0]
+        for name, each in drawn_rows.items():
+            told(name, each)
+            print(f"  {name} / plain decode: cpu {medians(each)[0] / decode:.2f}")
 
 
 def main():
