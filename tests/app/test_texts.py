@@ -75,6 +75,25 @@ class Texts(EditorTestCase):
                 ])
                 self.editor.do("undo")
 
+    def test_a_text_that_was_left_without_words_by_hand(self):
+        self.text_add("Words", "--at=0")
+        self.editor.do("project-save")
+        content = json.loads(self.document.read_text())
+        for track in content["project"]["tracks"]:
+            for clip in track["clips"]:
+                clip.pop("text", None)
+        self.document.write_text(json.dumps(content))
+        wait_until(
+            lambda: "text" not in self.editor.tracks()[0]["clips"][0], "the edit is taken in"
+        )
+        clip = self.editor.do("text-set", "t1:1", "--duration=2")["clip"]
+        self.assertEqual((clip["duration"], "text" in clip), (2, False))
+        text = self.editor.do("text-set", "t1:1", "--text=Hello")["clip"]["text"]
+        usual = [look for look in self.editor.do("favorites")["text"] if look.get("default")][0]
+        self.assertEqual(
+            (text["words"], text["look"], text["font"]), ("Hello", usual["name"], usual["font"])
+        )
+
     REFUSED = (
         (("text-add",), "text-add needs --text."),
         (("text-add", ""), "A text needs some words."),

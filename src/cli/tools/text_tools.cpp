@@ -47,10 +47,20 @@ ToolResult textResult(EditorTools const& tools, Id const& id,
 {
     ToolResult result = clipResult(tools.editor, id, wantedStart);
     auto const place = findClip(tools.editor.project(), id);
+    if (!place->clip->text) // Made by hand, without words.
+        return result;
     std::string const note = standInNote((*place->clip->text)->style, tools.fonts);
     if (!note.empty())
         result.text += "\n" + note;
     return result;
+}
+
+/// Without words yet, in the look of new texts.
+TextOverlay newText(EditorTools const& tools)
+{
+    TextOverlay text;
+    text.style = tools.styles.texts.defaultStyle();
+    return text;
 }
 
 ToolResult addText(ToolArgs const& args, EditorTools const& tools)
@@ -58,8 +68,8 @@ ToolResult addText(ToolArgs const& args, EditorTools const& tools)
     AppState& editor = tools.editor;
     requireProject(editor);
     NewText text;
+    text.text = newText(tools);
     text.text.text = args[newWords];
-    text.text.style = tools.styles.texts.defaultStyle();
     applyOptions(args, tools.styles.texts, text.text);
     text.time = args.get(at, editor.currentTime());
     text.length = args.get(duration, textLength);
@@ -86,7 +96,7 @@ ToolResult setText(ToolArgs const& args, EditorTools const& tools)
     requireUnlocked(editor.project(), *place.track);
 
     TextChanges changes;
-    TextOverlay text = place.clip->text ? **place.clip->text : TextOverlay();
+    TextOverlay text = place.clip->text ? **place.clip->text : newText(tools);
     bool const changesLook = applyOptions(args, tools.styles.texts, text);
     text.text = args.get(words, text.text);
     if (changesLook || args.has(words))
