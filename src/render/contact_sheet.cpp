@@ -1,7 +1,6 @@
 #include "render/contact_sheet.h"
 
 #include "model/time_rules.h"
-#include "render/composition_builder.h"
 
 #include <QFont>
 #include <QImage>
@@ -25,7 +24,7 @@ QColor const ink(225, 225, 228);
 struct Layout {
     Layout(AspectPreset canvas, int frameWidth, int columnCount, std::size_t frames)
         : width(frameWidth),
-          height(canvasWithWidth(canvas, frameWidth).height),
+          height(stillSize(canvas, frameWidth).height),
           gap(std::max(2, frameWidth / 40)),
           label(std::clamp(frameWidth / 11, 12, 40)),
           columns(std::min(columnCount, int(frames))),

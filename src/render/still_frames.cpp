@@ -23,8 +23,10 @@ constexpr std::size_t keptPhotos = 4; ///< By each desk.
 /// Each has its decoders and their pictures in memory.
 constexpr unsigned mostDesks = 4;
 
-RGBImage screenImage(Frame const& frame, int width, int height)
+/// The upper left part of a frame.
+RGBImage screenImage(Frame const& frame, PixelSize size)
 {
+    auto const [width, height] = size;
     constexpr PixelLayout rgb{PixelLayout::Model::gbr, 8, 0, 0, false};
     constexpr ColorTags screen{1, 1, 0, true, false};
     Frame planar(width, height, rgb, screen);
@@ -32,7 +34,7 @@ RGBImage screenImage(Frame const& frame, int width, int height)
     for (int i = 0; i < 3; ++i)
         target.planes[std::size_t(i)] = planar.writablePlane(i);
     Rect const whole{0, 0, double(frame.width()), double(frame.height())};
-    PictureScaler().scale(frame, whole, whole, target);
+    PictureScaler().scale(frame, whole, {0, 0, double(width), double(height)}, target);
 
     RGBImage image{width, height, std::vector<std::uint8_t>(std::size_t(width) * height * 3)};
     Frame::Plane const green = planar.plane(0), blue = planar.plane(1), red = planar.plane(2);
@@ -45,6 +47,21 @@ RGBImage screenImage(Frame const& frame, int width, int height)
         }
     }
     return image;
+}
+
+/// The pictures of layers, stretched by as much as `from` is to `to`.
+void stretch(VideoComposition& video, PixelSize from, PixelSize to)
+{
+    double const x = double(to.width) / from.width, y = double(to.height) / from.height;
+    for (CompositorInstruction& instruction : video.instructions) {
+        for (Layer& layer : instruction.layers) {
+            Placement& placement = layer.placement;
+            placement.transform = placement.transform.then(AffineTransform::scaling(x, y));
+            Rect const frame = placement.frame;
+            placement.frame = {frame.x * x, frame.y * y, frame.width * x, frame.height * y};
+        }
+    }
+    video.renderSize = to;
 }
 
 /// Where pictures are drawn, one at a time: the decoders and photos that are kept open for it.
@@ -62,15 +79,20 @@ struct BuiltPiece {
     /// `times` is when pictures of it are wanted.
     BuiltPiece(Project const& project, AssetStore const& assets, CaptionBurner const& burner,
                TimeSpan times, int pixels)
-        : width(std::max(1, pixels)),
+        : size(stillSize(project.aspect, pixels)),
           framesPerSecond(exportFrameRate(project, assets)),
           lastFrame(std::max(1.0, std::round(project.videoDuration() * framesPerSecond)) - 1)
     {
-        PixelSize const size = canvasWithWidth(project.aspect, pixels);
+        // What is fitted into a canvas of whole pixels would leave a line of it black where that is
+        // not quite of the canvas's shape. So it is fitted into one of the very shape, and that is
+        // stretched by less than a pixel to even sides, of which the last pixel may be cut.
+        PixelSize const canvas = baseCanvas(project.aspect);
+        PixelSize const drawn{size.width + size.width % 2, size.height + size.height % 2};
         TimeSpan const shown{shownTime(times.start), shownTime(times.end)};
         composition = CompositionBuilder::build(
-            project, assets, {size, framesPerSecond, true, DynamicRange::standard},
-            burner.overlays(project, assets, size, shown));
+            project, assets, {canvas, framesPerSecond, true, DynamicRange::standard},
+            burner.overlays(project, assets, drawn, shown));
+        stretch(composition.video, canvas, drawn);
     }
 
     /// At or after the end that of the last frame.
@@ -79,7 +101,7 @@ struct BuiltPiece {
         return std::clamp(time, 0.0, lastFrame / framesPerSecond);
     }
 
-    int width;
+    PixelSize size;
     int framesPerSecond;
     double lastFrame;
     BuiltComposition composition;
@@ -104,7 +126,7 @@ public:
     RGBImage image(double time)
     {
         Frame const frame = m_compositor.draw(m_piece.shownTime(time));
-        return screenImage(frame, m_piece.width, m_piece.composition.video.renderSize.height);
+        return screenImage(frame, m_piece.size);
     }
 
 private:
@@ -115,6 +137,14 @@ private:
 };
 
 } // namespace
+
+PixelSize stillSize(AspectPreset canvas, int width)
+{
+    PixelSize const base = baseCanvas(canvas);
+    width = std::max(1, width);
+    double const height = std::round(double(width) * base.height / base.width);
+    return {width, std::max(1, int(height))};
+}
 
 class StillFrames::Impl {
 public:

@@ -24,6 +24,10 @@ struct RGBImage {
 /// The image as the bytes of a PNG file, compressed for speed rather than for size.
 std::vector<std::uint8_t> pngFile(RGBImage const& image);
 
+/// The size of a picture of a canvas that is `width` pixels wide: its height is the nearest there
+/// is.
+PixelSize stillSize(AspectPreset canvas, int width);
+
 /// Single pictures of projects.
 ///
 /// It keeps the decoders it used last open, so the next picture of the same footage comes fast. A
@@ -34,8 +38,8 @@ public:
     explicit StillFrames(std::shared_ptr<CaptionBurner const> burner, int openReaders = 8);
     ~StillFrames();
 
-    /// The picture of the piece at `time` seconds, `width` pixels wide, in the shape of the canvas
-    /// with an even height. At or after the end it is the last frame; an empty project is black.
+    /// The picture of the piece at `time` seconds, of `stillSize`. Footage fills it where it fills
+    /// the canvas. At or after the end it is the last frame; an empty project is black.
     /// Throws MediaError, which names the clip and the file that cannot be read.
     RGBImage image(Project const& project, AssetStore const& assets, double time, int width);
 

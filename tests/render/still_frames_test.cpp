@@ -134,12 +134,41 @@ TEST_F(Stills, ManyPhotosAtATimeAreReadOnceAndNotMuchLargerThanNeeded)
 
 TEST_F(Stills, AreAsWideAsAskedFor)
 {
-    for (int width : {1, 2, 35, 361}) {
+    for (auto const& [width, height] :
+         {std::pair{1, 2}, std::pair{2, 4}, std::pair{35, 62}, std::pair{361, 642}}) {
         RGBImage const image = stills.image(newProject(), assets, 0, width);
         EXPECT_EQ(image.width, width);
-        EXPECT_EQ(image.height % 2, 0);
+        EXPECT_EQ(image.height, height);
         EXPECT_EQ(image.pixels,
                   std::vector<std::uint8_t>(image.pixels.size(), 0)); // An empty piece is black.
+    }
+}
+
+TEST_F(Stills, AreFilledByFootageOfTheirShape)
+{
+    struct Case {
+        AspectPreset canvas;
+        char const* size;
+    };
+    for (Case const& c :
+         {Case{AspectPreset::portrait, "180x320"}, Case{AspectPreset::landscape, "320x180"},
+          Case{AspectPreset::square, "180x180"}, Case{AspectPreset::fourFive, "144x180"}}) {
+        auto const file = made(std::string("-f lavfi -i color=yellow:r=30:d=1:s=") + c.size +
+                                   ",scale=out_color_matrix=bt709,format=yuv420p -c:v libx264"
+                                   " -preset ultrafast -qp 4 -colorspace bt709",
+                               std::string(c.size) + ".mp4");
+        Project piece = project({videoTrack({clip(loaded(file), 0, 1)})});
+        piece.aspect = c.canvas;
+        for (int const width : {97, 240, 359, 361}) {
+            RGBImage const image = stills.image(piece, assets, 0.5, width);
+            double const right = 1 - 0.5 / image.width, bottom = 1 - 0.5 / image.height;
+            for (double const along : {0.0, 0.25, 0.5, 0.75}) {
+                for (auto const& [x, y] : {std::pair(along, 0.0), std::pair(along, bottom),
+                                           std::pair(0.0, along), std::pair(right, along)})
+                    EXPECT_THAT(pixel(image, x, y), isAbout(255, 255, 0))
+                        << c.size << " at " << width << ": " << x << ", " << y;
+            }
+        }
     }
 }
 
