@@ -1,7 +1,6 @@
 #include "render/audio_mix.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace framewright {
 
@@ -19,6 +18,8 @@ float gainAt(AudioMix::Step const& step, std::int64_t sample)
 {
     std::int64_t const start = sampleAt(step.timeRange.start);
     std::int64_t const end = sampleAt(step.timeRange.end);
+    if (sample <= start)
+        return step.startVolume;
     if (sample >= end)
         return step.endVolume;
     double const part = double(sample - start) / double(end - start);
@@ -27,24 +28,21 @@ float gainAt(AudioMix::Step const& step, std::int64_t sample)
 
 } // namespace
 
-void AudioMix::gains(CompositionTrackID trackID, double from, std::span<float> gains) const
+void AudioMix::ClipLevels::gains(std::int64_t first, std::span<float> gains) const
 {
-    auto const found = steps.find(trackID);
-    if (found == steps.end()) {
-        std::ranges::fill(gains, 1.0f);
-        return;
-    }
-    std::vector<Step> const& track = found->second;
+    if (steps.empty())
+        return void(std::ranges::fill(gains, 1.0f));
     auto const startSample = [](Step const& step) { return sampleAt(step.timeRange.start); };
 
-    std::int64_t sample = std::llround(from * sampleRate);
-    std::int64_t const last = sample + std::int64_t(gains.size());
-    auto next = std::ranges::upper_bound(track, sample, {}, startSample);
+    std::int64_t sample = first;
+    std::int64_t const last = first + std::int64_t(gains.size());
+    auto next = std::ranges::upper_bound(steps, sample, {}, startSample);
     for (std::size_t n = 0; sample < last;) {
-        std::int64_t const until = next == track.end() ? last : std::min(last, startSample(*next));
+        std::int64_t const until = next == steps.end() ? last : std::min(last, startSample(*next));
+        Step const& step = next == steps.begin() ? *next : *std::prev(next);
         for (; sample < until; ++sample, ++n)
-            gains[n] = next == track.begin() ? 1.0f : gainAt(*std::prev(next), sample);
-        while (next != track.end() && startSample(*next) <= sample)
+            gains[n] = gainAt(step, sample);
+        while (next != steps.end() && startSample(*next) <= sample)
             ++next;
     }
 }

@@ -3,13 +3,14 @@
 #include "media/media_time.h"
 #include "render/composition_track.h"
 
+#include <cstdint>
 #include <map>
 #include <span>
 #include <vector>
 
 namespace framewright {
 
-/// The levels of the sound tracks over time.
+/// The levels of the clips of the sound tracks over time.
 struct AudioMix {
     static constexpr int sampleRate = 48000;
 
@@ -23,15 +24,22 @@ struct AudioMix {
         bool operator==(Step const&) const = default;
     };
 
-    std::map<CompositionTrackID, std::vector<Step>> steps; ///< Each in time order.
+    /// What one clip is heard at, with the levels of its track.
+    struct ClipLevels {
+        Id clipID;
+        std::vector<Step> steps; ///< In time order.
 
-    /// The gain of each sample of a track from `from` seconds on: gains[n] is for the time
-    /// from + n / 48000.
-    ///
-    /// Linear: 0 is silence, 1 leaves the sound as it is. Ramps are exact to the sample; after
-    /// the last one its level holds. A track the mix has no entry for gets 1 throughout, and so
-    /// does the time before a track's first step.
-    void gains(CompositionTrackID trackID, double from, std::span<float> gains) const;
+        /// The gain of each sample of the timeline from sample `first` on.
+        ///
+        /// Linear: 0 is silence, 1 leaves the sound as it is. Ramps are exact to the sample; before
+        /// the first step and after the last one its level holds. 1 when there is no step.
+        void gains(std::int64_t first, std::span<float> gains) const;
+
+        bool operator==(ClipLevels const&) const = default;
+    };
+
+    /// Of each sound track all clips by their starts, also those that play nothing.
+    std::map<CompositionTrackID, std::vector<ClipLevels>> tracks;
 
     bool operator==(AudioMix const&) const = default;
 };

@@ -46,22 +46,47 @@ AudioMixer::AudioMixer(BuiltComposition const& composition, SoundSource& source)
 {
     for (CompositionTrack const& track : composition.tracks) {
         if (track.kind == CompositionTrack::Kind::sound)
-            addTrack(track);
+            m_tracks.push_back(parts(track));
     }
 }
 
-void AudioMixer::addTrack(CompositionTrack const& track)
+std::vector<AudioMixer::Part> AudioMixer::parts(CompositionTrack const& track) const
 {
+    auto const found = m_composition.audioMix.tracks.find(track.id);
+    auto const levels = found == m_composition.audioMix.tracks.end()
+                            ? std::span<AudioMix::ClipLevels const>()
+                            : std::span(found->second);
+    auto nextLevels = levels.begin();
     std::vector<Part> parts;
+    std::int64_t reach = 0;
     for (CompositionSegment const& segment : track.segments) {
-        bool const goesOn = !parts.empty() && continues(*parts.back().segment, segment);
-        if (goesOn)
-            parts.back().fadesOut = false;
-        parts.push_back({track.id, &segment, sampleAt(segment.timeRange.start.seconds()),
-                         sampleAt(segment.timeRange.end.seconds()), sampleAt(segment.sourceStart),
-                         !goesOn, true});
+        auto const level = std::ranges::find(nextLevels, levels.end(), segment.clipID,
+                                             &AudioMix::ClipLevels::clipID);
+        bool const hasLevels = level != levels.end();
+        if (hasLevels)
+            nextLevels = level + 1;
+        Part* const before = partThatGoesOn(parts, segment);
+        if (before)
+            before->fadesOut = false;
+        std::int64_t const end = sampleAt(segment.timeRange.end.seconds());
+        reach = std::max(reach, end);
+        parts.push_back({track.id, &segment, hasLevels ? &*level : nullptr,
+                         sampleAt(segment.timeRange.start.seconds()), end, reach,
+                         sampleAt(segment.sourceStart), !before, true});
     }
-    m_tracks.push_back(std::move(parts));
+    return parts;
+}
+
+/// The part that `next` goes on from; null when there is none.
+AudioMixer::Part* AudioMixer::partThatGoesOn(std::vector<Part>& parts,
+                                             CompositionSegment const& next)
+{
+    std::int64_t const start = sampleAt(next.timeRange.start.seconds());
+    for (auto part = parts.rbegin(); part != parts.rend() && part->reach >= start; ++part) {
+        if (continues(*part->segment, next))
+            return &*part;
+    }
+    return nullptr;
 }
 
 void AudioMixer::mix(std::int64_t first, std::span<float> interleaved)
@@ -69,7 +94,7 @@ void AudioMixer::mix(std::int64_t first, std::span<float> interleaved)
     std::ranges::fill(interleaved, 0.0f);
     std::int64_t const last = first + std::int64_t(interleaved.size() / 2);
     for (std::vector<Part> const& parts : m_tracks) {
-        auto part = std::ranges::upper_bound(parts, first, {}, &Part::end);
+        auto part = std::ranges::upper_bound(parts, first, {}, &Part::reach);
         for (; part != parts.end() && part->start < last; ++part) {
             std::int64_t const from = std::max(first, part->start);
             std::int64_t const to = std::min(last, part->end);
@@ -86,7 +111,10 @@ void AudioMixer::mixPart(Part const& part, std::int64_t first, std::span<float> 
 {
     std::size_t const count = interleaved.size() / 2;
     m_gains.resize(count);
-    m_composition.audioMix.gains(part.track, double(first) / sampleRate, m_gains);
+    if (part.levels)
+        part.levels->gains(first, m_gains);
+    else
+        std::ranges::fill(m_gains, 1.0f);
     if (std::ranges::all_of(m_gains, [](float gain) { return gain == 0; }))
         return; // Silent: not worth decoding.
 

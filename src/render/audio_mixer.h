@@ -22,7 +22,7 @@ public:
     /// Each sample depends on its time alone: any order and any length of blocks gives the same.
     /// Clips begin and end on exact samples, with a fade of 3 ms against clicks, but where the next
     /// clip goes on in the same file without a jump. Peaks are bent so that they stay below 1;
-    /// what is below 0.9 is left as it is.
+    /// what is below 0.9 is left as it is. Clips of one track that overlap are heard together.
     /// Throws MediaError, which names the clip and the file.
     void mix(std::int64_t first, std::span<float> interleaved);
 
@@ -31,19 +31,22 @@ private:
     struct Part {
         CompositionTrackID track;
         CompositionSegment const* segment;
+        AudioMix::ClipLevels const* levels; ///< Null when it is heard as it is.
         std::int64_t start;
         std::int64_t end;
+        std::int64_t reach; ///< The latest end of it and those before it.
         std::int64_t sourceStart;
         bool fadesIn;
         bool fadesOut;
     };
 
-    void addTrack(CompositionTrack const& track);
+    std::vector<Part> parts(CompositionTrack const& track) const;
+    static Part* partThatGoesOn(std::vector<Part>& parts, CompositionSegment const& next);
     void mixPart(Part const& part, std::int64_t first, std::span<float> interleaved);
 
     BuiltComposition const& m_composition;
     SoundSource& m_source;
-    std::vector<std::vector<Part>> m_tracks; ///< The parts of each sound track, in time order.
+    std::vector<std::vector<Part>> m_tracks; ///< The parts of each sound track, by their starts.
     std::vector<float> m_sound;
     std::vector<float> m_gains;
 };

@@ -20,13 +20,14 @@ constexpr int smallestPhoto = 16;
 /// pixels, and each photo that is shown at a time takes three bytes for each pixel.
 constexpr int largestPhoto = 4096;
 
-/// The segment of a track at a time. Cuts nearer than the tolerance are drawn as one, so it may be
-/// the neighbour that is meant.
-CompositionSegment const* segmentNear(CompositionTrack const& track, double time)
+/// The segment of a layer's clip at a time. Cuts nearer than the tolerance are drawn as one, so it
+/// may begin a little later or have ended.
+CompositionSegment const* segmentNear(CompositionTrack const& track, Layer const& layer,
+                                      double time)
 {
     MediaTime const at = MediaTime::fromSeconds(time);
     for (MediaTime const near : {at, MediaTime{at.value + 1}, MediaTime{at.value - 1}}) {
-        if (CompositionSegment const* const segment = track.segmentAt(near))
+        if (CompositionSegment const* const segment = track.segmentAt(near, layer.clipID))
             return segment;
     }
     return nullptr;
@@ -43,7 +44,7 @@ ClipFrameSource::ClipFrameSource(BuiltComposition const& composition, OpenReader
 std::optional<Frame> ClipFrameSource::frame(Layer const& layer, double time)
 {
     CompositionTrack const* const track = m_composition.track(layer.trackID);
-    CompositionSegment const* const segment = track ? segmentNear(*track, time) : nullptr;
+    CompositionSegment const* const segment = track ? segmentNear(*track, layer, time) : nullptr;
     if (!segment || segment->source == CompositionSegment::Source::black)
         return std::nullopt; // Between two cuts that are nearer than the media engine counts.
     closeFinished(time);
@@ -59,7 +60,7 @@ std::optional<Frame> ClipFrameSource::frame(Layer const& layer, double time)
 std::string ClipFrameSource::name(Layer const& layer, double time) const
 {
     CompositionTrack const* const track = m_composition.track(layer.trackID);
-    CompositionSegment const* const segment = track ? segmentNear(*track, time) : nullptr;
+    CompositionSegment const* const segment = track ? segmentNear(*track, layer, time) : nullptr;
     return segment ? segment->name + " (" + segment->file.string() + ")" : std::string();
 }
 

@@ -4,16 +4,15 @@
 
 namespace framewright {
 
-CompositionSegment const* CompositionTrack::segmentAt(MediaTime time) const
+CompositionSegment const* CompositionTrack::segmentAt(MediaTime time, Id const& clipID) const
 {
     auto const next =
         std::ranges::upper_bound(segments, time, {}, [](CompositionSegment const& segment) {
             return segment.timeRange.start;
         });
     for (auto segment = next; segment != segments.begin();) {
-        // Usually the first one decides. Only in documents that other programs wrote do clips of
-        // one track overlap.
-        if (time < (--segment)->timeRange.end)
+        --segment;
+        if (time < segment->timeRange.end && segment->clipID == clipID)
             return &*segment;
     }
     return nullptr;

@@ -32,6 +32,7 @@ struct Placement {
 /// A picture in the stack of an instruction.
 struct Layer {
     CompositionTrackID trackID = 0; ///< Whose picture it is.
+    Id clipID;                      ///< Which clip of the track; nil for a black plate.
     Placement placement;
     Size naturalSize;          ///< Of the picture that the placement was made for.
     bool isBlackPlate = false; ///< A placeholder or the filler: black, nothing is read.

@@ -41,10 +41,11 @@ struct CompositionTrack {
 
     CompositionTrackID id = 0;
     Kind kind = Kind::picture;
-    std::vector<CompositionSegment> segments; ///< In time order.
+    /// By their starts. Only in documents that other programs wrote do they overlap.
+    std::vector<CompositionSegment> segments;
 
-    /// The segment that covers a time; null in a gap.
-    CompositionSegment const* segmentAt(MediaTime time) const;
+    /// The segment of a clip that covers a time; null when there is none.
+    CompositionSegment const* segmentAt(MediaTime time, Id const& clipID) const;
 
     bool operator==(CompositionTrack const&) const = default;
 };

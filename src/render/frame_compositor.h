@@ -17,7 +17,7 @@ class FrameSource {
 public:
     virtual ~FrameSource() = default;
 
-    /// The picture of the layer's track at `time` seconds of the timeline, as stored: in any
+    /// The picture of the layer's clip at `time` seconds of the timeline, as stored: in any
     /// format and size, not turned. The same picture shares its pixels each time. Nothing when the
     /// track plays nothing there: the layer is left out then.
     /// Throws MediaError, which names the clip and the file.

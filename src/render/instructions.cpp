@@ -117,6 +117,7 @@ std::vector<Layer> layersAt(double time, std::vector<DrawnTrack>& tracks, AssetS
         } else if (LoadedAsset const* const asset = assets.find(clip->assetID)) {
             Layer layer;
             layer.trackID = drawn.id;
+            layer.clipID = clip->id;
             layer.placement = CompositionBuilder::placement(*asset, clip->transform, render);
             layer.naturalSize = asset->naturalSize;
             layer.opacity = opacity;

@@ -41,8 +41,9 @@ double duckFactor(double time, std::span<TimeSpan const> ranges)
     return 1;
 }
 
-void addSteps(std::vector<AudioMix::Step>& steps, std::vector<VolumePoint> const& points)
+std::vector<AudioMix::Step> steps(std::vector<VolumePoint> const& points)
 {
+    std::vector<AudioMix::Step> steps;
     for (std::size_t n = 0; n + 1 < points.size(); ++n) {
         VolumePoint const& from = points[n];
         VolumePoint const& to = points[n + 1];
@@ -53,6 +54,7 @@ void addSteps(std::vector<AudioMix::Step>& steps, std::vector<VolumePoint> const
                                    MediaTime::fromSeconds(to.time)};
         steps.push_back({range, from.volume, isRamp ? to.volume : from.volume});
     }
+    return steps;
 }
 
 } // namespace
@@ -66,14 +68,15 @@ AudioMix CompositionBuilder::audioMix(Project const& project, TrackIDs const& tr
         auto const found = trackIDs.find(track.id);
         if (found == trackIDs.end())
             continue;
-        std::vector<AudioMix::Step>& steps = mix.steps[found->second];
+        std::vector<AudioMix::ClipLevels>& levels = mix.tracks[found->second];
         std::vector<Clip> clips = *track.clips;
         std::ranges::stable_sort(clips, {}, &Clip::timelineStart);
         for (Clip const& clip : clips) {
             float const base = baseVolume(track, clip, anySolo);
             bool const isDucked = track.kind == TrackKind::audio && track.ducks && base > 0;
-            addSteps(steps, envelope(clip, base,
-                                     isDucked ? std::span(duckRanges) : std::span<TimeSpan>()));
+            auto const points =
+                envelope(clip, base, isDucked ? std::span(duckRanges) : std::span<TimeSpan>());
+            levels.push_back({clip.id, steps(points)});
         }
     }
     return mix;

@@ -131,6 +131,25 @@ TEST(Mixer, OnlyJumpsAreFaded)
     }
 }
 
+TEST(Mixer, ClipsOfOneTrackMayOverlap)
+{
+    // As in documents that other programs wrote: each is heard, at its own level.
+    Clip quiet = clip(camera, 1, 1, 3);
+    quiet.volume = 0.5f;
+    Track bed = audioTrack({clip(music, 0, 8, 20), quiet, clip(music, 8, 1, 28)});
+    bed.ducks = true;
+    Piece piece(project({bed, audioTrack({clip(unloaded, 5, 2)})}), constant);
+    auto const samples = piece.mixed(0, 9 * rate);
+    struct Case {
+        double time;
+        float level;
+    };
+    for (Case const& c : {Case{0.5, 1}, Case{1.5, 1.5f}, Case{2.5, 1}, Case{4.875, 0.625f},
+                          Case{6, 0.25f}, Case{7.5, 1}, Case{8 - 1.0 / rate, 1}, Case{8, 1}})
+        EXPECT_FLOAT_EQ(samples[std::size_t(std::lround(c.time * rate)) * 2], 0.5f * c.level)
+            << c.time;
+}
+
 TEST(Mixer, LevelsFollowTheMix)
 {
     Track bed = audioTrack({clip(music, 0, 10)});

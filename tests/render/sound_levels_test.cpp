@@ -142,8 +142,9 @@ TEST(AudioMix, LevelsFollowMuteSoloAndVolumes)
         piece.tracks[0].isSolo = c.isSolo;
         piece.tracks[1].isSolo = c.otherIsSolo;
         auto const mix = Builder::audioMix(piece, {{piece.tracks[0].id, 5}});
-        ASSERT_EQ(mix.steps.size(), 1u) << c.name;
-        EXPECT_THAT(mix.steps.at(5), ElementsAre(AudioMix::Step{{{0}, {1200}}, c.level, c.level}))
+        ASSERT_EQ(mix.tracks.size(), 1u) << c.name;
+        EXPECT_THAT(mix.tracks.at(5), ElementsAre(AudioMix::ClipLevels{
+                                          sounding.id, {{{{0}, {1200}}, c.level, c.level}}}))
             << c.name;
     }
 }
@@ -153,28 +154,28 @@ TEST(AudioMix, OnlyAudioTracksThatAreHeardDuck)
     Project piece = voiceOverMusic({clip(music, 2, 3)});
     piece.tracks[0].ducks = true;
     auto const mix = Builder::audioMix(piece, {{piece.tracks[0].id, 1}, {piece.tracks[2].id, 2}});
-    EXPECT_THAT(mix.steps.at(1), ElementsAre(AudioMix::Step{{{0}, {6000}}, 1, 1}));
-    EXPECT_THAT(mix.steps.at(2), ElementsAre(AudioMix::Step{{{0}, {1050}}, 1, 1},
-                                             AudioMix::Step{{{1050}, {1200}}, 1, 0.25f},
-                                             AudioMix::Step{{{1200}, {3000}}, 0.25f, 0.25f},
-                                             AudioMix::Step{{{3000}, {3150}}, 0.25f, 1},
-                                             AudioMix::Step{{{3150}, {6000}}, 1, 1}));
+    EXPECT_THAT(mix.tracks.at(1).at(0).steps, ElementsAre(AudioMix::Step{{{0}, {6000}}, 1, 1}));
+    EXPECT_THAT(mix.tracks.at(2).at(0).steps,
+                ElementsAre(AudioMix::Step{{{0}, {1050}}, 1, 1},
+                            AudioMix::Step{{{1050}, {1200}}, 1, 0.25f},
+                            AudioMix::Step{{{1200}, {3000}}, 0.25f, 0.25f},
+                            AudioMix::Step{{{3000}, {3150}}, 0.25f, 1},
+                            AudioMix::Step{{{3150}, {6000}}, 1, 1}));
 }
 
 TEST(AudioMix, GainsAreExactToTheSample)
 {
-    AudioMix mix;
-    mix.steps[1] = {
+    AudioMix::ClipLevels levels;
+    levels.steps = {
         {{{600}, {1200}}, 0.5f, 0.5f}, {{{1200}, {1230}}, 0.5f, 1.5f}, {{{2400}, {3000}}, 0, 0}};
     std::vector<float> gains(4 * 48000);
-    mix.gains(1, 0, gains);
+    levels.gains(0, gains);
     struct Case {
         int sample;
         float gain;
     };
     for (Case const& c : {
-             Case{0, 1},
-             Case{47999, 1},
+             Case{0, 0.5f},
              Case{48000, 0.5f},
              Case{95999, 0.5f},
              Case{96000, 0.5f},
@@ -187,12 +188,12 @@ TEST(AudioMix, GainsAreExactToTheSample)
 
     std::vector<float> piecewise(gains.size());
     for (std::size_t from = 0; from < gains.size(); from += 777)
-        mix.gains(
-            1, double(from) / 48000,
+        levels.gains(
+            std::int64_t(from),
             std::span(piecewise).subspan(from, std::min<std::size_t>(777, gains.size() - from)));
     EXPECT_EQ(piecewise, gains);
 
-    mix.gains(2, 0, gains);
+    AudioMix::ClipLevels().gains(0, gains);
     EXPECT_EQ(gains, std::vector<float>(gains.size(), 1.0f));
 }
 

@@ -75,6 +75,35 @@ TEST_F(Stills, ShowThePieceAtATime)
     }
 }
 
+TEST_F(Stills, OfOverlappingClipsShowTheFirstInTheTracksOrder)
+{
+    auto const plain = [&](std::string const& color, std::string const& size) {
+        return loaded(made("-f lavfi -i color=" + color + ":s=" + size +
+                               ":r=30:d=4 -vf scale=out_color_matrix=bt709 -pix_fmt yuv420p"
+                               " -c:v libx264 -preset ultrafast -qp 10 -colorspace bt709",
+                           color + ".mp4"));
+    };
+    Clip const wide = clip(plain("red", "320x180"), 0, 4);
+    Clip const tall = clip(plain("blue", "180x320"), 1, 1);
+    auto const red = isAbout(255, 0, 0), blue = isAbout(0, 0, 255);
+    struct Case {
+        char const* name;
+        std::vector<Clip> clips;
+        double time;
+        testing::Matcher<std::array<int, 3>> middle;
+        bool isTall;
+    };
+    for (Case const& c : {
+             Case{"within the first", {wide, tall}, 1.5, red, false},
+             Case{"the shorter one is first", {tall, wide}, 1.5, blue, true},
+             Case{"behind it", {tall, wide}, 2.5, red, false},
+         }) {
+        RGBImage const image = stills.image(project({videoTrack(c.clips)}), assets, c.time, 90);
+        EXPECT_THAT(pixel(image, 0.5, 0.5), c.middle) << c.name;
+        EXPECT_THAT(pixel(image, 0.5, 0.1), c.isTall ? c.middle : isAbout(0, 0, 0)) << c.name;
+    }
+}
+
 TEST_F(Stills, AreTurnedUpright)
 {
     // Red left of blue as stored; turned clockwise, red is on top.
