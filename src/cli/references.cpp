@@ -316,6 +316,17 @@ std::string barRef(Project const& project, Track const& track, CaptionBar const&
            std::to_string(numberOf((*track.subtitles)->bars, bar.id));
 }
 
+std::string referenceList(std::vector<std::string> const& references)
+{
+    constexpr std::size_t most = 10;
+    std::string list;
+    for (std::size_t i = 0; i < references.size() && i < most; ++i)
+        list += (i == 0 ? "" : ", ") + references[i];
+    if (references.size() > most)
+        list += " and " + std::to_string(references.size() - most) + " more";
+    return list;
+}
+
 std::string trackList(Project const& project)
 {
     std::string list;

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 #include <variant>
+#include <vector>
 
 namespace framewright {
 
@@ -43,6 +44,9 @@ std::string trackTitle(Project const& project, Track const& track);
 /// "v1:2", of a clip or bar that stands on the track.
 std::string clipRef(Project const& project, Track const& track, Clip const& clip);
 std::string barRef(Project const& project, Track const& track, CaptionBar const& bar);
+
+/// The first ten of many references: "t1:1, t1:2 and 5 more".
+std::string referenceList(std::vector<std::string> const& references);
 
 /// `v1 "Video 1", a1 "Audio 1"`; "none" for a project without tracks.
 std::string trackList(Project const& project);

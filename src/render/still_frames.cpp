@@ -81,7 +81,7 @@ struct BuiltPiece {
                TimeSpan times, int pixels)
         : size(stillSize(project.aspect, pixels)),
           framesPerSecond(exportFrameRate(project, assets)),
-          lastFrame(std::max(1.0, std::round(project.videoDuration() * framesPerSecond)) - 1)
+          lastFrame(lastFrameTime(project, assets))
     {
         // What is fitted into a canvas of whole pixels would leave a line of it black where that is
         // not quite of the canvas's shape. So it is fitted into one of the very shape, and that is
@@ -96,14 +96,11 @@ struct BuiltPiece {
     }
 
     /// At or after the end that of the last frame.
-    double shownTime(double time) const
-    {
-        return std::clamp(time, 0.0, lastFrame / framesPerSecond);
-    }
+    double shownTime(double time) const { return std::clamp(time, 0.0, lastFrame); }
 
     PixelSize size;
     int framesPerSecond;
-    double lastFrame;
+    double lastFrame; ///< When it begins.
     BuiltComposition composition;
 };
 
@@ -137,6 +134,12 @@ private:
 };
 
 } // namespace
+
+double lastFrameTime(Project const& project, AssetStore const& assets)
+{
+    int const rate = exportFrameRate(project, assets);
+    return (std::max(1.0, std::round(project.videoDuration() * rate)) - 1) / rate;
+}
 
 PixelSize stillSize(AspectPreset canvas, int width)
 {

@@ -28,6 +28,9 @@ std::vector<std::uint8_t> pngFile(RGBImage const& image);
 /// is.
 PixelSize stillSize(AspectPreset canvas, int width);
 
+/// When the last frame of a piece begins; 0 when it has no picture.
+double lastFrameTime(Project const& project, AssetStore const& assets);
+
 /// Single pictures of projects.
 ///
 /// It keeps the decoders it used last open, so the next picture of the same footage comes fast. A

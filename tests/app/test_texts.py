@@ -75,6 +75,24 @@ class Texts(EditorTestCase):
                 ])
                 self.editor.do("undo")
 
+    def test_what_is_not_seen_is_told(self):
+        ends = "The picture ends at 7 s"
+        for words, note in (
+            (("--at=1",), ""),
+            (("--at=5", "--duration=4"), ends + "; the text is not seen after it."),
+            (("--at=10",), ends + ", before the text begins; it is not seen."),
+        ):
+            with self.subTest(words):
+                _, said = self.text_add("Late", *words)
+                self.assertEqual(said, note)
+        answer = self.editor.cli("export", "--preview")
+        self.assertIn(ends + "; nothing is seen after it of t1:2, t1:3.", answer.out)
+        self.editor.do("track-set", "t1", "--hidden", "true")
+        _, said = self.text_add("Hidden", "--at=4", "--duration=1")
+        self.assertEqual(
+            said, "t1 (Text 1) is hidden, so the text is not seen until track-set shows it."
+        )
+
     def test_a_text_that_was_left_without_words_by_hand(self):
         self.text_add("Words", "--at=0")
         self.editor.do("project-save")

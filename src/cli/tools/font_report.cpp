@@ -34,18 +34,6 @@ Uses usesOfFonts(Project const& project)
     return uses;
 }
 
-/// "t1:1, t1:2 and 5 more"
-std::string inShort(std::vector<std::string> const& places)
-{
-    constexpr std::size_t most = 10;
-    std::string list;
-    for (std::size_t i = 0; i < places.size() && i < most; ++i)
-        list += (i == 0 ? "" : ", ") + places[i];
-    if (places.size() > most)
-        list += " and " + std::to_string(places.size() - most) + " more";
-    return list;
-}
-
 char const* problem(FontRegistry::Missing::Why why)
 {
     using enum FontRegistry::Missing::Why;
@@ -71,7 +59,7 @@ Json fontReportJSON(Project const& project, FontRegistry const& fonts)
                       {"standIn", missing.standIn},
                       {"problem", problem(missing.why)}};
         if (auto const use = uses.find(missing.fontName); use != uses.end())
-            entry["where"] = inShort(use->second);
+            entry["where"] = referenceList(use->second);
         report.push_back(std::move(entry));
     }
     for (auto const& [name, places] : uses) {
@@ -79,8 +67,9 @@ Json fontReportJSON(Project const& project, FontRegistry const& fonts)
         if (std::ranges::any_of(report, isReported))
             continue;
         if (auto const standIn = fonts.find(name).standIn)
-            report.push_back(
-                {{"font", validUtf8(name)}, {"standIn", *standIn}, {"where", inShort(places)}});
+            report.push_back({{"font", validUtf8(name)},
+                              {"standIn", *standIn},
+                              {"where", referenceList(places)}});
     }
     return report;
 }

@@ -4,6 +4,7 @@
 #include "cli/tools/editor_tools.h"
 #include "cli/tools/json_views.h"
 #include "editor/worker_task.h"
+#include "model/time_rules.h"
 #include "render/contact_sheet.h"
 
 #include <fmt/format.h>
@@ -48,11 +49,54 @@ double checkedTime(double time, std::string_view name)
     return time;
 }
 
-ToolResult pictureResult(std::vector<std::uint8_t> const& png, Json json, AppState const& editor,
-                         std::string const& note = {})
+/// "0, 0.5, 1 and 1.5 s"
+std::string timesText(std::vector<double> const& moments)
 {
+    std::string list;
+    for (std::size_t n = 0; n < moments.size(); ++n) {
+        if (n > 0)
+            list += n + 1 < moments.size() ? ", " : " and ";
+        list += fmt::format("{}", std::round(moments[n] * 100) / 100);
+    }
+    return list + " s";
+}
+
+/// The moments that pictures are drawn of, and what there is to say where they are not those that
+/// were asked for.
+struct ShownMoments {
+    ShownMoments(AppState const& editor, std::vector<double> const& asked)
+    {
+        double const pieceEnd = editor.project().videoDuration();
+        std::vector<double> beyond;
+        for (double const time : asked) {
+            bool const isInside = time < pieceEnd - timeTolerance || time == 0;
+            drawn.push_back(isInside ? time : lastFrameTime(editor.project(), editor.assets()));
+            if (!isInside)
+                beyond.push_back(time);
+        }
+        if (beyond.empty())
+            return;
+        note = pieceEnd < timeTolerance ? "The piece has no picture yet; this is how it begins."
+                                   : "The piece ends at " + secondsText(pieceEnd) +
+                                         "; its last frame is shown for " + timesText(beyond) + ".";
+    }
+
+    std::vector<double> drawn;
+    std::string note;
+};
+
+/// What is told of pictures of the project as it is.
+Json pictureJSON(AppState const& editor, PixelSize size)
+{
+    Json json = {{"width", size.width}, {"height", size.height}};
     if (Json missing = missingMediaJSON(editor); !missing.empty())
         json["missing"] = std::move(missing);
+    return json;
+}
+
+ToolResult pictureResult(std::vector<std::uint8_t> const& png, Json const& json,
+                         std::string const& note)
+{
     ToolResult result = ToolResult::json(json, note);
     result.images.emplace_back(png.begin(), png.end());
     return result;
@@ -65,13 +109,15 @@ Task<ToolResult> drawFrame(ToolArgs args, EditorTools tools)
     int const pixels = checkedWidth(args.get(width, 360));
     co_await editor.assetsLoaded();
     requireProject(editor);
-    double const time = checkedTime(args[at], "at");
+    ShownMoments const shown(editor, {checkedTime(args[at], "at")});
+    double const time = shown.drawn.front();
+    Json json = pictureJSON(editor, stillSize(editor.project().aspect, pixels));
+    json["at"] = rounded(time);
 
     auto const draw = [&stills = tools.stills, project = editor.project(), assets = editor.assets(),
                        time, pixels] { return stills.png(project, assets, time, pixels); };
     std::vector<std::uint8_t> const png = co_await onWorker(draw);
-    Json const json = {{"at", rounded(time)}, {"width", pixels}};
-    co_return pictureResult(png, json, editor);
+    co_return pictureResult(png, json, shown.note);
 }
 
 SheetMoments sheetMoments(ToolArgs const& args)
@@ -81,6 +127,8 @@ SheetMoments sheetMoments(ToolArgs const& args)
     moments.times = args.get(times, {});
     if (moments.every && !moments.times.empty())
         throw ToolError("Give times or every, not both.");
+    if (!moments.times.empty() && (args.has(start) || args.has(end)))
+        throw ToolError("Give times or start and end, not both.");
     for (double const time : moments.times)
         checkedTime(time, "times");
     if ((moments.start = args.find(start)))
@@ -103,16 +151,12 @@ ContactSheet sheetLayout(ToolArgs const& args, AppState const& editor, std::size
 }
 
 /// "4 frames, left to right then down, at 0, 0.5, 1 and 1.5 s."
-std::string sheetNote(std::vector<double> const& shown)
+std::string sheetNote(ShownMoments const& shown)
 {
-    std::string list;
-    for (std::size_t n = 0; n < shown.size(); ++n) {
-        if (n > 0)
-            list += n + 1 < shown.size() ? ", " : " and ";
-        list += fmt::format("{}", std::round(shown[n] * 100) / 100);
-    }
-    return fmt::format("{} frame{}, left to right then down, at {} s.", shown.size(),
-                       shown.size() == 1 ? "" : "s", list);
+    std::size_t const count = shown.drawn.size();
+    std::string const note = fmt::format("{} frame{}, left to right then down, at {}.", count,
+                                         count == 1 ? "" : "s", timesText(shown.drawn));
+    return shown.note.empty() ? note : note + "\n" + shown.note;
 }
 
 Task<ToolResult> drawSheet(ToolArgs args, EditorTools tools)
@@ -122,17 +166,20 @@ Task<ToolResult> drawSheet(ToolArgs args, EditorTools tools)
     co_await editor.assetsLoaded();
     requireProject(editor);
     SheetMoments const moments = sheetMoments(args);
-    std::vector<double> const shown =
+    std::vector<double> const asked =
         accepted(sheetTimes(moments, editor.project().videoDuration()));
-    ContactSheet const sheet = sheetLayout(args, editor, shown.size());
+    ShownMoments const shown(editor, asked);
+    ContactSheet const sheet = sheetLayout(args, editor, asked.size());
+    // Told as it is now: the project may be another one when the sheet is drawn.
+    Json json = pictureJSON(editor, sheet.size(editor.project().aspect, asked.size()));
+    json["frames"] = asked.size();
 
     auto const draw = [&stills = tools.stills, project = editor.project(), assets = editor.assets(),
-                       sheet,
-                       shown] { return pngFile(sheet.draw(stills, project, assets, shown)); };
+                       sheet, drawn = shown.drawn] {
+        return pngFile(sheet.draw(stills, project, assets, drawn));
+    };
     std::vector<std::uint8_t> const png = co_await onWorker(draw);
-    PixelSize const size = sheet.size(editor.project().aspect, shown.size());
-    Json const json = {{"frames", shown.size()}, {"width", size.width}, {"height", size.height}};
-    co_return pictureResult(png, json, editor, sheetNote(shown));
+    co_return pictureResult(png, json, sheetNote(shown));
 }
 
 } // namespace

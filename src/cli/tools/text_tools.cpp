@@ -49,9 +49,7 @@ ToolResult textResult(EditorTools const& tools, Id const& id,
     auto const place = findClip(tools.editor.project(), id);
     if (!place->clip->text) // Made by hand, without words.
         return result;
-    std::string const note = standInNote((*place->clip->text)->style, tools.fonts);
-    if (!note.empty())
-        result.text += "\n" + note;
+    addNote(result, standInNote((*place->clip->text)->style, tools.fonts));
     return result;
 }
 

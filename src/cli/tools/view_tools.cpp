@@ -1,6 +1,7 @@
 // Commands for rendering the piece, the selection, stepping through the history, and the app.
 
 #include "cli/references.h"
+#include "cli/tools/clip_results.h"
 #include "cli/tools/editor_tools.h"
 #include "cli/tools/json_views.h"
 #include "editor/worker_task.h"
@@ -83,6 +84,7 @@ Task<ToolResult> exportMovie(ToolArgs args, EditorTools tools)
     ExportSettings const settings = exportSettings(args, tools.editor);
     co_await tools.editor.assetsLoaded();
     Json missing = missingMediaJSON(tools.editor);
+    std::string const note = settings.end ? "" : textsBeyondEndNote(tools.editor.project());
     Progress const progress = args.progress();
     ExportProgress const report = [progress](double fraction, std::string_view stage) {
         progress.report(fraction, stage);
@@ -98,7 +100,7 @@ Task<ToolResult> exportMovie(ToolArgs args, EditorTools tools)
                  {"frames", made.frames}};
     if (!missing.empty())
         json["missing"] = std::move(missing);
-    co_return ToolResult::json(json);
+    co_return ToolResult::json(json, note);
 }
 
 ToolResult selectTarget(ToolArgs const& args, AppState& editor)
