@@ -47,4 +47,11 @@ void AudioMix::ClipLevels::gains(std::int64_t first, std::span<float> gains) con
     }
 }
 
+float AudioMix::ClipLevels::gain(std::int64_t sample) const
+{
+    float gain = 1;
+    gains(sample, {&gain, 1});
+    return gain;
+}
+
 } // namespace framewright

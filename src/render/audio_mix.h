@@ -35,6 +35,9 @@ struct AudioMix {
         /// the first step and after the last one its level holds. 1 when there is no step.
         void gains(std::int64_t first, std::span<float> gains) const;
 
+        /// That of one sample: at a cut what it begins with, or what it was about to reach.
+        float gain(std::int64_t sample) const;
+
         bool operator==(ClipLevels const&) const = default;
     };
 

@@ -24,9 +24,17 @@ bool continues(CompositionSegment const& segment, CompositionSegment const& next
            std::abs(jump) * AudioMixer::sampleRate <= 1;
 }
 
-float fade(std::int64_t samplesFromEdge)
+float gainAt(AudioMix::ClipLevels const* levels, std::int64_t sample)
 {
-    return samplesFromEdge >= fadeLength ? 1.0f : (float(samplesFromEdge) + 0.5f) / fadeLength;
+    return levels ? levels->gain(sample) : 1.0f;
+}
+
+/// The share of the level so far from an edge where it is `atEdge`.
+float fade(float atEdge, std::int64_t samplesFromEdge)
+{
+    if (samplesFromEdge >= fadeLength)
+        return 1;
+    return atEdge + (1 - atEdge) * (float(samplesFromEdge) + 0.5f) / fadeLength;
 }
 
 /// Rises ever more slowly towards 1, in line with the untouched range where it begins.
@@ -65,14 +73,20 @@ std::vector<AudioMixer::Part> AudioMixer::parts(CompositionTrack const& track) c
         bool const hasLevels = level != levels.end();
         if (hasLevels)
             nextLevels = level + 1;
-        Part* const before = partThatGoesOn(parts, segment);
-        if (before)
-            before->fadesOut = false;
         std::int64_t const end = sampleAt(segment.timeRange.end.seconds());
         reach = std::max(reach, end);
-        parts.push_back({track.id, &segment, hasLevels ? &*level : nullptr,
-                         sampleAt(segment.timeRange.start.seconds()), end, reach,
-                         sampleAt(segment.sourceStart), !before, true});
+        Part part{track.id,
+                  &segment,
+                  hasLevels ? &*level : nullptr,
+                  sampleAt(segment.timeRange.start.seconds()),
+                  end,
+                  reach,
+                  sampleAt(segment.sourceStart),
+                  0,
+                  0};
+        if (Part* const before = partThatGoesOn(parts, segment))
+            joinLevels(*before, part);
+        parts.push_back(part);
     }
     return parts;
 }
@@ -87,6 +101,15 @@ AudioMixer::Part* AudioMixer::partThatGoesOn(std::vector<Part>& parts,
             return &*part;
     }
     return nullptr;
+}
+
+/// Lets the louder of two parts that go on into each other come from or to the other's level.
+void AudioMixer::joinLevels(Part& part, Part& next)
+{
+    float const before = gainAt(part.levels, part.end);
+    float const after = gainAt(next.levels, next.start);
+    part.endsAt = before > after ? after / before : 1;
+    next.startsAt = after > before ? before / after : 1;
 }
 
 void AudioMixer::mix(std::int64_t first, std::span<float> interleaved)
@@ -122,11 +145,8 @@ void AudioMixer::mixPart(Part const& part, std::int64_t first, std::span<float> 
     m_source.read(part.track, *part.segment, part.sourceStart + (first - part.start), m_sound);
     for (std::size_t n = 0; n < count; ++n) {
         std::int64_t const sample = first + std::int64_t(n);
-        float gain = m_gains[n];
-        if (part.fadesIn)
-            gain *= fade(sample - part.start);
-        if (part.fadesOut)
-            gain *= fade(part.end - 1 - sample);
+        float const gain = m_gains[n] * fade(part.startsAt, sample - part.start) *
+                           fade(part.endsAt, part.end - 1 - sample);
         interleaved[2 * n] += m_sound[2 * n] * gain;
         interleaved[2 * n + 1] += m_sound[2 * n + 1] * gain;
     }

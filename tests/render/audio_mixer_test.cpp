@@ -131,6 +131,30 @@ TEST(Mixer, OnlyJumpsAreFaded)
     }
 }
 
+TEST(Mixer, LevelsThatJumpWhereAClipGoesOnDontClick)
+{
+    struct Case {
+        float first, second;
+    };
+    for (Case const& c :
+         {Case{1, 0}, Case{0, 1}, Case{1, 0.25f}, Case{0.5f, 1.5f}, Case{0, 0}, Case{1, 1}}) {
+        std::vector<Clip> halves = {clip(music, 0, 1), clip(music, 1, 1, 1)};
+        halves[0].volume = c.first;
+        halves[1].volume = c.second;
+        Piece piece(project({audioTrack(halves)}), constant);
+        auto const samples = piece.mixed(0, 2 * rate);
+        float const loudest = 0.5f * std::max(c.first, c.second);
+        for (std::size_t n = rate / 2; n < rate * 3 / 2; ++n) {
+            float const level = 0.5f * (n < rate ? c.first : c.second);
+            // Only the louder one is faded: what is silenced is so from its first sample on.
+            bool const mayFade = n < rate ? n >= rate - fadeLength && c.first > c.second
+                                          : n < rate + fadeLength && c.second > c.first;
+            ASSERT_TRUE(mayFade || samples[2 * n] == level) << c.first << ", " << c.second << n;
+            ASSERT_LE(std::abs(samples[2 * n] - samples[2 * n - 2]), loudest / 100) << n;
+        }
+    }
+}
+
 TEST(Mixer, ClipsOfOneTrackMayOverlap)
 {
     // As in documents that other programs wrote: each is heard, at its own level.
