@@ -1,7 +1,9 @@
 #include "cli/references.h"
 
+#include "cli/near_words.h"
 #include "cli/tool_error.h"
 #include "cli/values.h"
+#include "styles/style_file.h"
 
 #include <algorithm>
 #include <array>
@@ -286,6 +288,44 @@ MediaAsset const& resolveAsset(Project const& project, std::string_view nameOrID
             return *asset;
     }
     throw ToolError("No asset " + std::string(nameOrID) + ". Assets: " + assetList(project) + ".");
+}
+
+CaptionStyle const* findLook(std::span<CaptionStyle const> looks, std::string const& nameOrID)
+{
+    auto const isNamedSo = [&](CaptionStyle const& each) { return each.name == nameOrID; };
+    auto const named = std::ranges::find_if(looks, isNamedSo);
+    if (named != looks.end()) {
+        if (std::any_of(named + 1, looks.end(), isNamedSo))
+            throw ToolError("More than one look is called " + nameOrID +
+                            "; give the id of the one you mean (see favorites).");
+        return &*named;
+    }
+    auto const alike = std::ranges::find_if(
+        looks, [&](CaptionStyle const& each) { return isSameName(each.name, nameOrID); });
+    if (alike != looks.end())
+        return &*alike;
+    if (!looksLikeId(nameOrID))
+        return nullptr;
+    auto const hasID = [&](CaptionStyle const& each) { return beginsWith(each.id, nameOrID); };
+    return onlyOne(looks, hasID, nameOrID, "looks");
+}
+
+CaptionStyle const& favorite(std::span<CaptionStyle const> looks, std::string const& nameOrID,
+                             std::string const& what)
+{
+    if (CaptionStyle const* const look = findLook(looks, nameOrID))
+        return *look;
+    std::vector<std::string> words;
+    std::string names;
+    for (CaptionStyle const& look : looks) {
+        words.push_back(look.name);
+        names += (names.empty() ? "" : ", ") + look.name;
+    }
+    std::string sentence = "No " + what + " called " + nameOrID + ". ";
+    if (auto const meant = nearestWord(nameOrID, words))
+        sentence += "Did you mean " + *meant + "? ";
+    sentence += looks.empty() ? "There are none." : "There are: " + names + ".";
+    throw ToolError(sentence);
 }
 
 std::string trackRef(Project const& project, Track const& track)

@@ -2,6 +2,7 @@
 
 #include "model/project.h"
 
+#include <span>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -36,6 +37,14 @@ std::variant<ClipPlace, BarPlace> resolveItem(Project const& project, std::strin
 
 /// By name, or by id or its beginning.
 MediaAsset const& resolveAsset(Project const& project, std::string_view nameOrID);
+
+/// The saved look of this name, in any case where no name is the very same, or with this id or the
+/// beginning of it; null when there is none.
+CaptionStyle const* findLook(std::span<CaptionStyle const> looks, std::string const& nameOrID);
+/// The same. Throws ToolError naming those there are; `what` is what they are called, in the
+/// singular: "text favorite".
+CaptionStyle const& favorite(std::span<CaptionStyle const> looks, std::string const& nameOrID,
+                             std::string const& what);
 
 /// "v1". The track must be one of the project's.
 std::string trackRef(Project const& project, Track const& track);

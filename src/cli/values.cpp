@@ -1,6 +1,5 @@
 #include "cli/values.h"
 
-#include "cli/near_words.h"
 #include "cli/number_text.h"
 #include "cli/tool_error.h"
 
@@ -84,30 +83,6 @@ AspectPreset parseCanvas(std::string_view text)
             return preset;
     }
     throw ToolError("No canvas called " + std::string(text) + ". Use 9:16, 16:9, 1:1 or 4:5.");
-}
-
-CaptionStyle const& favorite(std::span<CaptionStyle const> styles, std::string_view name,
-                             std::string_view what)
-{
-    auto found = std::ranges::find(styles, name, &CaptionStyle::name);
-    if (found == styles.end()) {
-        found = std::ranges::find_if(
-            styles, [&](CaptionStyle const& style) { return equalIgnoringCase(style.name, name); });
-    }
-    if (found != styles.end())
-        return *found;
-
-    std::vector<std::string> words;
-    std::string names;
-    for (CaptionStyle const& style : styles) {
-        words.push_back(style.name);
-        names += (names.empty() ? "" : ", ") + style.name;
-    }
-    std::string sentence = "No " + std::string(what) + " called " + std::string(name) + ". ";
-    if (auto const meant = nearestWord(name, words))
-        sentence += "Did you mean " + *meant + "? ";
-    sentence += styles.empty() ? "There are none." : "There are: " + names + ".";
-    throw ToolError(sentence);
 }
 
 } // namespace framewright

@@ -4,7 +4,6 @@
 #include "model/style.h"
 
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 
@@ -24,10 +23,5 @@ std::string formatColor(RGBAColor const& color);
 
 /// "9:16", "16:9", "1:1" or "4:5". Throws ToolError for anything else.
 AspectPreset parseCanvas(std::string_view text);
-
-/// The saved look of this name, in any case. Throws ToolError naming those there are; `what` is
-/// what they are called, in the singular: "text favorite".
-CaptionStyle const& favorite(std::span<CaptionStyle const> styles, std::string_view name,
-                             std::string_view what);
 
 } // namespace framewright

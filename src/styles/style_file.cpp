@@ -5,6 +5,8 @@
 #include "model/json_writing.h"
 #include "platform/atomic_file.h"
 
+#include <QString>
+
 #include <algorithm>
 #include <set>
 
@@ -81,6 +83,11 @@ std::string StyleFile::data() const
     JsonWriter writer;
     writer.write(*this);
     return writer.take();
+}
+
+bool isSameName(std::string const& a, std::string const& b)
+{
+    return QString::fromStdString(a).compare(QString::fromStdString(b), Qt::CaseInsensitive) == 0;
 }
 
 DecodedStyles decodeStyles(std::string_view data)

@@ -34,6 +34,9 @@ struct DecodedStyles {
     std::vector<std::string> notes;
 };
 
+/// Whether two looks can't be told apart by their names: those differ in nothing but case.
+bool isSameName(std::string const& a, std::string const& b);
+
 /// Reads the stored form. Throws DocumentError.
 DecodedStyles decodeStyles(std::string_view data);
 

@@ -5,8 +5,6 @@
 #include "platform/atomic_file.h"
 #include "workspace/workspace.h"
 
-#include <QString>
-
 #include <algorithm>
 #include <cassert>
 #include <chrono>
@@ -16,11 +14,6 @@ namespace framewright {
 namespace {
 
 constexpr auto writeDelay = std::chrono::milliseconds(500);
-
-bool isSameName(std::string const& a, std::string const& b)
-{
-    return QString::fromStdString(a).compare(QString::fromStdString(b), Qt::CaseInsensitive) == 0;
-}
 
 /// "Neon" of "Neon 2".
 std::string stemOf(std::string const& name)
@@ -34,6 +27,38 @@ std::string stemOf(std::string const& name)
 bool holds(std::vector<CaptionStyle> const& styles, Id const& id)
 {
     return std::ranges::find(styles, id, &CaptionStyle::id) != styles.end();
+}
+
+CaptionStyle const* named(std::vector<CaptionStyle> const& styles, std::string const& name)
+{
+    auto found = std::ranges::find(styles, name, &CaptionStyle::name);
+    if (found == styles.end())
+        found = std::ranges::find_if(
+            styles, [&](CaptionStyle const& each) { return isSameName(each.name, name); });
+    return found == styles.end() ? nullptr : &*found;
+}
+
+std::string unusedName(std::vector<CaptionStyle> const& styles, std::string const& name)
+{
+    std::string candidate = name;
+    for (int number = 2; named(styles, candidate); ++number)
+        candidate = stemOf(name) + " " + std::to_string(number);
+    return candidate;
+}
+
+CaptionStyle withUnusedName(CaptionStyle style, std::vector<CaptionStyle> const& beside)
+{
+    style.name = unusedName(beside, style.name);
+    return style;
+}
+
+/// Renames the others that are called as a look is.
+void leaveNameTo(CaptionStyle const& look, std::vector<CaptionStyle>& styles)
+{
+    for (CaptionStyle& style : styles) {
+        if (style.id != look.id && isSameName(style.name, look.name))
+            style.name = unusedName(styles, style.name);
+    }
 }
 
 } // namespace
@@ -87,7 +112,7 @@ void StyleStore::load()
             list && seeded && std::ranges::find(*seeded, preset.id.text()) != seeded->end();
         if (wasPutIn || holds(m_state.styles, preset.id))
             continue;
-        m_state.styles.push_back(preset);
+        m_state.styles.push_back(withUnusedName(preset, m_state.styles));
         // The looks of a workspace get what is new to this user, not what is new to this computer.
         if (list && seeded)
             m_fresh.push_back(preset);
@@ -113,12 +138,7 @@ CaptionStyle const* StyleStore::style(Id const& id) const
 
 CaptionStyle const* StyleStore::style(std::string const& name) const
 {
-    auto const& all = m_state.styles;
-    auto found = std::ranges::find(all, name, &CaptionStyle::name);
-    if (found == all.end())
-        found = std::ranges::find_if(
-            all, [&](CaptionStyle const& each) { return isSameName(each.name, name); });
-    return found == all.end() ? nullptr : &*found;
+    return named(m_state.styles, name);
 }
 
 std::vector<CaptionStyle> StyleStore::missingPresets() const
@@ -132,10 +152,21 @@ std::vector<CaptionStyle> StyleStore::missingPresets() const
 
 std::string StyleStore::uniqueName(std::string const& name) const
 {
-    std::string candidate = name;
-    for (int number = 2; style(candidate); ++number)
-        candidate = stemOf(name) + " " + std::to_string(number);
-    return candidate;
+    return unusedName(m_state.styles, name);
+}
+
+std::vector<std::string> StyleStore::namesHeldTwice() const
+{
+    std::vector<std::string> twice;
+    auto const& all = m_state.styles;
+    for (auto each = all.begin(); each != all.end(); ++each) {
+        bool const isSecond = std::any_of(all.begin(), each, [&](CaptionStyle const& before) {
+            return before.name == each->name;
+        });
+        if (isSecond && std::ranges::find(twice, each->name) == twice.end())
+            twice.push_back(each->name);
+    }
+    return twice;
 }
 
 void StyleStore::setState(StyleFile state)
@@ -188,7 +219,15 @@ void StyleStore::setDefaultID(std::optional<Id> const& id)
 
 void StyleStore::addPreset(CaptionStyle const& preset)
 {
-    upsert(preset);
+    StyleFile state = m_state;
+    auto const found = std::ranges::find(state.styles, preset.id, &CaptionStyle::id);
+    if (found == state.styles.end())
+        state.styles.push_back(preset);
+    else
+        *found = preset;
+    leaveNameTo(preset, state.styles);
+    setState(std::move(state));
+    persist();
 }
 
 void StyleStore::resetToPresets()
@@ -199,6 +238,8 @@ void StyleStore::resetToPresets()
     std::ranges::copy_if(
         m_state.styles, std::back_inserter(state.styles),
         [&, made = state.styles](CaptionStyle const& style) { return !holds(made, style.id); });
+    for (CaptionStyle const& preset : m_kind.presets)
+        leaveNameTo(preset, state.styles);
     setState(std::move(state));
     persist();
 }
@@ -242,7 +283,7 @@ void StyleStore::addFreshPresets()
 {
     for (CaptionStyle const& preset : m_fresh) {
         if (!style(preset.id))
-            addPreset(preset);
+            upsert(withUnusedName(preset, m_state.styles));
     }
 }
 

@@ -65,6 +65,10 @@ public:
     /// case: "Neon", "Neon 2", "Neon 3".
     std::string uniqueName(std::string const& name) const;
 
+    /// The names that more than one look has, as a file made by hand may say, or two editors that
+    /// made looks at once.
+    std::vector<std::string> namesHeldTwice() const;
+
     /// What keeps the looks from being read or written; empty when all is well.
     std::string const& problem() const { return m_problem; }
     /// What in the file was not taken as it stands, a sentence each.
@@ -81,9 +85,11 @@ public:
     CaptionStyle duplicate(CaptionStyle const& style);
     void remove(Id const& id);
     void setDefaultID(std::optional<Id> const& id);
-    /// Puts a built-in look in again as it was made.
+    /// Puts a built-in look in again as it was made. One of the user's that has its name gets
+    /// another, as `uniqueName` gives it.
     void addPreset(CaptionStyle const& preset);
-    /// Puts all built-in looks in as they were made, before the user's own, which stay.
+    /// Puts all built-in looks in as they were made, before the user's own, which stay, but for
+    /// their names, as in `addPreset`.
     void resetToPresets();
 
     // Keeping ----------------------------------------------------------------------------------

@@ -215,6 +215,30 @@ class Looks(unittest.TestCase):
         editor.do("style-reset", "--name=Neon")
         self.assertIn("Neon", self.names())
 
+    def test_looks_are_picked_by_id_where_names_are_not_enough(self):
+        editor = self.editor
+        editor.do("style-delete", "Deco")
+        editor.do("style-save", "Deco", "--size=44")
+        answer = editor.cli("style-reset", "--name=Deco")
+        self.assertIn("\nYour Deco is called Deco 2 now.", answer.out)
+        self.assertIn("Deco 2", self.names())
+
+        editor.do("style-save", "Same", "--size=50")
+        editor.do("project-save")
+        wait_until(lambda: self.file.exists() and "Same" in self.file.read_text(), "it is saved")
+        content = self.on_disk()
+        one = "ABCDEF01-0000-4000-8000-000000000001"
+        content["styles"].append({**content["styles"][-1], "id": one, "fontSize": 51})
+        self.file.write_text(json.dumps(content))
+        twice = "text-styles.json: More than one look is called Same; pick them by id."
+        wait_until(lambda: twice in editor.do("status").get("looks", []), "both are told")
+        self.assertIn("More than one look", editor.cli("style-default", "Same").err)
+        editor.do("style-save", one[:8], "--color=#FF0000")
+        text = editor.do("text-add", "Hello", "--favorite", one.lower())["clip"]["text"]
+        self.assertEqual((text["size"], text["color"]), (51, "#FF0000FF"))
+        editor.do("style-save", one, "--rename=Other")
+        self.assertNotIn("looks", editor.do("status"))
+
     def test_looks_are_plain_files_of_the_workspace(self):
         editor = self.editor
         editor.do("style-save", "Mine")

@@ -173,13 +173,16 @@ TEST(Values, Colors)
     EXPECT_EQ(formatColor({2, -1, 0.5, 0.998}), "#FF0080FE");
 }
 
-TEST(Values, CanvasesAndFavorites)
+TEST(Values, Canvases)
 {
     for (char const* const name : {"9:16", "16:9", "1:1", "4:5"})
         EXPECT_EQ(ratioName(parseCanvas(name)), name);
     EXPECT_EQ(answer([] { return std::string(ratioName(parseCanvas("3:2"))); }),
               "No canvas called 3:2. Use 9:16, 16:9, 1:1 or 4:5.");
+}
 
+TEST(Favorites, AreFoundByNameAndID)
+{
     std::vector<CaptionStyle> styles(2);
     styles[0].name = "Strong";
     styles[1].name = "strong";
@@ -189,6 +192,36 @@ TEST(Values, CanvasesAndFavorites)
               "No text favorite called x. There are: Strong, strong.");
     EXPECT_EQ(answer([&] { return favorite(styles, "stong", "text favorite").name; }),
               "No text favorite called stong. Did you mean Strong? There are: Strong, strong.");
+
+    styles.resize(5);
+    styles[0].id = *Id::parse("12345678-0000-4000-8000-000000000001");
+    styles[1].id = *Id::parse("12345678-0000-4000-8000-000000000002");
+    styles[2].name = "Über";
+    styles[2].id = *Id::parse("ABCDEF01-0000-4000-8000-000000000003");
+    styles[3].name = styles[4].name = "Same";
+    styles[4].id = *Id::parse("ABCDEF02-0000-4000-8000-000000000004");
+    struct Case {
+        char const* word;
+        int look;
+        char const* sentence;
+    };
+    for (Case const& c : {
+             Case{"ÜBER", 2, ""},
+             Case{"abcdef01", 2, ""},
+             Case{"ABCDEF02-0000-4000-8000-000000000004", 4, ""},
+             Case{"12345678-0000-4000-8000-000000000002", 1, ""},
+             Case{"12345678", 0, "12345678 matches several looks; use a longer id."},
+             Case{"abcdef0", 0, "No look called abcdef0. "},
+             Case{"Same", 0, "More than one look is called Same; give the id"},
+         }) {
+        try {
+            EXPECT_EQ(&favorite(styles, c.word, "look"), &styles[std::size_t(c.look)]) << c.word;
+            EXPECT_STREQ(c.sentence, "") << c.word;
+        } catch (ToolError const& error) {
+            EXPECT_TRUE(*c.sentence && std::string_view(error.what()).starts_with(c.sentence))
+                << error.what();
+        }
+    }
     EXPECT_EQ(answer([] { return favorite({}, "x", "caption style").name; }),
               "No caption style called x. There are none.");
 }

@@ -175,6 +175,23 @@ TEST_F(StyleStoreTest, ABrokenFileIsNeverWrittenAndCostsNothing)
     EXPECT_EQ(onDisk(file).styles.size(), 2u);
 }
 
+TEST_F(StyleStoreTest, BuiltInLooksTakeTheirNamesBack)
+{
+    auto const store = start();
+    CaptionStyle const neon = *store->style("Neon");
+    for (bool const isOne : {true, false}) {
+        store->remove(neon.id);
+        CaptionStyle const mine = own("neon");
+        store->upsert(mine);
+        isOne ? store->addPreset(neon) : store->resetToPresets();
+        EXPECT_EQ(store->style("neon")->id, neon.id);
+        EXPECT_EQ(store->style(mine.id)->name, isOne ? "neon 2" : "neon 3");
+    }
+    EXPECT_TRUE(store->namesHeldTwice().empty());
+    store->upsert(own("neon 2"));
+    EXPECT_EQ(store->namesHeldTwice(), std::vector<std::string>{"neon 2"});
+}
+
 TEST_F(StyleStoreTest, CopiesGetNamesOfTheirOwn)
 {
     auto const store = start();

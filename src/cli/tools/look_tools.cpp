@@ -1,9 +1,10 @@
 // Commands for the saved looks of texts and captions.
 
+#include "cli/references.h"
+#include "cli/tools/clip_results.h"
 #include "cli/tools/editor_tools.h"
 #include "cli/tools/json_views.h"
 #include "cli/tools/look_options.h"
-#include "cli/values.h"
 
 #include <algorithm>
 
@@ -176,23 +177,27 @@ ToolResult saveLook(ToolArgs const& args, EditorTools const& tools)
 {
     LookKind const of = args.get(kind, LookKind::text);
     StyleStore& store = storeOf(of, tools);
-    CaptionStyle const* const known = store.style(args[name]);
+    CaptionStyle const* const known = findLook(store.styles(), args[name]);
     auto const given = givenLook(args, of, tools);
     CaptionStyle look = given ? *given : known ? *known : store.defaultStyle();
     look.id = known ? known->id : Id::random();
     look.name = known ? known->name : args[name];
     if (auto const newName = args.find(rename))
         look.name = *newName;
-    checkName(store, look);
+    if (!known || look.name != known->name)
+        checkName(store, look);
     applyLookOptions(args, look);
     applyEffects(args, look);
 
     std::string const did = known ? "Changed" : "Made";
     store.upsert(look);
-    std::string const standIn = standInNote(look, tools.fonts);
-    return ToolResult::json({{"look", lookJSON(store, look)}},
-                            did + " the " + whatOf(of) + " " + look.name + "." +
-                                (standIn.empty() ? "" : "\n" + standIn));
+    CaptionStyle const& saved = *store.style(look.id);
+    ToolResult result = ToolResult::json({{"look", lookJSON(store, saved)}},
+                                         did + " the " + whatOf(of) + " " + saved.name + ".");
+    for (std::string const& change : normalized(look).changes)
+        addNote(result, change);
+    addNote(result, standInNote(saved, tools.fonts));
+    return result;
 }
 
 ToolResult deleteLook(ToolArgs const& args, EditorTools const& tools)
@@ -214,17 +219,35 @@ ToolResult chooseDefault(ToolArgs const& args, EditorTools const& tools)
     return ToolResult::json({{"look", lookJSON(store, look)}});
 }
 
+/// A line for each look that gave its name away.
+void noteRenamed(ToolResult& result, std::vector<CaptionStyle> const& before,
+                 StyleStore const& store)
+{
+    for (CaptionStyle const& was : before) {
+        CaptionStyle const* const is = store.style(was.id);
+        bool const isPreset =
+            std::ranges::find(store.presets(), was.id, &CaptionStyle::id) != store.presets().end();
+        if (is && !isPreset && is->name != was.name)
+            addNote(result, "Your " + was.name + " is called " + is->name + " now.");
+    }
+}
+
 ToolResult resetLooks(ToolArgs const& args, EditorTools const& tools)
 {
     LookKind const of = args.get(kind, LookKind::text);
     StyleStore& store = storeOf(of, tools);
+    std::vector<CaptionStyle> const before = store.styles();
+    ToolResult result;
     if (auto const preset = args.find(presetName)) {
         CaptionStyle const look = favorite(store.presets(), *preset, "built-in look");
         store.addPreset(look);
-        return ToolResult::json({{"look", lookJSON(store, look)}});
+        result = ToolResult::json({{"look", lookJSON(store, look)}});
+    } else {
+        store.resetToPresets();
+        result = ToolResult::json(looksJSON(store));
     }
-    store.resetToPresets();
-    return ToolResult::json(looksJSON(store));
+    noteRenamed(result, before, store);
+    return result;
 }
 
 } // namespace

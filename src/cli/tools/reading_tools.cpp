@@ -44,6 +44,9 @@ Json looksNotedJSON(StyleStores const& styles)
             notes.push_back(validUtf8(store->problem()));
         for (std::string const& note : store->notes())
             notes.push_back(store->fileName() + ": " + note);
+        for (std::string const& name : store->namesHeldTwice())
+            notes.push_back(store->fileName() + ": More than one look is called " + name +
+                            "; pick them by id.");
     }
     return notes;
 }

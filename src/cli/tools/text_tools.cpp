@@ -4,7 +4,6 @@
 #include "cli/tools/clip_results.h"
 #include "cli/tools/editor_tools.h"
 #include "cli/tools/look_options.h"
-#include "cli/values.h"
 
 namespace framewright {
 
