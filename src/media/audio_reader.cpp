@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace framewright {
 
@@ -36,8 +37,8 @@ AVStream& soundOf(MediaInput const& input)
 
 class AudioReader::Impl {
 public:
-    explicit Impl(std::filesystem::path const& file)
-        : m_input(openMediaFile(file), file, MediaInput::Detail::forReading),
+    Impl(std::filesystem::path const& file, ReadingActivity activity)
+        : m_input(openMediaFile(file), file, MediaInput::Detail::forReading, std::move(activity)),
           m_stream(withLeadInFound(m_input)),
           m_decoder(m_input, m_stream),
           m_converter(m_decoder.sampleRate(), file)
@@ -150,7 +151,8 @@ private:
     bool m_isAtEnd = false;
 };
 
-AudioReader::AudioReader(std::filesystem::path const& file) : m_impl(std::make_unique<Impl>(file))
+AudioReader::AudioReader(std::filesystem::path const& file, ReadingActivity activity)
+    : m_impl(std::make_unique<Impl>(file, std::move(activity)))
 {
 }
 

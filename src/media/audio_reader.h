@@ -1,5 +1,7 @@
 #pragma once
 
+#include "media/reading_watch.h"
+
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -18,7 +20,7 @@ public:
     static constexpr int sampleRate = 48000;
 
     /// Throws MediaError when the file cannot be opened or has no sound.
-    explicit AudioReader(std::filesystem::path const& file);
+    explicit AudioReader(std::filesystem::path const& file, ReadingActivity activity = {});
     ~AudioReader();
     AudioReader(AudioReader&&) noexcept;
     AudioReader& operator=(AudioReader&&) noexcept;

@@ -74,6 +74,8 @@ DescriptorIO::~DescriptorIO()
 int DescriptorIO::readSome(void* self, std::uint8_t* bytes, int size)
 {
     auto& io = *static_cast<DescriptorIO*>(self);
+    if (io.mayRead && !io.mayRead())
+        return AVERROR_EXIT;
     std::int64_t const got = io.m_file.readAt(io.m_position, {bytes, std::size_t(size)});
     if (got == 0)
         return AVERROR_EOF;

@@ -49,6 +49,7 @@ public:
     AVIOContext* context() const { return m_context; }
 
     std::function<void()> onWrite; ///< Called after each piece that went to the file.
+    std::function<bool()> mayRead; ///< Called before each piece that is read; false refuses it.
 
 private:
     static int readSome(void* self, std::uint8_t* bytes, int size);

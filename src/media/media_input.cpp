@@ -118,12 +118,16 @@ MediaError notMedia(std::filesystem::path const& file)
     return failure(MediaError::Cause::unsupported, file, "is not a video, photo or audio file.");
 }
 
-MediaInput::MediaInput(Descriptor opened, std::filesystem::path const& file, Detail detail)
-    : m_path(file), m_file(std::make_unique<Descriptor>(std::move(opened)))
+MediaInput::MediaInput(Descriptor opened, std::filesystem::path const& file, Detail detail,
+                       ReadingActivity activity)
+    : m_path(file),
+      m_file(std::make_unique<Descriptor>(std::move(opened))),
+      m_watch(std::make_unique<ReadingWatch>(std::move(activity)))
 {
     quietLibrary();
     forgetLibraryMessages();
     m_io = std::make_unique<DescriptorIO>(*m_file, DescriptorIO::Access::read);
+    m_io->mayRead = [watch = m_watch.get()] { return watch->getsOn(); };
     openContainer();
     chooseStreams();
     findStreamFacts(detail);
@@ -137,6 +141,7 @@ void MediaInput::openContainer()
 {
     AVInputFormat const* kind = nullptr;
     int const score = av_probe_input_buffer2(m_io->context(), &kind, "", nullptr, 0, 0);
+    m_watch->throwIfEnded();
     if (score == AVERROR(ENOMEM))
         throw std::bad_alloc();
     if (score < leastProbeScore || !kind ||
@@ -154,6 +159,8 @@ void MediaInput::openContainer()
     format->max_analyze_duration = maxAnalyzedMicroseconds;
     forgetLibraryMessages();
     int const result = avformat_open_input(&format, "", kind, nullptr); // Frees it on failure.
+    if (result < 0)
+        m_watch->throwIfEnded();
     if (result == AVERROR(ENOMEM))
         throw std::bad_alloc();
     if (result < 0)
@@ -175,6 +182,7 @@ void MediaInput::findStreamFacts(Detail detail)
     int const result = avformat_find_stream_info(m_format.get(), options.data());
     for (AVDictionary*& option : options)
         av_dict_free(&option);
+    m_watch->throwIfEnded();
     if (result == AVERROR(ENOMEM))
         throw std::bad_alloc();
     if (result < 0)
@@ -296,10 +304,19 @@ CodecHandle MediaInput::openDecoder(AVStream const& stream, int threads) const
     return decoder;
 }
 
+void MediaInput::tell()
+{
+    if (!m_watch->getsOn())
+        m_watch->throwIfEnded();
+}
+
 bool MediaInput::read(AVPacket& packet)
 {
+    tell();
     forgetLibraryMessages();
     int const result = av_read_frame(m_format.get(), &packet);
+    if (result < 0)
+        m_watch->throwIfEnded();
     if (result == AVERROR_EOF && !m_isEndReported && isCutShort()) {
         m_isEndReported = true;
         throw damage(m_path, "its end is missing");
@@ -354,6 +371,7 @@ void MediaInput::seek(AVStream& stream, std::int64_t time)
     int const result = seeksReliably()
                            ? av_seek_frame(m_format.get(), stream.index, time, AVSEEK_FLAG_BACKWARD)
                            : -1;
+    m_watch->throwIfEnded();
     if (result < 0)
         seekToStart(stream);
 }
@@ -369,6 +387,7 @@ void MediaInput::seekToStart(AVStream& stream)
             av_seek_frame(m_format.get(), stream.index, firstTime(stream), AVSEEK_FLAG_BACKWARD);
     if (result < 0)
         result = av_seek_frame(m_format.get(), -1, 0, AVSEEK_FLAG_BYTE);
+    m_watch->throwIfEnded();
     if (result < 0)
         throw damage(m_path, result);
 }

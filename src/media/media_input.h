@@ -3,6 +3,7 @@
 #include "media/av_handles.h"
 #include "media/descriptor.h"
 #include "media/media_error.h"
+#include "media/reading_watch.h"
 
 #include <filesystem>
 #include <memory>
@@ -23,7 +24,8 @@ public:
     };
 
     /// Throws MediaError when it cannot be opened or is no media file.
-    MediaInput(Descriptor opened, std::filesystem::path const& file, Detail detail);
+    MediaInput(Descriptor opened, std::filesystem::path const& file, Detail detail,
+               ReadingActivity activity = {});
 
     std::filesystem::path const& path() const { return m_path; }
     AVFormatContext* format() const { return m_format.get(); }
@@ -54,6 +56,9 @@ public:
     /// may go on.
     bool read(AVPacket& packet);
 
+    /// Tells that something was decoded. Throws what ends the reading.
+    void tell();
+
     /// The time of the first packet of a stream, as far as it is known.
     std::int64_t firstTime(AVStream& stream) const;
 
@@ -82,7 +87,8 @@ private:
     bool keepsItsOwnZero() const;
 
     std::filesystem::path m_path;
-    std::unique_ptr<Descriptor> m_file; ///< Where it is must not change: m_io refers to it.
+    std::unique_ptr<Descriptor> m_file;    ///< Where it is must not change: m_io refers to it.
+    std::unique_ptr<ReadingWatch> m_watch; ///< And to it.
     std::unique_ptr<DescriptorIO> m_io;
     std::unique_ptr<AVFormatContext, CloseInput> m_format;
     AVStream* m_picture = nullptr;

@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace framewright {
 
@@ -46,8 +47,8 @@ AVStream& pictureOf(MediaInput const& input)
 
 class VideoReader::Impl {
 public:
-    Impl(std::filesystem::path const& file, int threads)
-        : m_input(openMediaFile(file), file, MediaInput::Detail::forReading),
+    Impl(std::filesystem::path const& file, int threads, ReadingActivity activity)
+        : m_input(openMediaFile(file), file, MediaInput::Detail::forReading, std::move(activity)),
           m_stream(pictureOf(m_input)),
           m_zero(m_input.zero(m_stream)),
           m_decoder(m_input, m_stream, threads)
@@ -180,8 +181,8 @@ private:
     std::optional<Frame> m_shown;          ///< m_current as it was given out.
 };
 
-VideoReader::VideoReader(std::filesystem::path const& file, int threads)
-    : m_impl(std::make_unique<Impl>(file, threads))
+VideoReader::VideoReader(std::filesystem::path const& file, int threads, ReadingActivity activity)
+    : m_impl(std::make_unique<Impl>(file, threads, std::move(activity)))
 {
 }
 

@@ -2,6 +2,7 @@
 
 #include "media/frame.h"
 #include "media/media_info.h"
+#include "media/reading_watch.h"
 
 #include <filesystem>
 #include <memory>
@@ -20,7 +21,8 @@ class VideoReader {
 public:
     /// Throws MediaError when the file cannot be opened or has no picture.
     /// `threads`: of the decoder; 0 lets it choose.
-    explicit VideoReader(std::filesystem::path const& file, int threads = 0);
+    explicit VideoReader(std::filesystem::path const& file, int threads = 0,
+                         ReadingActivity activity = {});
     ~VideoReader();
     VideoReader(VideoReader&&) noexcept;
     VideoReader& operator=(VideoReader&&) noexcept;

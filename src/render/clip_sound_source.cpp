@@ -30,7 +30,7 @@ AudioReader& ClipSoundSource::reader(CompositionTrackID track, std::filesystem::
     if (found != m_open.end()) {
         m_open.splice(m_open.begin(), m_open, found);
     } else {
-        m_open.push_front({track, file, AudioReader(file)});
+        m_open.push_front({track, file, AudioReader(file, m_activity)});
         if (m_open.size() > capacity)
             m_open.pop_back();
     }

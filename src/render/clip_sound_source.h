@@ -4,6 +4,7 @@
 #include "render/sound_source.h"
 
 #include <list>
+#include <utility>
 
 namespace framewright {
 
@@ -11,6 +12,9 @@ namespace framewright {
 /// are closed. One thread at a time.
 class ClipSoundSource : public SoundSource {
 public:
+    /// `activity`: of all readers.
+    explicit ClipSoundSource(ReadingActivity activity = {}) : m_activity(std::move(activity)) {}
+
     void read(CompositionTrackID track, CompositionSegment const& segment, std::int64_t first,
               std::span<float> interleaved) override;
 
@@ -23,6 +27,7 @@ private:
 
     AudioReader& reader(CompositionTrackID track, std::filesystem::path const& file);
 
+    ReadingActivity m_activity;
     std::list<Open> m_open; ///< The one used last in front.
 };
 

@@ -78,8 +78,9 @@ MovieSettings movieSettings(VideoComposition const& video, ExportSettings::Quali
 /// Mixes the sound of one frame after the other.
 class SoundTrack {
 public:
-    explicit SoundTrack(Plan const& plan)
+    SoundTrack(Plan const& plan, ReadingActivity activity)
         : m_plan(plan),
+          m_source(std::move(activity)),
           m_mixer(plan.composition, m_source),
           m_first(std::llround(plan.start * AudioMixer::sampleRate))
     {
@@ -105,6 +106,16 @@ void throwIfStopped(std::stop_token const& stop)
 {
     if (stop.stop_requested())
         throw ExportError(ExportError::Cause::cancelled, "The export was cancelled.");
+}
+
+/// Reading gets on however far from a keyframe it begins, and ends in the middle when the export is
+/// to stop.
+ReadingActivity reading(WatchedWork& watched)
+{
+    return [&watched, stop = watched.stop()] {
+        watched.beat();
+        throwIfStopped(stop);
+    };
 }
 
 /// All that rendering uses: it may outlive the export when something hangs.
@@ -194,7 +205,7 @@ private:
     void encode(Job const& job, MovieWriter& writer, FrameQueue& queue, WatchedWork& watched)
     {
         constexpr auto writing = WatchedWork::Thread::writing;
-        SoundTrack sound(job.plan);
+        SoundTrack sound(job.plan, reading(watched));
         int written = 0;
         while (auto const frame = queue.pop()) {
             watched.enter(writing, "encoding the picture");
@@ -225,7 +236,7 @@ void render(Job const& job, WatchedWork& watched)
     settings.activity = [&watched] { watched.beat(); };
     MovieWriter writer(job.file, settings);
     FrameQueue queue(queuedFrames);
-    OpenReaders readers(keptReaders, decoderThreads());
+    OpenReaders readers(keptReaders, decoderThreads(), reading(watched));
     ReadPhotos photos(keptPhotos);
     ClipFrameSource source(plan.composition, readers, photos, ClipFrameSource::Reading::forward);
     FrameCompositor compositor(plan.composition.video, source);

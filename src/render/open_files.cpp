@@ -12,8 +12,8 @@ FileIdentity FileIdentity::of(std::filesystem::path const& file)
             std::filesystem::last_write_time(file, ignored)};
 }
 
-OpenReaders::OpenReaders(std::size_t capacity, int threads)
-    : m_capacity(capacity), m_threads(threads)
+OpenReaders::OpenReaders(std::size_t capacity, int threads, ReadingActivity activity)
+    : m_capacity(capacity), m_threads(threads), m_activity(std::move(activity))
 {
 }
 
@@ -26,7 +26,8 @@ std::shared_ptr<VideoReader> OpenReaders::reader(std::filesystem::path const& fi
         m_open.splice(m_open.begin(), m_open, found);
     } else {
         close(file, lane); // It was changed since.
-        m_open.push_front({identity, lane, std::make_shared<VideoReader>(file, m_threads)});
+        m_open.push_front(
+            {identity, lane, std::make_shared<VideoReader>(file, m_threads, m_activity)});
         if (m_open.size() > m_capacity)
             m_open.pop_back();
     }

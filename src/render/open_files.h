@@ -24,8 +24,8 @@ struct FileIdentity {
 /// Decoders that are kept open. One thread at a time.
 class OpenReaders {
 public:
-    /// `threads`: of each decoder; 0 lets it choose.
-    explicit OpenReaders(std::size_t capacity, int threads = 0);
+    /// `threads`: of each decoder; 0 lets it choose. `activity`: of all readers.
+    explicit OpenReaders(std::size_t capacity, int threads = 0, ReadingActivity activity = {});
 
     /// The reader of a file. Those of different lanes are independent, so that each may go forward
     /// in its own place. When there are too many, the one not used for longest is closed.
@@ -43,6 +43,7 @@ private:
 
     std::size_t m_capacity;
     int m_threads;
+    ReadingActivity m_activity;
     std::list<Open> m_open; ///< The one used last in front.
 };
 

@@ -46,7 +46,7 @@ public:
     void enter(Thread thread, char const* stage);
 
     /// Something got on.
-    void beat() { ++m_beats; }
+    void beat() { m_beats.fetch_add(1, std::memory_order_relaxed); }
 
     /// Has the progress told on the thread that started the work, and waits for that.
     void report(double fraction, std::string_view stage);

@@ -191,6 +191,31 @@ TEST_F(ExportedMovie, IsLeftOnlyWhenItIsComplete)
     EXPECT_TRUE(isUntouched(1));
 }
 
+TEST_F(ExportedMovie, IsCancelledOnTheWayToAFarPicture)
+{
+    auto const file =
+        made("-f lavfi -i testsrc=s=320x240:r=30:d=10 -c:v libx264 -preset ultrafast -g 1000"
+             " -pix_fmt yuv420p -movflags +faststart",
+             "one keyframe.mp4");
+    Id const id = loaded(file);
+    // Whoever reads as far as the wanted picture finds that it is missing.
+    std::filesystem::resize_file(file, std::filesystem::file_size(file) * 9 / 10);
+    Project const piece = project({videoTrack({clip(id, 0, 0.5, 9.5)})});
+    auto const ending = [&](std::stop_source stop, ExportError::Cause cause) {
+        ExportSettings const settings{.file = folder / "out.mp4", .height = 480};
+        return sentenceOf(
+            [&] {
+                Exporter(piece, assets, burner, settings)
+                    .run([&](double, std::string_view) { stop.request_stop(); }, stop.get_token());
+            },
+            cause);
+    };
+    EXPECT_EQ(ending(std::stop_source(), ExportError::Cause::cancelled),
+              "The export was cancelled.");
+    EXPECT_THAT(ending(std::stop_source(std::nostopstate), ExportError::Cause::media),
+                HasSubstr("cannot be decoded"));
+}
+
 TEST_F(ExportedMovie, NeedsARangeAndAPlace)
 {
     Id const id = loaded(flashes());

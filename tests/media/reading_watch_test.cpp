@@ -1,0 +1,70 @@
+#include "media/audio_reader.h"
+#include "media/made_media.h"
+#include "media/video_reader.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+namespace framewright {
+
+namespace {
+
+using Arguments = std::vector<std::string>;
+
+constexpr int pictures = 100;
+
+Arguments const oneKeyframe = {"-c:v", "libx264", "-preset", "veryfast", "-g", "1000"};
+
+void seePicture(std::filesystem::path const& file, double seconds, ReadingActivity activity)
+{
+    VideoReader(file, 2, std::move(activity)).frameAt(seconds);
+}
+
+void hearSound(std::filesystem::path const& file, double seconds, ReadingActivity activity)
+{
+    std::vector<float> sound(2);
+    AudioReader(file, std::move(activity)).read(std::int64_t(seconds * 48000), sound);
+}
+
+struct Ended {};
+
+} // namespace
+
+TEST(ReadingWatch, HearsOfEveryStepAndMayEndEach)
+{
+    struct Case {
+        std::filesystem::path file;
+        void (*read)(std::filesystem::path const&, double seconds, ReadingActivity);
+        double seconds;
+        int atLeast; ///< Packets on the way.
+    };
+    Arguments const tone = {"-f", "lavfi", "-i", "sine=duration=20"};
+    for (Case const& c : {
+             Case{madeWith("one keyframe.mp4", numberedInput(pictures, "25") + oneKeyframe),
+                  seePicture, 3.9, pictures - 4},
+             Case{madeWith("one keyframe.mkv", numberedInput(pictures, "25") + oneKeyframe),
+                  seePicture, 3.9, pictures - 4},
+             // Its seeking can't be trusted, so it is read from the beginning.
+             Case{madeWith("far.ogg", tone + Arguments{"-c:a", "libvorbis"}), hearSound, 19, 300},
+         }) {
+        int calls = 0;
+        c.read(c.file, c.seconds, [&] { ++calls; });
+        EXPECT_GE(calls, c.atLeast) << c.file;
+
+        // While it is opened, on the way to the place, and for the very last step.
+        for (int const last : {1, 2, 3, 5, 10, calls / 2, calls - 1, calls}) {
+            int told = 0;
+            EXPECT_THROW(c.read(c.file, c.seconds,
+                                [&] {
+                                    if (++told >= last)
+                                        throw Ended();
+                                }),
+                         Ended)
+                << c.file << " at call " << last;
+            EXPECT_LE(told, last + 2) << c.file << ": it read on";
+        }
+    }
+}
+
+} // namespace framewright
