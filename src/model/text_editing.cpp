@@ -68,24 +68,32 @@ std::optional<Refusal> setLength(ClipSpot const& spot, double length)
     return std::nullopt;
 }
 
-} // namespace
-
-std::optional<Refusal> textRefusal(TextOverlay const& text)
+/// Why a text may not become this; nothing when it may.
+std::optional<Refusal> textRefusal(TextOverlay const& text, TextOverlay const* before = nullptr)
 {
-    if (isBlank(text.text))
-        return Refusal{"A text needs some words."};
-    if (characterCount(text.text) > mostCharacters)
-        return Refusal{"A text has at most 10000 characters."};
-    if (!(text.style.fontSize >= smallestFont && text.style.fontSize <= largestFont))
+    auto const isChanged = [&](auto TextOverlay::*member) {
+        return !before || text.*member != before->*member;
+    };
+    if (isChanged(&TextOverlay::text)) {
+        if (isBlank(text.text))
+            return Refusal{"A text needs some words."};
+        if (characterCount(text.text) > mostCharacters)
+            return Refusal{"A text has at most 10000 characters."};
+    }
+    float const size = text.style.fontSize;
+    if ((!before || size != before->style.fontSize) &&
+        !(size >= smallestFont && size <= largestFont))
         return Refusal{"size must be 8 to 240 points."};
-    if (!(text.x >= 0 && text.x <= 1))
+    if (isChanged(&TextOverlay::x) && !(text.x >= 0 && text.x <= 1))
         return Refusal{"x must be 0 to 1."};
-    if (!(text.y >= 0 && text.y <= 1))
+    if (isChanged(&TextOverlay::y) && !(text.y >= 0 && text.y <= 1))
         return Refusal{"y must be 0 to 1."};
-    if (!(text.scale > 0 && text.scale <= largestScale))
+    if (isChanged(&TextOverlay::scale) && !(text.scale > 0 && text.scale <= largestScale))
         return Refusal{"scale must be above 0 and at most 100."};
     return std::nullopt;
 }
+
+} // namespace
 
 Outcome<Placed> addText(Project project, NewText const& text)
 {
@@ -132,7 +140,8 @@ Outcome<Project> changeText(Project project, Id const& clipID, TextChanges const
     if (!spot->clip().isText())
         return Refusal{clipName(project, spot->clip()) + " is not a text clip."};
     if (changes.text) {
-        if (auto refusal = textRefusal(*changes.text))
+        auto const& before = spot->clip().text;
+        if (auto refusal = textRefusal(*changes.text, before ? &**before : nullptr))
             return *refusal;
         spot->edit().text = Shared(*changes.text);
     }

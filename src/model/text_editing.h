@@ -43,10 +43,7 @@ struct TextChanges {
 ///
 /// A longer text moves no other: also on a magnetic track it may not run into the next. Made
 /// shorter there, those after it close up. Refused when the clip is gone, no text or locked, and as
-/// `addText`.
+/// `addText`; values that a file made by hand brought, and that stay, are no reason.
 Outcome<Project> changeText(Project project, Id const& clipID, TextChanges const& changes);
-
-/// Why these words and their place may not stand; nothing when they may.
-std::optional<Refusal> textRefusal(TextOverlay const& text);
 
 } // namespace framewright

@@ -93,17 +93,48 @@ class Texts(EditorTestCase):
             said, "t1 (Text 1) is hidden, so the text is not seen until track-set shows it."
         )
 
-    def test_a_text_that_was_left_without_words_by_hand(self):
+    def edit_by_hand(self, change):
+        """Puts a text on the timeline and changes its clip in the file."""
         self.text_add("Words", "--at=0")
         self.editor.do("project-save")
         content = json.loads(self.document.read_text())
-        for track in content["project"]["tracks"]:
-            for clip in track["clips"]:
-                clip.pop("text", None)
+        change(content["project"]["tracks"][0]["clips"][0])
+        before = self.editor.do("status")["undo"]
         self.document.write_text(json.dumps(content))
-        wait_until(
-            lambda: "text" not in self.editor.tracks()[0]["clips"][0], "the edit is taken in"
-        )
+        wait_until(lambda: self.editor.do("status")["undo"] != before, "the edit is taken in")
+
+    def test_values_out_of_range_are_told_and_block_nothing(self):
+        def change(clip):
+            clip["text"]["style"].update(fontSize=900, padding=-30, fontName="")
+            clip["text"]["scale"] = -3
+
+        self.edit_by_hand(change)
+        changes = [
+            f"{name} of Classic is {change}"
+            for name, change in (
+                ("fontName", "empty; system:semibold was taken."),
+                ("fontSize", "8 to 240; 900 was taken as 240."),
+                ("padding", "0 to 200; -30 was taken as 0."),
+            )
+        ]
+        status = self.editor.do("status")
+        self.assertEqual(status["looks"], [f"t1:1: {each}" for each in changes])
+        self.assertNotIn("fonts", status)
+        clip = self.editor.tracks()[0]["clips"][0]
+        self.assertEqual((clip["text"]["size"], clip["text"]["font"]), (240, "system:semibold"))
+        answer = self.editor.cli("text-set", "t1:1", "--text=New", "--y=0.2")
+        self.assertEqual((answer.status, answer.err), (0, ""))
+        self.assertEqual(answer.out.splitlines()[-3:], changes)
+
+        answer = self.editor.cli("style-save", "Big", "--from=t1:1", "--kind=caption")
+        reply, end = json.JSONDecoder().raw_decode(answer.out)
+        self.assertEqual(reply["look"]["size"], 240)
+        self.assertIn("fontSize of Big is 8 to 240; 900 was taken as 240.", answer.out[end:])
+        self.assertEqual(self.editor.do("favorites")["caption"][-1], reply["look"])
+        self.editor.do("style-delete", "Big", "--kind=caption")
+
+    def test_a_text_that_was_left_without_words_by_hand(self):
+        self.edit_by_hand(lambda clip: clip.pop("text"))
         clip = self.editor.do("text-set", "t1:1", "--duration=2")["clip"]
         self.assertEqual((clip["duration"], "text" in clip), (2, False))
         text = self.editor.do("text-set", "t1:1", "--text=Hello")["clip"]["text"]

@@ -14,23 +14,32 @@ using Json = nlohmann::json;
 
 namespace {
 
-/// Where each font is used: clips by reference, captions by their track's.
-using Uses = std::map<std::string, std::vector<std::string>>;
+/// Where something is the case: clips by reference, captions by their track's.
+using Places = std::map<std::string, std::vector<std::string>>;
 
-Uses usesOfFonts(Project const& project)
+/// Calls `visit` with each look that texts and captions wear, as it is drawn, and its place.
+template <class Visit>
+void forEachLook(Project const& project, Visit const& visit)
 {
-    Uses uses;
     for (Track const& track : project.tracks) {
-        if (track.subtitles)
-            uses[(*track.subtitles)->style.fontName].push_back(trackRef(project, track));
-        std::size_t number = 0;
         std::string const ref = trackRef(project, track);
+        if (track.subtitles)
+            visit(normalized((*track.subtitles)->style), ref);
+        std::size_t number = 0;
         for (Clip const& clip : *track.clips) {
             ++number;
             if (clip.text)
-                uses[(*clip.text)->style.fontName].push_back(ref + ":" + std::to_string(number));
+                visit(normalized((*clip.text)->style), ref + ":" + std::to_string(number));
         }
     }
+}
+
+Places usesOfFonts(Project const& project)
+{
+    Places uses;
+    forEachLook(project, [&](NormalizedStyle const& look, std::string const& ref) {
+        uses[look.style.fontName].push_back(ref);
+    });
     return uses;
 }
 
@@ -52,7 +61,7 @@ char const* problem(FontRegistry::Missing::Why why)
 
 Json fontReportJSON(Project const& project, FontRegistry const& fonts)
 {
-    Uses const uses = usesOfFonts(project);
+    Places const uses = usesOfFonts(project);
     Json report = Json::array();
     for (FontRegistry::Missing const& missing : fonts.missingCarried()) {
         Json entry = {{"font", missing.fontName},
@@ -72,6 +81,19 @@ Json fontReportJSON(Project const& project, FontRegistry const& fonts)
                               {"where", referenceList(places)}});
     }
     return report;
+}
+
+std::vector<std::string> oddLooks(Project const& project)
+{
+    Places found;
+    forEachLook(project, [&](NormalizedStyle const& look, std::string const& ref) {
+        for (std::string const& change : look.changes)
+            found[change].push_back(ref);
+    });
+    std::vector<std::string> sentences;
+    for (auto const& [change, places] : found)
+        sentences.push_back(referenceList(places) + ": " + change);
+    return sentences;
 }
 
 } // namespace framewright

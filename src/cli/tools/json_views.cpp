@@ -36,16 +36,17 @@ Json transformJSON(ClipTransform const& transform)
 
 Json textJSON(TextOverlay const& text)
 {
+    CaptionStyle const style = normalized(text.style).style; // As it is drawn.
     Json json = {{"words", text.text},
                  {"x", rounded(text.x)},
                  {"y", rounded(text.y)},
-                 {"look", text.style.name},
-                 {"font", text.style.fontName},
-                 {"size", rounded(text.style.fontSize)},
-                 {"color", formatColor(text.style.textColor)}};
+                 {"look", style.name},
+                 {"font", style.fontName},
+                 {"size", rounded(style.fontSize)},
+                 {"color", formatColor(style.textColor)}};
     if (text.scale != 1)
         json["scale"] = rounded(text.scale);
-    if (std::string const effects = text.style.featureSummary(); !effects.empty())
+    if (std::string const effects = style.featureSummary(); !effects.empty())
         json["effects"] = effects;
     return json;
 }

@@ -48,7 +48,10 @@ ToolResult textResult(EditorTools const& tools, Id const& id,
     auto const place = findClip(tools.editor.project(), id);
     if (!place->clip->text) // Made by hand, without words.
         return result;
-    addNote(result, standInNote((*place->clip->text)->style, tools.fonts));
+    NormalizedStyle const drawn = normalized((*place->clip->text)->style);
+    for (std::string const& change : drawn.changes)
+        addNote(result, change);
+    addNote(result, standInNote(drawn.style, tools.fonts));
     return result;
 }
 
