@@ -8,8 +8,9 @@
 
 namespace framewright {
 
-/// The sound of a composition's files. Each track has its own decoders; those not used for longest
-/// are closed. One thread at a time.
+/// The sound of a composition's files. Each track has its own decoders, which its clips use one
+/// after the other; of many, those not used for longest are closed, but never what is playing. One
+/// thread at a time.
 class ClipSoundSource : public SoundSource {
 public:
     /// `activity`: of all readers.
@@ -22,10 +23,14 @@ private:
     struct Open {
         CompositionTrackID track;
         std::filesystem::path file;
+        Id clipID; ///< Of the clip that was read last.
+        MediaTimeRange timeRange;
+        double lastRead; ///< When on the timeline, in seconds.
         AudioReader reader;
     };
 
-    AudioReader& reader(CompositionTrackID track, std::filesystem::path const& file);
+    AudioReader& reader(CompositionTrackID track, CompositionSegment const& segment, double time);
+    void open(CompositionTrackID track, CompositionSegment const& segment, double time);
 
     ReadingActivity m_activity;
     std::list<Open> m_open; ///< The one used last in front.
