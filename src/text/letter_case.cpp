@@ -1,40 +1,32 @@
 #include "text/letter_case.h"
 
-#include <array>
+#include <algorithm>
 
 namespace framewright {
 
 namespace {
 
-struct Unaccented {
-    char16_t accented;
-    char16_t plain;
+/// Marks of Greek letters, apart from them.
+enum Mark : char16_t {
+    grave = 0x300,
+    acute = 0x301,
+    lengthened = 0x304,
+    shortened = 0x306,
+    smoothBreathing = 0x313,
+    roughBreathing = 0x314,
+    circumflex = 0x342,
 };
 
-/// Greek vowels with a tonos. Those of the polytonic script lose their accents by decomposition.
-constexpr std::array<Unaccented, 15> greek = {{{u'Ά', u'Α'},
-                                               {u'Έ', u'Ε'},
-                                               {u'Ή', u'Η'},
-                                               {u'Ί', u'Ι'},
-                                               {u'Ό', u'Ο'},
-                                               {u'Ύ', u'Υ'},
-                                               {u'Ώ', u'Ω'},
-                                               {u'ά', u'Α'},
-                                               {u'έ', u'Ε'},
-                                               {u'ή', u'Η'},
-                                               {u'ί', u'Ι'},
-                                               {u'ό', u'Ο'},
-                                               {u'ύ', u'Υ'},
-                                               {u'ώ', u'Ω'},
-                                               {u'ΐ', u'Ϊ'}}};
-
-char16_t plainGreek(char16_t letter)
+bool isAccent(QChar c)
 {
-    for (Unaccented const& one : greek) {
-        if (one.accented == letter)
-            return one.plain;
-    }
-    return letter == u'ΰ' ? u'Ϋ' : letter;
+    return c.unicode() == grave || c.unicode() == acute || c.unicode() == circumflex;
+}
+
+/// Whether capitals go without it. They keep the dots that part two vowels, and the iota below.
+bool isLost(QChar c)
+{
+    return isAccent(c) || c.unicode() == lengthened || c.unicode() == shortened ||
+           c.unicode() == smoothBreathing || c.unicode() == roughBreathing;
 }
 
 bool isLetterAt(QString const& text, qsizetype at)
@@ -42,26 +34,79 @@ bool isLetterAt(QString const& text, qsizetype at)
     return at >= 0 && at < text.size() && (text[at].isLetter() || text[at].isMark());
 }
 
+/// A letter and its marks in decomposed text.
+struct Letter {
+    Letter(QString const& text, qsizetype at) : start(at), end(at + 1)
+    {
+        for (; end < text.size() && text[end].isMark(); ++end)
+            marks.append(text[end]);
+    }
+
+    bool has(char16_t mark) const { return marks.contains(QChar(mark)); }
+
+    qsizetype start;
+    qsizetype end;
+    QString marks;
+};
+
+/// "Or", which keeps its accent when it stands alone: without it, it would be the article.
+bool isOr(QString const& text, Letter const& letter)
+{
+    return (text[letter.start] == u'η' || text[letter.start] == u'Η') &&
+           (letter.has(acute) || letter.has(grave)) && !letter.has(roughBreathing) &&
+           !isLetterAt(text, letter.start - 1) && !isLetterAt(text, letter.end);
+}
+
+/// Leaves out what Greek capitals go without.
+QString plainGreek(QString const& decomposed)
+{
+    QString plain;
+    bool wasAccented = false;
+    for (qsizetype at = 0; at < decomposed.size();) {
+        QChar const c = decomposed[at];
+        if (c.script() != QChar::Script_Greek || !c.isLetter()) {
+            plain += c;
+            wasAccented = false;
+            ++at;
+            continue;
+        }
+        Letter const letter(decomposed, at);
+        QString marks = letter.marks;
+        marks.removeIf(isLost);
+        if (isOr(decomposed, letter))
+            marks = QChar(acute);
+        // An accent on the first of two vowels told that they are spoken apart.
+        else if (wasAccented && letter.marks.isEmpty() && QStringLiteral("ιυΙΥ").contains(c))
+            marks = QChar(0x308);
+        wasAccented = std::ranges::any_of(letter.marks, isAccent) && !letter.has(0x308);
+        plain += c + marks;
+        at = letter.end;
+    }
+    return plain;
+}
+
+/// Georgian has capitals for whole words only, which hardly a font has.
+bool isGeorgian(QChar c)
+{
+    return c.unicode() >= 0x10D0 && c.unicode() <= 0x10FF;
+}
+
 } // namespace
 
 QString capitals(QString const& text)
 {
-    QString composed = text.normalized(QString::NormalizationForm_C);
-    bool wasAccented = false;
-    for (qsizetype n = 0; n < composed.size(); ++n) {
-        char16_t const letter = composed[n].unicode();
-        char16_t const plain = plainGreek(letter);
-        // "Or" keeps its accent: without it, it would be the article.
-        bool const isAlone =
-            plain == u'Η' && !isLetterAt(composed, n - 1) && !isLetterAt(composed, n + 1);
-        // An accent on the first of two vowels told that they are spoken apart.
-        if (wasAccented && (letter == u'ι' || letter == u'υ'))
-            composed[n] = letter == u'ι' ? u'Ϊ' : u'Ϋ';
-        else if (plain != letter && !isAlone)
-            composed[n] = plain;
-        wasAccented = plain != letter && letter != u'ΐ' && letter != u'ΰ';
+    QString const plain = plainGreek(text.normalized(QString::NormalizationForm_D))
+                              .normalized(QString::NormalizationForm_C);
+    QString made;
+    for (qsizetype from = 0; from < plain.size();) {
+        qsizetype to = from;
+        while (to < plain.size() && isGeorgian(plain[to]) == isGeorgian(plain[from]))
+            ++to;
+        QString const stretch = plain.mid(from, to - from);
+        made += isGeorgian(plain[from]) ? stretch : stretch.toUpper();
+        from = to;
     }
-    return composed.toUpper();
+    return made;
 }
 
 } // namespace framewright

@@ -1,6 +1,6 @@
 #include "text/text_layout.h"
 
-#include "text/emoji.h"
+#include "text/font_choice.h"
 #include "text/letter_case.h"
 #include "text/line_breaking.h"
 
@@ -19,8 +19,6 @@ namespace {
 /// Pixels of an em while lines are set. It doesn't depend on the size that is drawn, so neither do
 /// the breaks. At this size the usual pictures of emoji are as large as they are stored.
 constexpr int emPixels = 109;
-
-constexpr QChar colorSelector = u'\uFE0F';
 
 constexpr double leastLineHeight = 1.12, mostLineHeight = 1.35; ///< In ems, between baselines.
 constexpr double leastInkGap = 0.04; ///< In ems, between the letters of two lines.
@@ -58,17 +56,24 @@ bool isColored(QRawFont const& font)
     return !font.fontTable("CBLC").isEmpty() || !font.fontTable("sbix").isEmpty();
 }
 
+QFont sized(QFont font)
+{
+    font.setPixelSize(emPixels);
+    font.setHintingPreference(QFont::PreferNoHinting);
+    font.setStyleStrategy(
+        QFont::StyleStrategy(QFont::PreferAntialias | QFont::NoSubpixelAntialias));
+    return font;
+}
+
 /// Sets pieces of text in one font.
 class LineSetter {
 public:
-    LineSetter(CaptionStyle const& style, FontRegistry const& fonts)
-        : m_font(fonts.find(style.fontName).font),
+    /// `text` is all that will be set.
+    LineSetter(CaptionStyle const& style, QString const& text, FontRegistry const& fonts)
+        : m_font(sized(fonts.find(style.fontName).font)),
+          m_choice(m_font, text),
           m_spacing(double(style.letterSpacing) / style.fontSize * emPixels)
     {
-        m_font.setPixelSize(emPixels);
-        m_font.setHintingPreference(QFont::PreferNoHinting);
-        m_font.setStyleStrategy(
-            QFont::StyleStrategy(QFont::PreferAntialias | QFont::NoSubpixelAntialias));
     }
 
     QFont const& font() const { return m_font; }
@@ -81,15 +86,14 @@ public:
         double const spacing = spacingIn(text);
         QFont font = m_font;
         font.setLetterSpacing(QFont::AbsoluteSpacing, spacing);
-        QString shown = text;
-        auto const formats = emojiFormats(shown);
-        QTextLayout layout(shown, font);
+        FontChoice::Choice const chosen = m_choice.choose(text);
+        QTextLayout layout(chosen.text, font);
         QTextOption option(Qt::AlignLeft | Qt::AlignAbsolute);
         option.setTextDirection(direction);
         option.setUseDesignMetrics(true);
         option.setWrapMode(QTextOption::NoWrap);
         layout.setTextOption(option);
-        layout.setFormats(formats);
+        layout.setFormats(chosen.formats);
         layout.beginLayout();
         QTextLine line = layout.createLine();
         if (line.isValid()) {
@@ -109,30 +113,6 @@ public:
     }
 
 private:
-    /// Sets emoji in their own font. The selectors that make them emoji have done their work then;
-    /// fonts don't have them, and sequences would be torn where one is looked for elsewhere.
-    QList<QTextLayout::FormatRange> emojiFormats(QString& text) const
-    {
-        auto stretches = emojiStretches(text);
-        if (stretches.empty())
-            return {};
-        QTextCharFormat format;
-        format.setFontFamilies(QStringList(emojiFamily()) + m_font.families());
-        // Pictures can't be made bolder; the font engine would leave them out.
-        format.setFontWeight(QFont::Normal);
-        format.setFontItalic(false);
-        QList<QTextLayout::FormatRange> formats;
-        qsizetype removed = 0;
-        for (TextStretch const& stretch : stretches) {
-            QString emoji = text.mid(stretch.start - removed, stretch.length);
-            emoji.remove(colorSelector);
-            text.replace(stretch.start - removed, stretch.length, emoji);
-            formats.append({int(stretch.start - removed), int(emoji.size()), format});
-            removed += stretch.length - emoji.size();
-        }
-        return formats;
-    }
-
     static void add(QGlyphRun const& run, SetLine& to)
     {
         QRawFont const font = run.rawFont();
@@ -152,6 +132,7 @@ private:
     }
 
     QFont m_font;
+    FontChoice m_choice;
     double m_spacing;
 };
 
@@ -350,10 +331,11 @@ TextLayout stacked(std::vector<SetLine> set, LineShape const& shape, double unit
 TextLayout layOut(std::string const& text, CaptionStyle const& style, double maxWidth,
                   FontRegistry const& fonts)
 {
-    LineSetter const setter(style, fonts);
+    QString const drawn = drawnText(text, style.uppercase);
+    LineSetter const setter(style, drawn, fonts);
     double const unit = double(style.fontSize) / emPixels;
     std::vector<SetLine> lines;
-    for (QString const& paragraph : drawnText(text, style.uppercase).split(u'\n')) {
+    for (QString const& paragraph : drawn.split(u'\n')) {
         auto more = linesOf(paragraph.trimmed(), setter, maxWidth / unit);
         std::ranges::move(more, std::back_inserter(lines));
     }
