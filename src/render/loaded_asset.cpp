@@ -1,6 +1,23 @@
 #include "render/loaded_asset.h"
 
+#include "media/media_error.h"
+#include "model/file_url.h"
+#include "render/picture_scaler.h"
+
+#include <string>
+
 namespace framewright {
+
+namespace {
+
+/// Primaries, transfer and matrix by their numbers: "9/18/14".
+std::string colorText(ColorTags const& colors)
+{
+    return std::to_string(colors.primaries) + "/" + std::to_string(colors.transfer) + "/" +
+           std::to_string(colors.matrix);
+}
+
+} // namespace
 
 Size LoadedAsset::displaySize() const
 {
@@ -20,6 +37,12 @@ LoadedAsset loadedAsset(std::filesystem::path const& file, MediaInfo const& info
     asset.mastering = info.mastering;
     if (!info.hasVideo)
         return asset;
+    if (info.kind == MediaKind::video && !PictureScaler::canConvert(info.colors))
+        throw MediaError(MediaError::Cause::unsupported,
+                         validUtf8(file.filename().string()) +
+                             " has colours that can't be shown: they are marked " +
+                             colorText(info.colors) +
+                             " in the file. Convert it to BT.709 or BT.2020 first.");
     if (info.kind == MediaKind::image) {
         asset.naturalSize = {double(info.displayWidth()), double(info.displayHeight())};
     } else {

@@ -34,7 +34,8 @@ struct LoadedAsset {
 };
 
 /// The asset of `file`, by what was found in it. Photos are always read upright, so theirs is the
-/// upright size and no transform.
+/// upright size and no transform. Throws MediaError when its colours are such that its pictures
+/// can't be drawn.
 LoadedAsset loadedAsset(std::filesystem::path const& file, MediaInfo const& info);
 
 /// The transform that turns a picture of `size` upright, its top left corner at the origin.

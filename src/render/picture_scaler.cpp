@@ -320,6 +320,26 @@ void PictureScaler::scale(Frame const& source, Rect const& crop, Rect const& reg
     cube->convert(scaled, target);
 }
 
+bool PictureScaler::canConvert(ColorTags const& colors)
+{
+    constexpr int lastUsual = 9, fcc = 4, opponent = 8;
+    if (colors.matrix <= lastUsual && colors.matrix != fcc && colors.matrix != opponent)
+        return true;
+    // Of the others only trying tells, as it depends on the light and the primaries too.
+    PixelLayout const standard = PixelLayout::yuv420p8(), wide = PixelLayout::yuv420p10();
+    Frame const sample(16, 16, colors.isHDR() ? wide : standard, colors);
+    Rect const whole{0, 0, 16, 16};
+    try {
+        Frame shown(16, 16, standard, ColorTags::bt709());
+        PictureScaler().scale(sample, whole, whole, wholeOf(shown));
+        Frame bright(16, 16, wide, ColorTags::hlg());
+        PictureScaler().scale(sample, whole, whole, wholeOf(bright));
+        return true;
+    } catch (MediaError const&) {
+        return false;
+    }
+}
+
 void PictureScaler::scaleAlpha(Frame const& source, Rect const& crop, Rect const& region,
                                PictureTarget const& target)
 {

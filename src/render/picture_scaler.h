@@ -38,6 +38,9 @@ public:
     /// Whether it can write into memory that lies so: else go through a Frame of your own.
     static bool canWriteTo(PictureTarget const& target);
 
+    /// Whether footage with these tags can be drawn. Costs nothing for those that are usual.
+    static bool canConvert(ColorTags const& colors);
+
     /// Makes the `region` of `source` the whole of `target`. Rectangles are in pixels of the
     /// source; the edges of `region` may lie between pixels and a little outside of the picture.
     /// What lies outside of `crop` is kept out of the result as far as whole rows and columns go.

@@ -1,10 +1,12 @@
 #include "render/frame_compositor.h"
 
 #include "layer_making.h"
+#include "media/media_error.h"
 #include "project_making.h"
 #include "render/composition_builder.h"
 #include "synthetic_frames.h"
 
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -239,6 +241,47 @@ TEST(Compositor, ConvertsColors)
         auto const found = pixel(compositor.draw(0), 20, 20);
         for (std::size_t n = 0; n < 3; ++n)
             EXPECT_NEAR(found[n], c.to[n], 1.01) << c.name << " plane " << n;
+    }
+}
+
+TEST(Compositor, DrawsEveryColourThatAnAssetMayHave)
+{
+    constexpr int bt2020 = 9, smpte2085 = 11, ictcp = 14;
+    VideoComposition wide = drawing({layer(1, sized(64, 96))});
+    wide.colors = ColorTags::hlg();
+    for (int matrix = 0; matrix <= 15; ++matrix) {
+        for (int const transfer : {1, 2, 8, 16, 18}) {
+            for (int const primaries : {1, 2, 9, 12}) {
+                MediaInfo info;
+                info.hasVideo = true;
+                info.width = info.height = 64;
+                info.colors = {primaries, transfer, matrix, false, false};
+                std::string refusal;
+                try {
+                    loadedAsset("/f/odd.mp4", info);
+                } catch (MediaError const& error) {
+                    refusal = error.what();
+                }
+                std::string const name = fmt::format("{}/{}/{}", primaries, transfer, matrix);
+                bool const isKnown = matrix <= bt2020;
+                bool const isUnknown = matrix == smpte2085 || matrix > ictcp;
+                if (isKnown || isUnknown) {
+                    EXPECT_EQ(refusal.empty(), isKnown) << name;
+                }
+                if (!refusal.empty()) {
+                    EXPECT_EQ(refusal, "odd.mp4 has colours that can't be shown: they are marked " +
+                                           name +
+                                           " in the file. Convert it to BT.709 or BT.2020 first.");
+                    continue;
+                }
+                PaintedSource source;
+                source.show(
+                    1, painted(64, 96, flat(400, 512, 600), PixelLayout::yuv420p10(), info.colors));
+                EXPECT_NO_THROW(FrameCompositor(drawing({layer(1, sized(64, 96))}), source).draw(0))
+                    << name;
+                EXPECT_NO_THROW(FrameCompositor(wide, source).draw(0)) << name;
+            }
+        }
     }
 }
 
