@@ -7,6 +7,7 @@
 #include <iterator>
 #include <set>
 #include <system_error>
+#include <utility>
 
 namespace framewright {
 
@@ -31,6 +32,45 @@ std::string tagText(ColorTags colors)
     return fmt::format("{}/{}/{}", colors.primaries, colors.transfer, colors.matrix);
 }
 
+bool meet(MediaTimeRange const& a, MediaTimeRange const& b)
+{
+    return a.start < b.end && b.start < a.end;
+}
+
+/// A clip as one of the tracks plays it, its picture or its sound.
+using PlayedClip = std::pair<CompositionTrackID, Id>;
+
+/// The clips whose picture is seen at some time of the range.
+std::set<PlayedClip> seenClips(VideoComposition const& video, MediaTimeRange const& range)
+{
+    std::set<PlayedClip> seen;
+    for (CompositorInstruction const& instruction : video.instructions) {
+        if (!meet(instruction.timeRange, range))
+            continue;
+        for (Layer const& layer : instruction.layers) {
+            if (layer.opacity > 0)
+                seen.insert({layer.trackID, layer.clipID});
+        }
+    }
+    return seen;
+}
+
+/// The clips whose sound is turned up at some time of the range.
+std::set<PlayedClip> heardClips(AudioMix const& mix, MediaTimeRange const& range)
+{
+    auto const isHeard = [&](AudioMix::Step const& step) {
+        return meet(step.timeRange, range) && (step.startVolume > 0 || step.endVolume > 0);
+    };
+    std::set<PlayedClip> heard;
+    for (auto const& [track, clips] : mix.tracks) {
+        for (AudioMix::ClipLevels const& clip : clips) {
+            if (clip.steps.empty() || std::ranges::any_of(clip.steps, isHeard))
+                heard.insert({track, clip.clipID});
+        }
+    }
+    return heard;
+}
+
 } // namespace
 
 std::uintmax_t estimatedBytes(ExpectedMovie const& movie)
@@ -51,12 +91,30 @@ std::optional<std::string> spaceProblem(std::filesystem::path const& folder, std
                        sizeText(needed), sizeText(free), folder.string());
 }
 
-std::vector<FileIdentity> sourcesOf(BuiltComposition const& composition)
+std::optional<std::string> targetProblem(std::filesystem::path const& file)
 {
+    std::error_code failed;
+    if (!std::filesystem::is_directory(std::filesystem::absolute(file).parent_path(), failed))
+        return "There is no folder " + file.parent_path().string() + ".";
+    if (std::filesystem::is_directory(file, failed))
+        return file.string() + " is a folder; give the name of a file in it.";
+    if (std::filesystem::exists(file, failed) && !std::filesystem::is_regular_file(file, failed))
+        return file.string() + " is not a file that could be replaced.";
+    return std::nullopt;
+}
+
+std::vector<FileIdentity> sourcesOf(BuiltComposition const& composition, TimeSpan span)
+{
+    MediaTimeRange const range{MediaTime::fromSeconds(span.start),
+                               MediaTime::fromSeconds(span.end)};
+    std::set<PlayedClip> played = seenClips(composition.video, range);
+    played.merge(heardClips(composition.audioMix, range));
     std::set<std::filesystem::path> files;
     for (CompositionTrack const& track : composition.tracks) {
-        for (CompositionSegment const& segment : track.segments)
-            files.insert(segment.file);
+        for (CompositionSegment const& segment : track.segments) {
+            if (meet(segment.timeRange, range) && played.contains({track.id, segment.clipID}))
+                files.insert(segment.file);
+        }
     }
     files.erase(std::filesystem::path()); // Of the black plate.
     std::vector<FileIdentity> sources;

@@ -2,7 +2,7 @@
 
 #include "media/media_info.h"
 #include "model/aspect_preset.h"
-#include "render/composition.h"
+#include "render/composition_builder.h"
 #include "render/exporter.h"
 #include "render/open_files.h"
 
@@ -32,8 +32,12 @@ std::uintmax_t estimatedBytes(ExpectedMovie const& movie);
 std::optional<std::string> spaceProblem(std::filesystem::path const& folder, std::uintmax_t needed,
                                         std::uintmax_t free);
 
-/// The files a composition reads, as they stand now.
-std::vector<FileIdentity> sourcesOf(BuiltComposition const& composition);
+/// Why a movie can't be put at `file`, whatever it is: a sentence. Nothing when it can, as far as
+/// can be told before.
+std::optional<std::string> targetProblem(std::filesystem::path const& file);
+
+/// The files that are seen or heard in a stretch of a composition, as they stand now.
+std::vector<FileIdentity> sourcesOf(BuiltComposition const& composition, TimeSpan span);
 
 /// Which of the sources is another file by now: a sentence. One that is only gone does no harm to
 /// what has been read of it.

@@ -328,7 +328,8 @@ ExportResult Exporter::run(ExportProgress const& progress, std::stop_token stop)
     MovieSettings movie = movieSettings(video, m_settings.quality);
     if (video.colors.isHDR())
         movie.mastering = exportMastering(m_project, m_assets);
-    std::vector<FileIdentity> sources = sourcesOf(plan.composition);
+    std::vector<FileIdentity> sources =
+        sourcesOf(plan.composition, {start, start + result.duration});
     auto const job =
         std::make_shared<Job const>(Job{std::move(plan), expected, m_settings.file, movie,
                                         m_surroundings.probe, std::move(sources)});

@@ -55,6 +55,63 @@ TEST(ExportChecks, TellAWrongMovie)
     }
 }
 
+TEST(ExportChecks, WatchOnlyTheFilesThatTakePart)
+{
+    // A letter is a clip of a second and its file; dots are gaps. Small letters are silent, or
+    // hidden.
+    BuiltComposition composition;
+    auto const second = [](std::size_t n) {
+        return MediaTimeRange{MediaTime::fromSeconds(double(n)),
+                              MediaTime::fromSeconds(double(n + 1))};
+    };
+    auto const add = [&](CompositionTrack::Kind kind, std::string const& clips) {
+        CompositionTrack track{CompositionTrackID(composition.tracks.size() + 1), kind, {}};
+        composition.video.instructions.resize(clips.size());
+        for (std::size_t n = 0; n < clips.size(); ++n) {
+            CompositorInstruction& instruction = composition.video.instructions[n];
+            instruction.timeRange = second(n);
+            if (clips[n] == '.')
+                continue;
+            CompositionSegment segment;
+            segment.file = std::string(1, clips[n]);
+            segment.clipID = Id::random();
+            segment.timeRange = second(n);
+            track.segments.push_back(segment);
+            bool const isPlayed = std::isupper(clips[n]);
+            if (kind == CompositionTrack::Kind::sound) {
+                float const volume = isPlayed ? 1.0f : 0.0f;
+                composition.audioMix.tracks[track.id].push_back(
+                    {segment.clipID, {{segment.timeRange, 0, volume}}});
+            } else if (isPlayed) {
+                instruction.layers.emplace_back();
+                instruction.layers.back().trackID = track.id;
+                instruction.layers.back().clipID = segment.clipID;
+            }
+        }
+        composition.tracks.push_back(track);
+    };
+    add(CompositionTrack::Kind::picture, "ABC");
+    add(CompositionTrack::Kind::picture, "dEf");
+    add(CompositionTrack::Kind::sound, "ABG");
+    add(CompositionTrack::Kind::sound, "hi.");
+
+    struct Case {
+        TimeSpan span;
+        std::string files;
+    };
+    for (Case const& c : {
+             Case{{0, 1}, "A"},
+             Case{{0, 1.5}, "ABE"},
+             Case{{2, 3}, "CG"},
+             Case{{0, 3}, "ABCEG"},
+         }) {
+        std::string files;
+        for (FileIdentity const& source : sourcesOf(composition, c.span))
+            files += source.file.string();
+        EXPECT_EQ(files, c.files);
+    }
+}
+
 TEST(ExportChecks, SayHowMuchRoomIsNeeded)
 {
     EXPECT_EQ(spaceProblem("/films", 5'000'000, 5'000'000), std::nullopt);
