@@ -91,6 +91,15 @@ void logWithoutFontSearch()
         });
 }
 
+/// Ends the event loop once the export that runs was cancelled and whoever asked for it knows; soon
+/// in any case.
+QCoro::Task<void> quitWithoutExport(ExportSession& exports)
+{
+    QTimer::singleShot(5s, qApp, &QCoreApplication::quit);
+    co_await exports.cancel();
+    QCoreApplication::quit();
+}
+
 int runEditor(int argc, char** argv)
 {
     logWithoutFontSearch();
@@ -149,7 +158,10 @@ int runEditor(int argc, char** argv)
     ready.announce();
 
     QSocketNotifier ending(endSignals.descriptor(), QSocketNotifier::Read);
-    QObject::connect(&ending, &QSocketNotifier::activated, &app, &QCoreApplication::quit);
+    QObject::connect(&ending, &QSocketNotifier::activated, &app, [&] {
+        ending.setEnabled(false);
+        quitWithoutExport(exports);
+    });
     int const status = QGuiApplication::exec();
 
     server.stop();

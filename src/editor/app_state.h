@@ -1,5 +1,6 @@
 #pragma once
 
+#include "editor/asset_opening.h"
 #include "editor/project_file.h"
 #include "editor/recovery.h"
 #include "editor/undo_history.h"
@@ -24,6 +25,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -86,6 +88,17 @@ public:
     /// Ends when every file of the project has been looked into, or found missing.
     QCoro::Task<void> assetsLoaded();
 
+    /// What becomes of files that were not found, or could not be opened, the last time.
+    enum class Missing {
+        inPlace,  ///< They are looked for where they should be.
+        searched, ///< They are looked for wherever they may be, and opened again. Takes longer.
+    };
+
+    /// Ends when `assets` and `assetProblem` tell of the project's files as they stand now: those
+    /// that came, went or were replaced since they were opened have been opened again. Costs a look
+    /// at each file's size and time, on a worker. What it finds is no step of the user's.
+    QCoro::Task<void> refreshAssets(Missing missing = Missing::inPlace);
+
     /// Why an asset's file could not be opened; nothing when it could.
     std::optional<std::string> assetProblem(Id const& id) const;
 
@@ -93,12 +106,16 @@ public:
     struct Imported {
         MediaAsset asset;
         LoadedAsset loaded;
+        FileIdentity seen; ///< The file as it stood then.
         bool isNew = true; ///< Not yet among the project's assets.
     };
 
     /// Looks into a file. The project is not changed until the result is added by an edit. A file
     /// that the project has already keeps its asset. Throws MediaError.
     QCoro::Task<Imported> inspect(std::filesystem::path file);
+
+    /// The same for a file that the project has, as it was opened last. Nothing when it was not.
+    std::optional<Imported> knownMedia(Id const& id) const;
 
     /// Registers files without placing them, as one step. Gives the assets in the files' order.
     std::vector<MediaAsset> importFiles(std::vector<Imported> const& files);
@@ -251,6 +268,11 @@ private:
     void close();
     void watchProject();
     QCoro::Task<void> loadAssets();
+    MediaPlaces mediaPlaces() const;
+    void takeOpened(std::vector<OpenedAsset> const& opened);
+    void know(Imported const& file);
+    void forgetAssets();
+    void correctEverywhere(std::function<void(Project&)> const& correct);
     void moveAssets(std::map<Id, std::filesystem::path> const& found);
 
     void scheduleSave();
@@ -283,6 +305,7 @@ private:
 
     AssetStore m_assets;
     std::map<Id, std::string> m_assetProblems;
+    SeenFiles m_seenFiles;
     std::uint64_t m_loadingRound = 0;
     bool m_isLoadingAssets = false;
 

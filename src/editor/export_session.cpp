@@ -1,6 +1,8 @@
 #include "editor/export_session.h"
 
+#include "editor/next_emission.h"
 #include "editor/worker_task.h"
+#include "render/export_checks.h"
 
 #include <algorithm>
 
@@ -8,41 +10,73 @@ namespace framewright {
 
 namespace {
 
-bool isSource(Project const& project, std::filesystem::path const& file)
+bool isSource(ProjectAssets const& assets, std::filesystem::path const& file)
 {
-    std::error_code failed;
-    return std::ranges::any_of(*project.assets, [&](auto const& entry) {
+    return std::ranges::any_of(*assets, [&](auto const& entry) {
+        std::error_code failed;
         std::filesystem::path const source = entry.second.url.path;
         return source == file || std::filesystem::equivalent(source, file, failed);
     });
 }
 
-class Running {
+} // namespace
+
+/// Marks a session as running, under the caller's stop and its own.
+class ExportSession::Running {
 public:
-    explicit Running(bool& flag) : m_flag(flag) { m_flag = true; }
-    ~Running() { m_flag = false; }
+    Running(ExportSession& session, std::filesystem::path const& file, std::stop_token stop)
+        : m_session(session), m_whenStopped(std::move(stop), Stop{session.m_stop})
+    {
+        session.m_isRunning = true;
+        session.m_file = file;
+    }
+    ~Running()
+    {
+        m_session.m_isRunning = false;
+        emit m_session.ended();
+    }
     Running(Running const&) = delete;
     Running& operator=(Running const&) = delete;
 
 private:
-    bool& m_flag;
-};
+    struct Stop {
+        std::stop_source source;
+        void operator()() { source.request_stop(); }
+    };
 
-} // namespace
+    ExportSession& m_session;
+    std::stop_callback<Stop> m_whenStopped;
+};
 
 QCoro::Task<Outcome<ExportResult>> ExportSession::run(ExportSettings settings,
                                                       ExportProgress progress, std::stop_token stop)
 {
     if (m_isRunning)
         co_return Refusal{"An export is already running."};
-    if (isSource(m_editor.project(), settings.file))
-        co_return Refusal{"That path is one of the project's source files; export somewhere else."};
-    Running const running(m_isRunning);
+    m_stop = std::stop_source();
+    Running const running(*this, settings.file, stop);
 
-    co_await m_editor.assetsLoaded();
-    Exporter const exporter(m_editor.project(), m_editor.assets(), m_burner, std::move(settings));
-    auto const render = [exporter, progress, stop] { return exporter.run(progress, stop); };
+    Exporter const exporter(m_editor.project(), m_editor.assets(), m_burner, settings);
+    auto const check = [assets = m_editor.project().assets,
+                        file = settings.file]() -> std::optional<std::string> {
+        if (isSource(assets, file))
+            return "That path is one of the project's source files; export somewhere else.";
+        return targetProblem(file);
+    };
+    std::optional<std::string> const problem = co_await onWorker(check);
+    if (problem)
+        co_return Refusal{*problem};
+    auto const render = [exporter, progress, own = m_stop.get_token()] {
+        return exporter.run(progress, own);
+    };
     co_return co_await onWorker(render);
+}
+
+QCoro::Task<void> ExportSession::cancel()
+{
+    m_stop.request_stop();
+    while (m_isRunning)
+        co_await NextEmission(this, &ExportSession::ended);
 }
 
 } // namespace framewright

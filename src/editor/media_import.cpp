@@ -1,100 +1,55 @@
-// The media of an AppState's project: looking into files, registering them, opening them again.
+// The media of an AppState's project: looking into files, registering them.
 
 #include "editor/app_state.h"
-#include "editor/next_emission.h"
 #include "editor/worker_task.h"
 
-#include "media/media_error.h"
 #include "model/file_url.h"
-#include "workspace/media_finder.h"
-#include "workspace/workspace.h"
 
 #include <algorithm>
-#include <variant>
 
 namespace framewright {
-
-namespace {
-
-/// Where the media of a project may be looked for.
-struct MediaPlaces {
-    std::filesystem::path projectFolder;
-    std::vector<std::filesystem::path> mediaFolders;
-    AssetRefs refs;
-};
-
-/// What is found behind an asset when its project is opened.
-struct OpenedAsset {
-    Id id;
-    std::filesystem::path file;
-    std::variant<LoadedAsset, std::string> result; ///< Or the sentence that says why not.
-};
-
-OpenedAsset openAsset(MediaAsset const& asset, MediaPlaces const& places, MediaFinder& finder)
-{
-    MediaWanted wanted{"", asset.url, std::nullopt};
-    if (auto const ref = places.refs.find(asset.id); ref != places.refs.end()) {
-        wanted.path = ref->second.path;
-        wanted.size = knownSize(ref->second);
-    }
-    std::filesystem::path const file = finder.find(wanted).value_or(asset.url.path);
-    try {
-        return {asset.id, file, loadedAsset(file, probeMedia(file))};
-    } catch (std::exception const& error) {
-        return {asset.id, file, std::string(error.what())};
-    }
-}
-
-std::vector<OpenedAsset> openAssets(std::vector<MediaAsset> const& assets,
-                                    MediaPlaces const& places)
-{
-    MediaFinder finder(places.projectFolder, places.mediaFolders);
-    std::vector<OpenedAsset> opened;
-    for (MediaAsset const& asset : assets)
-        opened.push_back(openAsset(asset, places, finder));
-    return opened;
-}
-
-/// The media folders of the workspace that a project lies in; none when they can't be read.
-std::vector<std::filesystem::path> mediaFoldersAround(std::filesystem::path const& folder)
-{
-    auto const workspace = Workspace::findWorkspace(folder);
-    try {
-        return workspace ? Workspace::mediaFolders(*workspace)
-                         : std::vector<std::filesystem::path>();
-    } catch (WorkspaceError const&) {
-        return {}; // Opening the workspace says what is wrong with it.
-    }
-}
-
-} // namespace
 
 QCoro::Task<AppState::Imported> AppState::inspect(std::filesystem::path file)
 {
     // The project's own entry serves for a file it has already, however the path was written.
     struct Found {
-        std::filesystem::path file;
-        MediaInfo info;
+        FileIdentity seen;
+        LoadedAsset loaded;
     };
     auto const look = [file]() -> Found {
-        MediaInfo const info = probeMedia(file);
-        return {std::filesystem::canonical(file), info};
+        FileIdentity seen = FileIdentity::of(file);
+        LoadedAsset loaded = openMedia(file);
+        seen.file = loaded.file = std::filesystem::canonical(file);
+        return {seen, loaded};
     };
     Found const found = co_await onWorker(look);
 
-    LoadedAsset loaded = loadedAsset(found.file, found.info);
-    for (auto const& [id, asset] : *m_project.assets) {
-        if (asset.url.path == found.file.string())
-            co_return Imported{asset, std::move(loaded), false};
+    std::string const path = found.seen.file.string();
+    for (auto const& [id, known] : *m_project.assets) {
+        if (known.url.path != path)
+            continue;
+        OpenedAsset const opened{id, path, found.seen, found.loaded};
+        takeOpened(std::vector<OpenedAsset>(1, opened));
+        co_return *knownMedia(opened.id);
     }
     MediaAsset asset;
     asset.id = Id::random();
-    asset.url.path = found.file.string();
+    asset.url.path = path;
     asset.playbackURL = asset.url;
-    asset.kind = found.info.kind;
-    asset.duration = found.info.duration;
-    asset.displayName = validUtf8(found.file.filename().string());
-    co_return Imported{std::move(asset), std::move(loaded), true};
+    asset.kind = found.loaded.kind;
+    asset.duration = found.loaded.duration;
+    asset.displayName = validUtf8(found.seen.file.filename().string());
+    co_return Imported{std::move(asset), found.loaded, found.seen, true};
+}
+
+std::optional<AppState::Imported> AppState::knownMedia(Id const& id) const
+{
+    MediaAsset const* const asset = m_project.asset(id);
+    LoadedAsset const* const loaded = m_assets.find(id);
+    auto const seen = m_seenFiles->find(id);
+    if (!asset || !loaded || seen == m_seenFiles->end())
+        return std::nullopt;
+    return Imported{*asset, *loaded, seen->second, false};
 }
 
 std::vector<MediaAsset> AppState::importFiles(std::vector<Imported> const& files)
@@ -110,7 +65,7 @@ std::vector<MediaAsset> AppState::importFiles(std::vector<Imported> const& files
             continue;
         }
         project.assets.edit()[file.asset.id] = file.asset;
-        m_assets.insert(file.asset.id, file.loaded);
+        know(file);
         assets.push_back(file.asset);
     }
     if (!(project == m_project))
@@ -118,91 +73,20 @@ std::vector<MediaAsset> AppState::importFiles(std::vector<Imported> const& files
     return assets;
 }
 
+void AppState::know(Imported const& file)
+{
+    m_assets.insert(file.asset.id, file.loaded);
+    m_seenFiles.edit()[file.asset.id] = file.seen;
+    m_assetProblems.erase(file.asset.id);
+}
+
 Project AppState::withAsset(Imported const& file)
 {
     Project project = m_project;
-    m_assets.insert(file.asset.id, file.loaded);
-    m_assetProblems.erase(file.asset.id);
+    know(file);
     if (file.isNew)
         project.assets.edit()[file.asset.id] = file.asset;
     return project;
-}
-
-QCoro::Task<void> AppState::loadAssets()
-{
-    QPointer<AppState> const self(this);
-    auto const round = ++m_loadingRound;
-    m_assetProblems.clear();
-    m_isLoadingAssets = !m_project.assets->empty();
-    if (!m_isLoadingAssets) {
-        emit assetsWereLoaded();
-        co_return;
-    }
-    std::vector<MediaAsset> assets;
-    for (auto const& [id, asset] : *m_project.assets)
-        assets.push_back(asset);
-
-    MediaPlaces places;
-    if (m_projectFile)
-        places.projectFolder = m_projectFile->parent_path();
-    places.refs = m_assetRefs;
-    auto const open = [assets, places] {
-        MediaPlaces all = places;
-        all.mediaFolders = mediaFoldersAround(all.projectFolder);
-        return openAssets(assets, all);
-    };
-    std::vector<OpenedAsset> const opened = co_await onWorker(open);
-
-    // Another project, or another state of this one, may have been opened meanwhile.
-    if (!self || round != m_loadingRound)
-        co_return;
-    std::map<Id, std::filesystem::path> moved;
-    for (OpenedAsset const& asset : opened) {
-        MediaAsset const* const known = m_project.asset(asset.id);
-        if (known && known->url.path != asset.file.string())
-            moved[asset.id] = asset.file;
-        if (auto const* const loaded = std::get_if<LoadedAsset>(&asset.result))
-            m_assets.insert(asset.id, *loaded);
-        else
-            m_assetProblems[asset.id] = std::get<std::string>(asset.result);
-    }
-    m_isLoadingAssets = false;
-    if (!moved.empty())
-        moveAssets(moved);
-    emit compositionOutdated();
-    emit assetsWereLoaded();
-}
-
-void AppState::moveAssets(std::map<Id, std::filesystem::path> const& found)
-{
-    // Not a step of the user's: where files lie is a fact, also for every earlier state.
-    auto const follow = [&](Project& project) {
-        for (auto const& [id, file] : found) {
-            if (!project.asset(id))
-                continue;
-            MediaAsset& asset = project.assets.edit()[id];
-            asset.url.path = file.string();
-            asset.playbackURL = asset.url;
-        }
-    };
-    follow(m_project);
-    m_history.forEachProject(follow);
-    ++m_revision;
-    setDirty(true);
-    scheduleSave();
-    emit projectChanged();
-}
-
-QCoro::Task<void> AppState::assetsLoaded()
-{
-    while (m_isLoadingAssets)
-        co_await NextEmission(this, &AppState::assetsWereLoaded);
-}
-
-std::optional<std::string> AppState::assetProblem(Id const& id) const
-{
-    auto const found = m_assetProblems.find(id);
-    return found == m_assetProblems.end() ? std::nullopt : std::optional(found->second);
 }
 
 } // namespace framewright

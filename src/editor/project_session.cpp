@@ -60,6 +60,7 @@ void AppState::reopenLastProject()
 void AppState::adopt(ReadProject read, std::optional<std::filesystem::path> const& file)
 {
     m_saveTimer.stop();
+    forgetAssets();
     m_project = std::move(read.decoded.document.project);
     m_assetRefs.clear();
     for (AssetRef& ref : read.decoded.document.assetRefs)
@@ -163,8 +164,7 @@ void AppState::close()
     m_unknownKeys.clear();
     m_history.clear();
     ++m_revision;
-    ++m_loadingRound;
-    m_isLoadingAssets = false;
+    forgetAssets();
     m_currentTime = 0;
     select(std::nullopt);
     m_activeTrack.reset();

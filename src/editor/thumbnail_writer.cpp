@@ -37,7 +37,7 @@ QCoro::Task<void> ThumbnailWriter::write()
     QPointer<ThumbnailWriter> const self(this);
     m_isWriting = true;
     m_isOutdated = false;
-    co_await m_editor.assetsLoaded();
+    co_await m_editor.refreshAssets();
     if (self && m_editor.isWorkspaceProject()) {
         auto const draw = [&stills = m_stills, project = m_editor.project(),
                            assets = m_editor.assets(),

@@ -18,6 +18,9 @@ struct FileIdentity {
 
     static FileIdentity of(std::filesystem::path const& file);
 
+    /// Whether it was there, and a file.
+    bool exists() const { return size != std::uintmax_t(-1); }
+
     bool operator==(FileIdentity const&) const = default;
 };
 

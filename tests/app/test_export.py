@@ -4,6 +4,7 @@ import json
 import os
 import pathlib
 import shutil
+import signal
 import subprocess
 import unittest
 
@@ -77,6 +78,74 @@ class Exports(unittest.TestCase):
                                          "somewhere else.\n")
         self.assertEqual(self.footage.read_bytes(), before)
 
+    def test_is_told_before_the_editor_ends(self):
+        for _ in range(5):
+            self.editor.do("clip-add", "v1", "--path", str(self.footage))
+        for ending in ("app-quit", "SIGTERM"):
+            with self.subTest(ending), self.editor.connect() as client:
+                request = {"id": 7, "cwd": "/", "tool": "export", "progress": True,
+                           "args": {"path": str(self.out / "cut.mp4"), "height": 1080}}
+                client.send(json.dumps(request).encode() + b"\n")
+                client.read()
+                if ending == "app-quit":
+                    refused = self.editor.cli("app-quit")
+                    self.assertEqual(refused.status, 1)
+                    self.assertEqual(refused.err, "The export of cut.mp4 is still running. Wait "
+                                                  "until it is done, or pass --force to cancel "
+                                                  "it.\n")
+                    self.assertEqual(self.editor.do("app-quit", "--force").strip(),
+                                     "The export of cut.mp4 was cancelled. Framewright quits.")
+                else:
+                    self.editor.end_by(signal.SIGTERM)
+                answers = list(iter(client.read, None))
+                self.assertEqual(answers[-1].get("text"), "The export was cancelled.")
+                self.assertFalse(list(self.out.iterdir()))
+                wait_until(lambda: not self.editor.is_running(), "the editor ends")
+            self.editor.do("status")
+
+    def test_goes_where_people_expect(self):
+        self.editor.do("clip-add", "v1", "--path", str(self.footage), "--duration", "0.2")
+        (self.out / "folder").mkdir()
+        (self.out / "taken.mp4").mkdir()
+        os.mkfifo(self.out / "pipe.mp4")
+        taken = f"{self.out}/taken.mp4 is a folder; give the name of a file in it.\n"
+        cases = {
+            "plain": r"plain\.mp4", "UP.MP4": r"UP\.MP4", "two.parts": r"two\.parts\.mp4",
+            "folder": r"folder/First-[\d-]+\.mp4", "folder/": r"folder/First-[\d-]+\.mp4",
+            ".": r"First-[\d-]+\.mp4",
+            "taken.mp4": taken, "taken": taken, "taken.mp4/": r"taken\.mp4/First-[\d-]+\.mp4",
+            "new/": f"There is no folder {self.out}/new.\n",
+            "new/file": f"There is no folder {self.out}/new.\n",
+            "pipe.mp4": f"{self.out}/pipe.mp4 is not a file that could be replaced.\n",
+        }
+        for path, expected in cases.items():
+            with self.subTest(path):
+                before = files_in(self.out)
+                answer = self.editor.cli("export", "--preview", "--path", path, cwd=self.out)
+                new = [str(file.relative_to(self.out)) for file in files_in(self.out) - before]
+                if answer.status == 0:
+                    self.assertEqual(len(new), 1)
+                    self.assertRegex(new[0], f"^{expected}$")
+                    self.assertEqual(json.loads(answer.out)["path"], str(self.out / new[0]))
+                else:
+                    self.assertEqual((answer.err, new), (expected, []))
+
+    def test_footage_outside_of_its_range_may_change(self):
+        other = self.editor.home / "other.mp4"
+        shutil.copy(video(), other)
+        self.editor.do("clip-add", "v1", "--path", str(self.footage))
+        self.editor.do("clip-add", "v1", "--path", str(other))
+        with self.editor.connect() as client:
+            request = {"id": 7, "cwd": "/", "tool": "export", "progress": True,
+                       "args": {"path": str(self.out / "cut.mp4"), "end": 4, "height": 720}}
+            client.send(json.dumps(request).encode() + b"\n")
+            client.read()
+            other.write_bytes(b"another")
+            answer = client.read()
+            while "progress" in answer:
+                answer = client.read()
+        self.assertIs(answer["ok"], True, answer)
+
     @staticmethod
     def brightness(file: pathlib.Path, time: float) -> float:
         """Of the middle of the picture, 0 to 255."""
@@ -85,6 +154,10 @@ class Exports(unittest.TestCase):
         gray = subprocess.run(["ffmpeg", "-v", "error", *words], check=True, capture_output=True,
                               timeout=60).stdout
         return sum(gray) / len(gray)
+
+
+def files_in(folder: pathlib.Path) -> set[pathlib.Path]:
+    return {file for file in folder.rglob("*") if file.is_file()}
 
 
 if __name__ == "__main__":

@@ -207,7 +207,7 @@ ToolResult detachAudio(ToolArgs const& args, AppState& editor)
 
 Task<ToolResult> checkSource(ToolArgs args, AppState& editor)
 {
-    co_await editor.assetsLoaded();
+    co_await editor.refreshAssets();
     co_return co_await replaceClip(std::move(args), editor);
 }
 

@@ -39,12 +39,11 @@ Param<ItemRef> const item{"clip", "v1:2, s1:3 or an id."};
 Task<std::optional<AppState::Imported>> sourceOf(ToolArgs args, AppState& editor)
 {
     if (auto const id = args.find(asset)) {
-        co_await editor.assetsLoaded();
-        MediaAsset const found = *editor.project().asset(*id);
+        co_await editor.refreshAssets();
         if (auto const problem = editor.assetProblem(*id))
             throw ToolError(*problem);
-        if (LoadedAsset const* const loaded = editor.assets().find(*id))
-            co_return AppState::Imported{found, *loaded, false};
+        if (auto known = editor.knownMedia(*id))
+            co_return known;
     }
     if (auto const file = args.find(path))
         co_return co_await editor.inspect(*file);

@@ -107,7 +107,7 @@ Task<ToolResult> drawFrame(ToolArgs args, EditorTools tools)
     AppState& editor = tools.editor;
     requireProject(editor);
     int const pixels = checkedWidth(args.get(width, 360));
-    co_await editor.assetsLoaded();
+    co_await editor.refreshAssets();
     requireProject(editor);
     ShownMoments const shown(editor, {checkedTime(args[at], "at")});
     double const time = shown.drawn.front();
@@ -163,7 +163,7 @@ Task<ToolResult> drawSheet(ToolArgs args, EditorTools tools)
 {
     AppState& editor = tools.editor;
     requireProject(editor);
-    co_await editor.assetsLoaded();
+    co_await editor.refreshAssets();
     requireProject(editor);
     SheetMoments const moments = sheetMoments(args);
     std::vector<double> const asked =

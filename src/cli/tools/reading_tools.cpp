@@ -106,7 +106,7 @@ std::vector<Tool> readingTools(EditorTools tools)
             .description = "The workspace, the open project and its tracks in short. Start here.",
             .params = {},
             .action = [&editor, &styles = tools.styles, &fonts](ToolArgs) -> Task<ToolResult> {
-                co_await editor.assetsLoaded();
+                co_await editor.refreshAssets();
                 co_return ToolResult::json(statusJSON(editor, styles, fonts));
             },
         },
@@ -129,7 +129,7 @@ std::vector<Tool> readingTools(EditorTools tools)
             .params = {},
             .action = [&editor](ToolArgs) -> Task<ToolResult> {
                 requireProject(editor);
-                co_await editor.assetsLoaded();
+                co_await editor.refreshAssets();
                 Json assets = Json::array();
                 for (auto const& [id, asset] : *editor.project().assets)
                     assets.push_back(assetJSON(editor, asset));

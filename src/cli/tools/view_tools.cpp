@@ -32,7 +32,20 @@ Param<WholeNumber> const height{"height",
 Param<Moment> const start{"start", "Export from here.", optionalParam};
 Param<Moment> const end{"end", "Export up to here.", optionalParam};
 
-Param<Flag> const force{"force", "Quit even when changes can't be saved.", optionalParam};
+Param<Flag> const force{"force", "Quit even when changes can't be saved or an export is running.",
+                        optionalParam};
+
+/// "NAME-20261122-223105.mp4", in a folder.
+std::filesystem::path unusedExportFile(std::filesystem::path const& folder, AppState const& editor)
+{
+    std::string const time =
+        QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd-HHmmss")).toStdString();
+    std::string const stem = editor.projectName() + "-" + time;
+    std::filesystem::path file = folder / (stem + ".mp4");
+    for (int number = 2; std::filesystem::exists(file); ++number)
+        file = folder / (stem + "-" + std::to_string(number) + ".mp4");
+    return file;
+}
 
 /// "projects/NAME/exports/NAME-20261122-223105.mp4"
 std::filesystem::path defaultExportFile(AppState const& editor)
@@ -42,14 +55,22 @@ std::filesystem::path defaultExportFile(AppState const& editor)
             "Give a path (the project is not in a workspace, so there is no exports folder).");
     std::filesystem::path const folder =
         Workspace::exportsFolder(editor.projectFile()->parent_path());
-    std::string const time =
-        QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd-HHmmss")).toStdString();
     std::filesystem::create_directories(folder);
-    std::string const stem = editor.projectFile()->parent_path().filename().string() + "-" + time;
-    std::filesystem::path file = folder / (stem + ".mp4");
-    for (int number = 2; std::filesystem::exists(file); ++number)
-        file = folder / (stem + "-" + std::to_string(number) + ".mp4");
-    return file;
+    return unusedExportFile(folder, editor);
+}
+
+/// The file that `given` means: with the ending .mp4, and in a folder under the usual name.
+std::filesystem::path exportFile(std::filesystem::path given, AppState const& editor)
+{
+    QString const ending = QString::fromStdString(given.extension().string());
+    bool const isMovie = ending.compare(QLatin1String(".mp4"), Qt::CaseInsensitive) == 0;
+    if (!isMovie && std::filesystem::is_directory(given))
+        return unusedExportFile(given, editor);
+    if (given.filename().empty())
+        throw ToolError("There is no folder " + given.parent_path().string() + ".");
+    if (!isMovie)
+        given += ".mp4";
+    return given;
 }
 
 ExportSettings exportSettings(ToolArgs const& args, AppState const& editor)
@@ -68,11 +89,7 @@ ExportSettings exportSettings(ToolArgs const& args, AppState const& editor)
     if (settings.end.value_or(editor.project().videoDuration()) - from < timeTolerance)
         throw ToolError("The range is empty.");
 
-    settings.file = args.has(path) ? args[path] : defaultExportFile(editor);
-    if (settings.file.extension() != ".mp4")
-        settings.file += ".mp4";
-    if (!std::filesystem::is_directory(settings.file.parent_path()))
-        throw ToolError("There is no folder " + settings.file.parent_path().string() + ".");
+    settings.file = args.has(path) ? exportFile(args[path], editor) : defaultExportFile(editor);
     return settings;
 }
 
@@ -82,7 +99,8 @@ Task<ToolResult> exportMovie(ToolArgs args, EditorTools tools)
     if (tools.exports.isRunning())
         throw ToolError("An export is already running.");
     ExportSettings const settings = exportSettings(args, tools.editor);
-    co_await tools.editor.assetsLoaded();
+    co_await tools.editor.refreshAssets(AppState::Missing::searched);
+    requireProject(tools.editor);
     Json missing = missingMediaJSON(tools.editor);
     std::string const note = settings.end ? "" : textsBeyondEndNote(tools.editor.project());
     Progress const progress = args.progress();
@@ -136,10 +154,21 @@ ToolResult stepped(std::string const& verb, std::optional<std::string> const& ac
 
 Task<ToolResult> quit(ToolArgs args, EditorTools tools)
 {
-    accepted(co_await tools.editor.confirmDiscardingChanges(
-        args.get(force, false) ? AppState::Changes::discard : AppState::Changes::keep));
+    bool const isForced = args.get(force, false);
+    accepted(co_await tools.editor.confirmDiscardingChanges(isForced ? AppState::Changes::discard
+                                                                     : AppState::Changes::keep));
+    std::string said = "Framewright quits.";
+    if (tools.exports.isRunning()) {
+        std::string const file = validUtf8(tools.exports.file().filename().string());
+        if (!isForced)
+            throw ToolError("The export of " + file +
+                            " is still running. Wait until it is done, "
+                            "or pass --force to cancel it.");
+        said = "The export of " + file + " was cancelled. " + said;
+        co_await tools.exports.cancel();
+    }
     tools.quit();
-    co_return ToolResult{true, "Framewright quits.", {}};
+    co_return ToolResult{true, said, {}};
 }
 
 } // namespace

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "editor/project_file.h"
+#include "model/media_asset.h"
+#include "model/shared.h"
+#include "render/loaded_asset.h"
+#include "render/open_files.h"
+
+#include <filesystem>
+#include <map>
+#include <set>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace framewright {
+
+/// The assets of a project, as it holds them.
+using ProjectAssets = Shared<std::map<Id, MediaAsset>>;
+
+/// The files behind assets, as they stood when they were looked into or found missing.
+using SeenFiles = Shared<std::map<Id, FileIdentity>>;
+
+/// Where the media of a project may be looked for.
+struct MediaPlaces {
+    std::filesystem::path projectFolder;
+    AssetRefs refs;
+};
+
+/// What was found behind an asset.
+struct OpenedAsset {
+    Id id;
+    std::string wanted; ///< The path that the project had for it.
+    FileIdentity seen;  ///< Where it was found, or should be, as it stood before it was opened.
+    std::variant<LoadedAsset, std::string> result; ///< Or the sentence that says why not.
+
+    LoadedAsset const* loaded() const { return std::get_if<LoadedAsset>(&result); }
+};
+
+/// Looks into a file. Blocks. Throws MediaError, also for one whose pictures can't be drawn.
+LoadedAsset openMedia(std::filesystem::path const& file);
+
+/// Finds and opens the files of a project that is being opened. Blocks.
+std::vector<OpenedAsset> openAssets(ProjectAssets const& assets, MediaPlaces const& places);
+
+/// Opens those whose file is not the one that was seen: it came, went or was replaced, or has never
+/// been seen. Those in `searched` are opened in any case. Where a file still lies in its place, it
+/// is not looked for in others. Blocks.
+std::vector<OpenedAsset> openChangedAssets(ProjectAssets const& assets, SeenFiles const& seen,
+                                           std::set<Id> const& searched, MediaPlaces const& places);
+
+} // namespace framewright
