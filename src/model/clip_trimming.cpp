@@ -148,6 +148,9 @@ Outcome<Trimmed> trimClip(Project project, Id const& clipID, Trim const& trim)
         return *refusal;
     if (auto refusal = placeRefusal(track, spot->index, after))
         return *refusal;
+    double const longest = std::max(longestTextLength, before.length());
+    if (after.isText() && after.length() > longest + timeTolerance)
+        return Refusal{"A text can last " + secondsText(longestTextLength) + " at most."};
 
     spot->edit() = after;
     normalize(track);

@@ -54,10 +54,10 @@ std::string packedNote(double headTrimmedBy);
 /// On a magnetic track the clips after it follow by the change of its length, and a new start trims
 /// its head where it stands. On a free track no other clip moves.
 ///
-/// Refused when the clip is gone or its track locked, and when it would be shorter than 0.1 s,
-/// start before 0, play past its file ("The source only runs 0–12 s."), stand longer than 60 s as a
-/// photo, or overlap a neighbour of a free track ("That would overlap a neighbor; this clip can
-/// span 3–7.5 s.").
+/// Refused when the clip is gone or its track locked, and when it would be shorter than 0.1 s, or
+/// as a text longer than an hour, start before 0, play past its file ("The source only runs 0–12
+/// s."), stand longer than 60 s as a photo, or overlap a neighbour of a free track ("That would
+/// overlap a neighbor; this clip can span 3–7.5 s.").
 Outcome<Trimmed> trimClip(Project project, Id const& clipID, Trim const& trim);
 
 /// Slides which part of its file a clip plays: its in-point becomes `sourceStart`, its place and

@@ -9,9 +9,8 @@
 
 namespace framewright {
 
-/// How long a new text stays, and the most any may be asked to. Seconds.
+/// How long a new text stays. Seconds.
 inline constexpr double textLength = 3.0;
-inline constexpr double longestTextLength = 3600.0;
 
 /// No text has more characters: it could not be read, only slow every picture down.
 inline constexpr std::size_t mostCharacters = 10'000;

@@ -14,6 +14,9 @@ inline constexpr double minimumClipLength = 0.1;
 inline constexpr double photoLength = 3.0;
 inline constexpr double longestPhotoLength = 60.0;
 
+/// How long a text may be asked to stay. Seconds.
+inline constexpr double longestTextLength = 3600.0;
+
 /// No edit puts a clip's end later: beyond it a double no longer tells moments well apart, and a
 /// mistyped time would make a picture of days. Seconds.
 inline constexpr double latestTime = 1'000'000.0;

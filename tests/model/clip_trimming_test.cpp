@@ -221,6 +221,11 @@ TEST(TrimClip, PhotosPlaceholdersAndTextsStretchBothWays)
     Project const texts = sketch({{"t1", "..TT"}});
     auto const earlier = trimClip(texts, id("T"), {.start = 0, .end = 3600});
     EXPECT_EQ(find(earlier->project, "T").length(), 3600);
+    EXPECT_EQ(trimClip(texts, id("T"), {.end = 3602.1}).refusal(),
+              "A text can last 3600 s at most.");
+    Project longer = texts;
+    longer.track(id("t1"))->clips.edit()[0].sourceEnd = 5000; // By hand.
+    EXPECT_TRUE(trimClip(longer, id("T"), {.end = 4900}));
     EXPECT_EQ(trimClip(texts, id("T"), {.end = 2e6}).refusal(),
               "The timeline only goes to 1000000 s.");
 }
