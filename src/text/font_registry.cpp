@@ -44,6 +44,26 @@ QString companionOf(QString const& family)
 
 } // namespace
 
+/// Whether a character is to be seen: neither white space nor one that only steers others.
+bool isDrawn(char32_t letter)
+{
+    bool const isVariationSelector = (letter >= 0xFE00 && letter <= 0xFE0F) ||
+                                     (letter >= 0xE0100 && letter <= 0xE01EF) ||
+                                     (letter >= 0x180B && letter <= 0x180F) || letter == 0x034F;
+    if (letter < 0x80 || isVariationSelector)
+        return false; // Every font has ASCII.
+    switch (QChar::category(letter)) {
+    case QChar::Other_Control:
+    case QChar::Other_Format:
+    case QChar::Separator_Space:
+    case QChar::Separator_Line:
+    case QChar::Separator_Paragraph:
+        return false;
+    default:
+        return true;
+    }
+}
+
 /// Everything is written once, in `load`, and only read then; but for the answers kept.
 struct FontRegistry::Fonts {
     /// fontconfig knows its files by the shortest path.
@@ -70,8 +90,9 @@ struct FontRegistry::Fonts {
     std::vector<Missing> missing;
     FontFace lastResort{.family = QStringLiteral("Sans Serif"), .style = {}};
 
-    std::mutex guard; ///< Of `answers`.
+    std::mutex guard; ///< Of `answers` and `hasLetter`.
     std::unordered_map<std::string, Found> answers;
+    std::unordered_map<char32_t, bool> hasLetter; ///< Those that were looked for.
 };
 
 void FontRegistry::Fonts::load()
@@ -219,6 +240,36 @@ std::vector<FontRegistry::Missing> FontRegistry::missingCarried() const
 {
     load();
     return m_fonts->missing;
+}
+
+std::vector<std::string> FontRegistry::lettersWithoutFont(std::string const& text) const
+{
+    constexpr std::size_t answersKept = 20'000, mostTold = 10;
+    if (std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; }))
+        return {};
+    load();
+    std::vector<std::string> without;
+    std::lock_guard const lock(m_fonts->guard);
+    auto& known = m_fonts->hasLetter;
+    if (known.size() > answersKept)
+        known.clear();
+    for (uint const code : QString::fromStdString(text).toUcs4()) {
+        auto const letter = char32_t(code);
+        if (without.size() == mostTold)
+            break;
+        if (!isDrawn(letter))
+            continue;
+        auto const answer = known.find(letter);
+        bool const isThere = answer != known.end()
+                                 ? answer->second
+                                 : known.emplace(letter, isInAnyFont(letter)).first->second;
+        if (isThere)
+            continue;
+        std::string const written = QString::fromUcs4(&letter, 1).toStdString();
+        if (std::ranges::find(without, written) == without.end())
+            without.push_back(written);
+    }
+    return without;
 }
 
 std::vector<std::string> const& FontRegistry::installedNames() const

@@ -47,6 +47,10 @@ public:
     /// emoji where it isn't installed.
     std::vector<Missing> missingCarried() const;
 
+    /// The letters that no font has, each once and the first ten only, in the order of the text:
+    /// boxes are drawn for them. Letters that were asked about before cost nearly nothing.
+    std::vector<std::string> lettersWithoutFont(std::string const& text) const;
+
     /// The PostScript names of all fonts there are, sorted.
     std::vector<std::string> const& installedNames() const;
 

@@ -58,6 +58,20 @@ std::string FontFace::humanName() const
     return (isPlain ? family : family + QLatin1Char(' ') + style).toStdString();
 }
 
+bool isInAnyFont(char32_t letter)
+{
+    for (FcSetName const set : {FcSetSystem, FcSetApplication}) {
+        FcFontSet const* const fonts = FcConfigGetFonts(nullptr, set);
+        for (int i = 0; fonts && i < fonts->nfont; ++i) {
+            FcCharSet* letters = nullptr;
+            if (FcPatternGetCharSet(fonts->fonts[i], FC_CHARSET, 0, &letters) == FcResultMatch &&
+                FcCharSetHasChar(letters, letter))
+                return true;
+        }
+    }
+    return false;
+}
+
 InstalledFonts InstalledFonts::read()
 {
     InstalledFonts installed;

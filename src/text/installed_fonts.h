@@ -28,4 +28,7 @@ struct InstalledFonts {
     static InstalledFonts read();
 };
 
+/// Whether a font that fontconfig knows has this letter. Any thread, once fonts were read.
+bool isInAnyFont(char32_t letter);
+
 } // namespace framewright

@@ -53,6 +53,13 @@ class Texts(EditorTestCase):
         _, note = self.text_add("Hello", "--font=Avenir Next Bold")
         self.assertRegex(note, r"^AvenirNext-Bold is not installed; .+ stands in for it\.$")
 
+    def test_letters_that_no_font_has_are_told(self):
+        note = "No installed font has the letter \u0378; a box stands for it."
+        _, said = self.text_add("a\u0378b\u0378", "--at=0")
+        self.assertEqual(said, note)
+        self.text_add("\u0378", "--favorite=Strong")
+        self.assertEqual(self.editor.do("status")["looks"], ["t1:1, t1:2: " + note])
+
     def test_words_come_back_as_they_were_given(self):
         for words in (
             "  two\nlines, a \"quote\", a back\\slash and \\n  ",

@@ -232,4 +232,16 @@ TEST(FontRegistry, ThreadsDrawTheSame)
         EXPECT_TRUE(other == pictures.front());
 }
 
+TEST(FontRegistry, KnowsTheLettersThatNoFontHas)
+{
+    // Not assigned, for private use, and what only steers others.
+    EXPECT_THAT(carried().lettersWithoutFont("a\u0378é\n\u0378 שЖ\u200D\uFE0F\U0010FFFD"),
+                ElementsAre("\u0378", "\U0010FFFD"));
+    EXPECT_THAT(carried().lettersWithoutFont("plain"), IsEmpty());
+    std::string many;
+    for (char last = '\x80'; last < '\xBD'; ++last)
+        many += std::string("\xF4\x8F\xBF") + last;
+    EXPECT_EQ(carried().lettersWithoutFont(many).size(), 10u);
+}
+
 } // namespace framewright

@@ -1,6 +1,7 @@
 #include "cli/tools/font_report.h"
 
 #include "cli/references.h"
+#include "cli/tools/look_options.h"
 #include "model/file_url.h"
 
 #include <algorithm>
@@ -14,22 +15,36 @@ using Json = nlohmann::json;
 
 namespace {
 
+constexpr std::size_t mostLetters = 10; ///< That are named.
+
 /// Where something is the case: clips by reference, captions by their track's.
 using Places = std::map<std::string, std::vector<std::string>>;
 
-/// Calls `visit` with each look that texts and captions wear, as it is drawn, and its place.
+/// A look that a text or the captions of a track wear.
+struct WornLook {
+    NormalizedStyle look; ///< As it is drawn.
+    std::string place;
+    std::vector<std::string const*> words;
+};
+
 template <class Visit>
 void forEachLook(Project const& project, Visit const& visit)
 {
     for (Track const& track : project.tracks) {
         std::string const ref = trackRef(project, track);
-        if (track.subtitles)
-            visit(normalized((*track.subtitles)->style), ref);
+        if (track.subtitles) {
+            WornLook worn{normalized((*track.subtitles)->style), ref, {}};
+            for (CaptionBar const& bar : (*track.subtitles)->bars)
+                worn.words.push_back(&bar.text);
+            visit(worn);
+        }
         std::size_t number = 0;
         for (Clip const& clip : *track.clips) {
             ++number;
             if (clip.text)
-                visit(normalized((*clip.text)->style), ref + ":" + std::to_string(number));
+                visit(WornLook{normalized((*clip.text)->style),
+                               ref + ":" + std::to_string(number),
+                               {&(*clip.text)->text}});
         }
     }
 }
@@ -37,8 +52,8 @@ void forEachLook(Project const& project, Visit const& visit)
 Places usesOfFonts(Project const& project)
 {
     Places uses;
-    forEachLook(project, [&](NormalizedStyle const& look, std::string const& ref) {
-        uses[look.style.fontName].push_back(ref);
+    forEachLook(project, [&](WornLook const& worn) {
+        uses[worn.look.style.fontName].push_back(worn.place);
     });
     return uses;
 }
@@ -83,16 +98,28 @@ Json fontReportJSON(Project const& project, FontRegistry const& fonts)
     return report;
 }
 
-std::vector<std::string> oddLooks(Project const& project)
+std::vector<std::string> oddLooks(Project const& project, FontRegistry const& fonts)
 {
-    Places found;
-    forEachLook(project, [&](NormalizedStyle const& look, std::string const& ref) {
-        for (std::string const& change : look.changes)
-            found[change].push_back(ref);
+    Places changes;
+    std::vector<std::string> letters, placesOfLetters;
+    forEachLook(project, [&](WornLook const& worn) {
+        for (std::string const& change : worn.look.changes)
+            changes[change].push_back(worn.place);
+        std::size_t const before = placesOfLetters.size();
+        for (std::string const* const words : worn.words) {
+            for (std::string& letter : missingLetters(*words, worn.look.style, fonts)) {
+                if (placesOfLetters.size() == before)
+                    placesOfLetters.push_back(worn.place);
+                if (letters.size() < mostLetters && std::ranges::count(letters, letter) == 0)
+                    letters.push_back(std::move(letter));
+            }
+        }
     });
     std::vector<std::string> sentences;
-    for (auto const& [change, places] : found)
+    for (auto const& [change, places] : changes)
         sentences.push_back(referenceList(places) + ": " + change);
+    if (!letters.empty())
+        sentences.push_back(referenceList(placesOfLetters) + ": " + missingLettersNote(letters));
     return sentences;
 }
 

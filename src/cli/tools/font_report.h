@@ -15,8 +15,8 @@ namespace framewright {
 /// name, with where. Empty when every font is there.
 nlohmann::json fontReportJSON(Project const& project, FontRegistry const& fonts);
 
-/// What in the looks that texts and captions wear is not drawn as it stands, and where:
-/// "t1:2, s1: fontSize of Classic is 8 to 240; 900 was taken as 240."
-std::vector<std::string> oddLooks(Project const& project);
+/// What in the looks of texts and captions is not drawn as it stands, letters that no font has
+/// included, and where: "t1:2, s1: fontSize of Classic is 8 to 240; 900 was taken as 240."
+std::vector<std::string> oddLooks(Project const& project, FontRegistry const& fonts);
 
 } // namespace framewright

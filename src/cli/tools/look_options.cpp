@@ -1,5 +1,7 @@
 #include "cli/tools/look_options.h"
 
+#include "text/letter_case.h"
+
 #include <algorithm>
 #include <charconv>
 
@@ -35,6 +37,27 @@ std::string standInNote(CaptionStyle const& style, FontRegistry const& fonts)
 {
     auto const standIn = fonts.find(style.fontName).standIn;
     return standIn ? style.fontName + " is not installed; " + *standIn + " stands in for it." : "";
+}
+
+std::vector<std::string> missingLetters(std::string const& words, CaptionStyle const& style,
+                                        FontRegistry const& fonts)
+{
+    if (std::ranges::all_of(words, [](char c) { return static_cast<unsigned char>(c) < 0x80; }))
+        return {}; // Most are, and capitals take their time.
+    return fonts.lettersWithoutFont(
+        style.uppercase ? capitals(QString::fromStdString(words)).toStdString() : words);
+}
+
+std::string missingLettersNote(std::vector<std::string> const& letters)
+{
+    if (letters.empty())
+        return {};
+    std::string list;
+    for (std::string const& letter : letters)
+        list += (list.empty() ? "" : ", ") + letter;
+    return letters.size() == 1
+               ? "No installed font has the letter " + list + "; a box stands for it."
+               : "No installed font has the letters " + list + "; boxes stand for them.";
 }
 
 bool applyLookOptions(ToolArgs const& args, CaptionStyle& style)

@@ -4,6 +4,7 @@
 #include "text/font_registry.h"
 
 #include <string>
+#include <vector>
 
 namespace framewright {
 
@@ -26,6 +27,12 @@ bool applyLookOptions(ToolArgs const& args, CaptionStyle& style);
 
 /// A sentence that says which font stands in for the look's; empty when its own is there.
 std::string standInNote(CaptionStyle const& style, FontRegistry const& fonts);
+
+/// The letters that no font has of words in this look, the first ten, and a sentence that names
+/// them; empty when all are there.
+std::vector<std::string> missingLetters(std::string const& words, CaptionStyle const& style,
+                                        FontRegistry const& fonts);
+std::string missingLettersNote(std::vector<std::string> const& letters);
 
 /// Reads a number of a look. Throws ToolError when it is out of range.
 void setLookNumber(ToolArgs const& args, Param<Number> const& param, CaptionStyle& style,

@@ -37,9 +37,9 @@ Json projectSummary(AppState const& editor)
 
 /// What is wrong or odd in the files of saved looks, and in those of the project; empty when all is
 /// well.
-Json looksNotedJSON(StyleStores const& styles, Project const& project)
+Json looksNotedJSON(StyleStores const& styles, Project const& project, FontRegistry const& fonts)
 {
-    Json notes = oddLooks(project);
+    Json notes = oddLooks(project, fonts);
     for (StyleStore const* const store : {&styles.captions, &styles.texts}) {
         if (!store->problem().empty())
             notes.push_back(validUtf8(store->problem()));
@@ -73,7 +73,7 @@ Json statusJSON(AppState& editor, StyleStores const& styles, FontRegistry const&
         json["problem"] = validUtf8(editor.errorMessage());
     if (Json replaced = fontReportJSON(editor.project(), fonts); !replaced.empty())
         json["fonts"] = std::move(replaced);
-    if (Json notes = looksNotedJSON(styles, editor.project()); !notes.empty())
+    if (Json notes = looksNotedJSON(styles, editor.project(), fonts); !notes.empty())
         json["looks"] = std::move(notes);
     if (!editor.isOpen()) {
         json["project"] = nullptr;

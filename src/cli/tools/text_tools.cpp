@@ -48,10 +48,12 @@ ToolResult textResult(EditorTools const& tools, Id const& id,
     auto const place = findClip(tools.editor.project(), id);
     if (!place->clip->text) // Made by hand, without words.
         return result;
-    NormalizedStyle const drawn = normalized((*place->clip->text)->style);
+    TextOverlay const& text = **place->clip->text;
+    NormalizedStyle const drawn = normalized(text.style);
     for (std::string const& change : drawn.changes)
         addNote(result, change);
     addNote(result, standInNote(drawn.style, tools.fonts));
+    addNote(result, missingLettersNote(missingLetters(text.text, drawn.style, tools.fonts)));
     return result;
 }
 
