@@ -10,7 +10,6 @@
 #include <QTextLayout>
 
 #include <algorithm>
-#include <cmath>
 
 namespace framewright {
 
@@ -54,6 +53,15 @@ bool isJoinedScript(QString const& text)
 bool isColored(QRawFont const& font)
 {
     return !font.fontTable("CBLC").isEmpty() || !font.fontTable("sbix").isEmpty();
+}
+
+void move(SetGlyphs& glyphs, QPointF const& by)
+{
+    auto positions = glyphs.run.positions();
+    for (QPointF& position : positions)
+        position += by;
+    glyphs.run.setPositions(positions);
+    glyphs.ink.translate(by);
 }
 
 QFont sized(QFont font)
@@ -105,14 +113,40 @@ public:
         SetLine made;
         if (!line.isValid())
             return made;
-        // Spacing follows each letter, also the last one.
-        made.width = std::max(0.0, line.naturalTextWidth() - spacing);
         for (QGlyphRun const& run : layout.glyphRuns())
             add(run, made);
+        // Spacing follows each letter, also the last one.
+        made.width = std::max(0.0, line.naturalTextWidth() - spacing);
+        if (spacing < 0)
+            straighten(made);
         return made;
     }
 
 private:
+    /// Where letters are drawn so tightly that they run backwards, the line lies left of where it
+    /// begins.
+    static void straighten(SetLine& line)
+    {
+        double left = 0, right = 0;
+        for (SetGlyphs const& glyphs : line.glyphs) {
+            auto const positions = glyphs.run.positions();
+            auto const advances =
+                glyphs.run.rawFont().advancesForGlyphIndexes(glyphs.run.glyphIndexes());
+            for (qsizetype n = 0; n < positions.size(); ++n) {
+                if (advances[n].x() <= 0)
+                    continue; // Marks.
+                left = std::min(left, positions[n].x());
+                right = std::max(right, positions[n].x() + advances[n].x());
+            }
+        }
+        if (left == 0)
+            return;
+        line.width = right - left;
+        line.ink.translate(-left, 0);
+        for (SetGlyphs& glyphs : line.glyphs)
+            move(glyphs, {-left, 0});
+    }
+
     static void add(QGlyphRun const& run, SetLine& to)
     {
         QRawFont const font = run.rawFont();
@@ -219,28 +253,32 @@ private:
         if (width <= maxWidth)
             m_pieces.push_back({start, end, {width, space}});
         else
-            addParts(start, end, space, width / std::ceil(width / maxWidth), maxWidth);
+            addParts(start, end, space, maxWidth);
     }
 
-    /// Parts about as long as `wanted`.
-    void addParts(qsizetype start, qsizetype end, double space, double wanted, double maxWidth)
+    /// Parts that are about equally long.
+    void addParts(qsizetype start, qsizetype end, double space, double maxWidth)
     {
         QString const word = m_paragraph.mid(start, end - start);
-        QTextBoundaryFinder clusters(QTextBoundaryFinder::Grapheme, word);
-        qsizetype from = 0, last = 0;
-        double width = 0;
-        for (qsizetype next = clusters.toNextBoundary(); next > 0;
-             next = clusters.toNextBoundary()) {
-            double const one = widthOf(start + last, start + next);
-            if (width > 0 && (width >= wanted || width + one > maxWidth)) {
-                m_pieces.push_back({start + from, start + last, {width, 0}});
-                from = last;
-                width = 0;
-            }
-            width += one;
+        QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, word);
+        std::vector<WordPiece> clusters;
+        std::vector<qsizetype> ends;
+        qsizetype last = 0;
+        for (qsizetype next = finder.toNextBoundary(); next > 0; next = finder.toNextBoundary()) {
+            clusters.push_back({widthOf(start + last, start + next), 0});
+            ends.push_back(start + next);
             last = next;
         }
-        m_pieces.push_back({start + from, end, {width, space}});
+        std::size_t from = 0;
+        for (std::size_t const count : balancedLines(clusters, maxWidth)) {
+            double width = 0;
+            for (std::size_t n = from; n < from + count; ++n)
+                width += clusters[n].width;
+            qsizetype const partStart = from == 0 ? start : ends[from - 1];
+            from += count;
+            m_pieces.push_back({partStart, ends[from - 1], {width, 0}});
+        }
+        m_pieces.back().measure.space = space;
     }
 
     double widthOf(qsizetype start, qsizetype end)
@@ -250,7 +288,8 @@ private:
         if (known != m_widths.constEnd())
             return *known;
         // Spacing between this piece and its neighbour, which a piece alone doesn't show.
-        double const width = m_setter.set(text, m_direction).width + m_setter.spacingIn(text);
+        double const width =
+            std::max(0.0, m_setter.set(text, m_direction).width + m_setter.spacingIn(text));
         return *m_widths.insert(text, width);
     }
 
@@ -311,11 +350,7 @@ TextLayout stacked(std::vector<SetLine> set, LineShape const& shape, double unit
         QRectF const ink = line.ink.translated(place);
         made.ink = {ink.topLeft() * unit, ink.size() * unit};
         for (SetGlyphs& glyphs : line.glyphs) {
-            auto positions = glyphs.run.positions();
-            for (QPointF& position : positions)
-                position += place;
-            glyphs.run.setPositions(positions);
-            glyphs.ink.translate(place);
+            move(glyphs, place);
             made.glyphs.push_back(glyphs);
         }
         layout.height = made.letterBottom;
