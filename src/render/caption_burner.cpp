@@ -1,5 +1,8 @@
 #include "render/caption_burner.h"
 
+#include <QString>
+#include <QTextBoundaryFinder>
+
 #include <algorithm>
 #include <cmath>
 #include <ranges>
@@ -10,27 +13,39 @@ namespace framewright {
 namespace {
 
 constexpr double defaultVerticalOffset = 0.2;
+constexpr double topDistance = 0.12; ///< Of captions at the top, of the canvas height.
+constexpr double freeEdge = 0.03;    ///< Below the name of a placeholder, of the canvas width.
 /// The band across the middle of the canvas where the names of placeholders stand.
 constexpr double bandTop = 0.4, bandBottom = 0.6;
 
-/// A text that is drawn when it is seen.
+/// A text that is drawn when it is seen. Of several ways to set it the first is taken that leaves
+/// the canvas's lower edge free, or else the last.
 class TextPicture : public OverlayPicture {
 public:
-    TextPicture(TextBlock block, std::shared_ptr<TextImages const> images)
-        : m_block(std::move(block)), m_images(std::move(images))
+    TextPicture(std::vector<TextBlock> ways, std::shared_ptr<TextImages const> images)
+        : m_ways(std::move(ways)), m_images(std::move(images))
     {
     }
 
-    std::shared_ptr<PlacedImage const> draw() const override { return m_images->image(m_block); }
+    std::shared_ptr<PlacedImage const> draw() const override
+    {
+        for (std::size_t n = 0; n + 1 < m_ways.size(); ++n) {
+            auto image = m_images->image(m_ways[n]);
+            PixelSize const canvas = m_ways[n].canvas;
+            if (image->y + image->height <= canvas.height - freeEdge * canvas.width)
+                return image;
+        }
+        return m_images->image(m_ways.back());
+    }
 
     bool isLike(OverlayPicture const& other) const override
     {
         auto const* const text = dynamic_cast<TextPicture const*>(&other);
-        return text && text->m_block == m_block && text->m_images == m_images;
+        return text && text->m_ways == m_ways && text->m_images == m_images;
     }
 
 private:
-    TextBlock m_block;
+    std::vector<TextBlock> m_ways; ///< One at least.
     std::shared_ptr<TextImages const> m_images;
 };
 
@@ -71,10 +86,16 @@ public:
 
     void add(double start, double end, TextBlock block)
     {
+        add(start, end, std::vector{std::move(block)});
+    }
+
+    /// In the first of these ways that fits.
+    void add(double start, double end, std::vector<TextBlock> ways)
+    {
         MediaTimeRange const range{MediaTime::fromSeconds(start), MediaTime::fromSeconds(end)};
         if (range.start < range.end)
             m_overlays.push_back(
-                {range, std::make_shared<TextPicture const>(std::move(block), m_images)});
+                {range, std::make_shared<TextPicture const>(std::move(ways), m_images)});
     }
 
     double height() const { return m_canvas.height; }
@@ -98,6 +119,20 @@ CaptionStyle plateStyle(std::string fontName, float size, double opacity)
     return style;
 }
 
+/// On the flattest canvas there is room for nine lines of the smallest size below the middle, and
+/// for so many letters in them however wide they are.
+QString shortened(QString const& name)
+{
+    constexpr qsizetype mostLetters = 140;
+    QTextBoundaryFinder clusters(QTextBoundaryFinder::Grapheme, name);
+    clusters.setPosition(std::min(name.size(), mostLetters));
+    if (clusters.position() == name.size())
+        return name;
+    if (!clusters.isAtBoundary())
+        clusters.toPreviousBoundary();
+    return name.left(clusters.position()).trimmed() + u'…';
+}
+
 /// A small heading, and under it the name.
 void addPlate(PlaceholderPlate const& plate, Collection& to)
 {
@@ -110,10 +145,19 @@ void addPlate(PlaceholderPlate const& plate, Collection& to)
     to.add(plate.start, plate.end, std::move(heading));
     if (isBlank(plate.name))
         return;
-    TextBlock name = to.block(plate.name, plateStyle("system:semibold", 54, 0.88));
-    name.anchor = TextBlock::Anchor::top;
-    name.y = to.height() / 2;
-    to.add(plate.start, plate.end, std::move(name));
+    QString const name = QString::fromStdString(plate.name).simplified();
+    std::vector<TextBlock> ways;
+    auto const addWay = [&](QString const& words, float size) {
+        TextBlock way = to.block(words.toStdString(), plateStyle("system:semibold", size, 0.88));
+        way.anchor = TextBlock::Anchor::top;
+        way.y = to.height() / 2;
+        ways.push_back(std::move(way));
+    };
+    addWay(name, 54);
+    addWay(name, 36);
+    addWay(name, 24);
+    addWay(shortened(name), 24);
+    to.add(plate.start, plate.end, std::move(ways));
 }
 
 void addTexts(Track const& track, Collection& to)
@@ -134,33 +178,44 @@ void addTexts(Track const& track, Collection& to)
 
 void place(TextBlock& block, CaptionPlacement const& placement, double height)
 {
-    double const offset = std::isfinite(placement.verticalOffset)
-                              ? std::clamp(placement.verticalOffset, 0.0, 1.0)
-                              : defaultVerticalOffset;
     block.edges = TextBlock::Edges::inside;
     if (placement.position == CaptionPosition::top) {
         block.anchor = TextBlock::Anchor::top;
-        block.y = offset * height;
+        block.y = topDistance * height;
     } else if (placement.position == CaptionPosition::bottom) {
+        double const offset = std::isfinite(placement.verticalOffset)
+                                  ? std::clamp(placement.verticalOffset, 0.0, 1.0)
+                                  : defaultVerticalOffset;
         block.anchor = TextBlock::Anchor::bottom;
         block.y = (1 - offset) * height;
     }
 }
 
+/// The bars that can be seen, in time order.
+std::vector<CaptionBar const*> visibleBars(SubtitleData const& captions)
+{
+    std::vector<CaptionBar const*> bars;
+    for (CaptionBar const& bar : captions.bars) {
+        if (bar.start < bar.end && !isBlank(bar.text))
+            bars.push_back(&bar);
+    }
+    std::ranges::stable_sort(bars, {}, &CaptionBar::start);
+    return bars;
+}
+
+/// Bars that overlap, or are out of order, were made by hand. Two at one place can't be read, so
+/// the next one wins; of two that begin together it is the later one in the list.
 void addCaptions(SubtitleData const& captions, Collection& to)
 {
-    std::vector<CaptionBar> const& bars = captions.bars;
+    std::vector<CaptionBar const*> const bars = visibleBars(captions);
     for (std::size_t n = 0; n < bars.size(); ++n) {
-        // Bars that overlap were made by hand: two at one place can't be read, so the next one
-        // wins.
-        double end = bars[n].end;
-        if (n + 1 < bars.size() && bars[n + 1].start > bars[n].start)
-            end = std::min(end, bars[n + 1].start);
-        if (!to.isWanted(bars[n].start, end) || isBlank(bars[n].text))
+        CaptionBar const& bar = *bars[n];
+        double const end = n + 1 < bars.size() ? std::min(bar.end, bars[n + 1]->start) : bar.end;
+        if (!to.isWanted(bar.start, end))
             continue;
-        TextBlock block = to.block(bars[n].text, captions.style);
+        TextBlock block = to.block(bar.text, captions.style);
         place(block, captions.placement, to.height());
-        to.add(bars[n].start, end, std::move(block));
+        to.add(bar.start, end, std::move(block));
     }
 }
 

@@ -17,6 +17,7 @@ namespace framewright {
 namespace {
 
 constexpr double usualFrames = 12;
+constexpr int leastLabelled = 40; ///< The narrowest frame that "0:00.00" goes below.
 QColor const paper(20, 20, 22);
 QColor const ink(225, 225, 228);
 
@@ -26,7 +27,7 @@ struct Layout {
         : width(frameWidth),
           height(stillSize(canvas, frameWidth).height),
           gap(std::max(2, frameWidth / 40)),
-          label(std::clamp(frameWidth / 11, 12, 40)),
+          label(frameWidth < leastLabelled ? 0 : std::clamp(frameWidth / 11, 12, 40)),
           columns(std::min(columnCount, int(frames))),
           rows((int(frames) + columnCount - 1) / columnCount)
     {
@@ -111,8 +112,12 @@ RGBImage ContactSheet::draw(StillFrames& stills, Project const& project, AssetSt
         QPoint const corner = layout.corner(n);
         painter.drawImage(corner, QImage(frame.pixels.data(), frame.width, frame.height,
                                          qsizetype(frame.width) * 3, QImage::Format_RGB888));
-        painter.drawText(QRect(corner.x(), corner.y() + layout.height, layout.width, layout.label),
-                         Qt::AlignCenter, QString::fromStdString(timeLabel(times[n])));
+        QString const label = QString::fromStdString(timeLabel(times[n]));
+        // Cut, it would be another time.
+        if (layout.label > 0 && painter.fontMetrics().horizontalAdvance(label) <= layout.width)
+            painter.drawText(
+                QRect(corner.x(), corner.y() + layout.height, layout.width, layout.label),
+                Qt::AlignCenter, label);
     }
     return sheet;
 }

@@ -27,7 +27,8 @@ Outcome<std::vector<double>> sheetTimes(SheetMoments const& moments, double dura
 /// "0:04.50": minutes, seconds and hundredths.
 std::string timeLabel(double seconds);
 
-/// One picture of many frames, left to right and then down, each with its time below it.
+/// One picture of many frames, left to right and then down, each with its time below it, where it
+/// is wide enough to show that whole.
 struct ContactSheet {
     int columns = 4;
     int frameWidth = 240; ///< Pixels.

@@ -105,6 +105,69 @@ TEST(Burner, StacksTracksAndLeavesOutWhatIsNotSeen)
     EXPECT_THAT(timesOf(burner->overlays(piece, store(), canvas, TimeSpan{4.5, 4.9})), IsEmpty());
 }
 
+TEST(Burner, ShowsOneCaptionAtATime)
+{
+    struct Case {
+        char const* what;
+        std::vector<CaptionBar> bars;
+        std::vector<std::string> times; // In 600ths of a second.
+    };
+    for (Case const& c : {
+             Case{"one after another", {bar(0, 1, "A"), bar(1, 2, "B")}, {"0-600", "600-1200"}},
+             Case{"begun together", {bar(0, 1, "A"), bar(0, 2, "B")}, {"0-1200"}},
+             Case{"over no time", {bar(0, 4, "A"), bar(1, 1, "B")}, {"0-2400"}},
+             Case{"over the one after next",
+                  {bar(0, 4, "A"), bar(1, 1, "B"), bar(2, 3, "C")},
+                  {"0-1200", "1200-1800"}},
+             Case{"a blank one", {bar(0, 4, "A"), bar(1, 2, " ")}, {"0-2400"}},
+             Case{"out of order", {bar(2, 4, "B"), bar(0, 3, "A")}, {"0-1200", "1200-2400"}},
+             Case{"backwards", {bar(3, 2, "A")}, {}},
+         }) {
+        auto const overlays = testBurner()->overlays(project({captions(c.bars)}), store(), canvas);
+        EXPECT_EQ(timesOf(overlays), c.times) << c.what;
+    }
+}
+
+TEST(Burner, PutsCaptionsWhereTheyBelong)
+{
+    auto const middleOf = [](CaptionPosition position, double offset) {
+        Track track = captions({bar(0, 1, "H")});
+        track.subtitles->edit().placement = {position, offset};
+        auto const overlays = testBurner()->overlays(project({track}), store(), canvas);
+        auto const image = overlays.at(0).picture->draw();
+        return image->y + image->height / 2;
+    };
+    for (auto const& [position, offset, middle] : {std::tuple{CaptionPosition::top, 0.2, 91},
+                                                   {CaptionPosition::top, 0.5, 91},
+                                                   {CaptionPosition::center, 0.2, 320},
+                                                   {CaptionPosition::center, 0.5, 320},
+                                                   {CaptionPosition::bottom, 0.2, 498},
+                                                   {CaptionPosition::bottom, 0.5, 306},
+                                                   {CaptionPosition::bottom, 7.0, 36}})
+        EXPECT_NEAR(middleOf(position, offset), middle, 6) << offset;
+}
+
+TEST(Burner, NamesOfPlaceholdersFitThePicture)
+{
+    std::string wide, chinese;
+    for (int n = 0; n < 300; ++n) {
+        wide += n % 9 < 8 ? "W" : "\n";
+        chinese += "東";
+    }
+    for (std::string const& name :
+         {std::string("Coffee"), wide, chinese, wide.substr(0, 60), std::string(300, 'W')}) {
+        Project piece = project({videoTrack({placeholder(name, 0, 1)})});
+        piece.aspect = AspectPreset::landscape;
+        PixelSize const size = canvasWithWidth(piece.aspect, 640);
+        auto const overlays = testBurner()->overlays(piece, store(), size);
+        ASSERT_EQ(overlays.size(), 2U);
+        auto const image = overlays[1].picture->draw();
+        EXPECT_GT(image->width, 100);
+        EXPECT_GE(image->y, size.height / 2 - 4);
+        EXPECT_LT(image->y + image->height, size.height - 10) << name;
+    }
+}
+
 TEST(Burner, NamesPlaceholdersWhileTheirPlateIsSeen)
 {
     Clip inset = clip(camera, 3, 1);

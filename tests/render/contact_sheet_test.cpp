@@ -111,4 +111,33 @@ TEST_F(Sheet, ShowsTheFramesInTheOrderAskedFor)
     EXPECT_GT(brightest, 150);
 }
 
+TEST_F(Sheet, NeverCutsALabel)
+{
+    auto const file = made("-f lavfi -i color=black:s=90x160:r=30:d=1 -pix_fmt yuv420p -c:v libx264"
+                           " -preset ultrafast",
+                           "black.mp4");
+    Project const piece = project({videoTrack({clip(loaded(file), 0, 1)})});
+    StillFrames stills(burner);
+    struct Case {
+        int width;
+        double time;
+        bool isLabelled;
+    };
+    for (Case const& c : {Case{24, 0.5, false},
+                          {40, 0.5, true},
+                          {40, 6000, false},
+                          {90, 6000, true},
+                          {240, 0.5, true}}) {
+        std::vector<double> const times{c.time};
+        RGBImage const image = ContactSheet{1, c.width}.draw(stills, piece, assets, times);
+        int inside = 0, atEdges = 0;
+        for (int y = 0; y < image.height; ++y) {
+            for (int x = 0; x < image.width; ++x)
+                (x < 2 || x >= image.width - 2 ? atEdges : inside) += pixelAt(image, x, y)[1] > 100;
+        }
+        EXPECT_EQ(inside > 0, c.isLabelled) << c.width << " px at " << c.time;
+        EXPECT_EQ(atEdges, 0) << c.width << " px at " << c.time;
+    }
+}
+
 } // namespace framewright
