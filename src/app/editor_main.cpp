@@ -19,6 +19,7 @@
 #include <QThreadPool>
 #include <QTimer>
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
@@ -71,6 +72,16 @@ void returnLargeMemory()
 #endif
 }
 
+/// Work that takes long mostly waits: an export for threads of its own, others for the disk. With
+/// no more workers than the machine has cores, one export could keep every save waiting until its
+/// end.
+void haveWorkersEnough()
+{
+    constexpr int least = 8;
+    QThreadPool& workers = *QThreadPool::globalInstance();
+    workers.setMaxThreadCount(std::max(least, workers.maxThreadCount()));
+}
+
 /// Where the fonts that come with the application lie, beside the folder of the executable.
 std::filesystem::path carriedFontsFolder()
 {
@@ -111,6 +122,7 @@ int runEditor(int argc, char** argv)
     // There is no window yet, so no display is asked for, even where there is one.
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QGuiApplication app(argc, argv);
+    haveWorkersEnough();
     QGuiApplication::setApplicationName(QStringLiteral("Framewright"));
 
     UserDefaults defaults = UserDefaults::ofUser();

@@ -50,6 +50,27 @@ class Exports(unittest.TestCase):
         self.assertEqual([file.name for file in self.out.iterdir()], ["whole.mp4"])
         self.assertEqual(self.editor.pid(), pid)
 
+    def test_other_work_goes_on_meanwhile(self):
+        cores = os.sched_getaffinity(0)
+        self.addCleanup(os.sched_setaffinity, 0, cores)
+        os.sched_setaffinity(0, {min(cores)})  # It is started with no more.
+        editor = EditorProcess()
+        self.addCleanup(editor.close)
+        editor.start_project()
+        for _ in range(5):
+            editor.do("clip-add", "v1", "--path", str(self.footage))
+        with editor.connect() as client:
+            request = {"id": 7, "cwd": "/", "tool": "export", "progress": True,
+                       "args": {"path": str(self.out / "cut.mp4"), "height": 1080}}
+            client.send(json.dumps(request).encode() + b"\n")
+            client.read()
+            editor.do("probe", "--path", str(video()))
+            client.send(b'{"id": 8, "cancel": 7}\n')
+            answer = client.read()
+            while "progress" in answer:
+                answer = client.read()
+            self.assertEqual(answer["text"], "The export was cancelled.", "it had ended before")
+
     def test_missing_footage_is_black_and_told(self):
         other = self.editor.home / "other.mp4"
         shutil.copy(video(), other)
