@@ -55,6 +55,15 @@ zimg_chroma_location_e location(ChromaPlace place)
     }
 }
 
+/// Whether the matrix alone doesn't tell how colours are coded: it is made from the primaries, or
+/// applied to light instead of signal.
+bool dependsOnLight(int matrix)
+{
+    constexpr int constantLuminance = 10, derived = 12, derivedConstant = 13, ictcp = 14;
+    return matrix == constantLuminance || matrix == derived || matrix == derivedConstant ||
+           matrix == ictcp;
+}
+
 zimg_image_format described(Format const& format, bool convertsLight)
 {
     zimg_image_format image;
@@ -116,7 +125,9 @@ Graph buildGraph(Format const& from, Format const& to)
 
     // Going through linear light costs several times more, so only where the result differs.
     bool const convertsLight =
-        from.colors.transfer != to.colors.transfer || from.colors.primaries != to.colors.primaries;
+        from.colors.transfer != to.colors.transfer ||
+        from.colors.primaries != to.colors.primaries ||
+        (from.colors.matrix != to.colors.matrix && dependsOnLight(from.colors.matrix));
     zimg_image_format const source = described(from, convertsLight);
     zimg_image_format const target = described(to, convertsLight);
     Graph graph(zimg_filter_graph_build(&source, &target, &parameters));
@@ -322,8 +333,8 @@ void PictureScaler::scale(Frame const& source, Rect const& crop, Rect const& reg
 
 bool PictureScaler::canConvert(ColorTags const& colors)
 {
-    constexpr int lastUsual = 9, fcc = 4, opponent = 8;
-    if (colors.matrix <= lastUsual && colors.matrix != fcc && colors.matrix != opponent)
+    constexpr int bt2020 = 9;
+    if (colors.matrix <= bt2020)
         return true;
     // Of the others only trying tells, as it depends on the light and the primaries too.
     PixelLayout const standard = PixelLayout::yuv420p8(), wide = PixelLayout::yuv420p10();

@@ -212,6 +212,11 @@ TEST(Compositor, ConvertsColors)
              Case{"BT.601 red", {}, bt601, flat(65, 100, 212), {51, 109, 212}},
              Case{"BT.601 green", {}, bt601, flat(112, 72, 58), {133, 63, 52}},
              Case{"JPEG red", yuv444, jpeg, flat(57, 96, 224), {51, 109, 212}},
+             Case{"made from the primaries",
+                  {},
+                  {1, 1, 12, false, false},
+                  flat(63, 102, 212),
+                  {63, 102, 212}},
              Case{"untagged and small", {}, {}, flat(65, 100, 212), {51, 109, 212}},
              Case{"full range grey",
                   {},
@@ -242,6 +247,21 @@ TEST(Compositor, ConvertsColors)
         for (std::size_t n = 0; n < 3; ++n)
             EXPECT_NEAR(found[n], c.to[n], 1.01) << c.name << " plane " << n;
     }
+}
+
+TEST(Compositor, ConvertsFromICtCp)
+{
+    // Red of BT.2100 in HLG, by the standard's own equations.
+    PaintedSource source;
+    source.show(1, painted(64, 96, flat(717, 328, 908), PixelLayout::yuv420p10(),
+                           {9, 18, 14, false, false}));
+    VideoComposition wide = drawing({layer(1, sized(64, 96))});
+    wide.colors = ColorTags::hlg();
+    auto const found = pixel(FrameCompositor(wide, source).draw(0), 20, 20);
+    // It lies at the very edge, where a code of ICtCp is several of the other coding.
+    EXPECT_NEAR(found[0], 294, 10);
+    EXPECT_NEAR(found[1], 387, 10);
+    EXPECT_NEAR(found[2], 960, 10);
 }
 
 TEST(Compositor, DrawsEveryColourThatAnAssetMayHave)
