@@ -50,16 +50,17 @@ std::string numberText(float value)
     return {digits.data(), end};
 }
 
-/// Puts a value into its range and says so.
-template <class T>
-void fit(T& value, T least, T most, T fallback, std::string const& field,
+/// Puts a value into its range and says so. `field` gives its name, which is seldom needed: the
+/// looks of whole projects are gone through for `status`.
+template <class T, class Field>
+void fit(T& value, T least, T most, T fallback, Field const& field,
          std::vector<std::string>& changes)
 {
     if (value >= least && value <= most)
         return;
     T const before = value;
     value = std::isnan(before) ? fallback : std::clamp(before, least, most);
-    changes.push_back(field + " is " + numberText(static_cast<float>(least)) + " to " +
+    changes.push_back(field() + " is " + numberText(static_cast<float>(least)) + " to " +
                       numberText(static_cast<float>(most)) + "; " +
                       numberText(static_cast<float>(before)) + " was taken as " +
                       numberText(static_cast<float>(value)) + ".");
@@ -103,12 +104,15 @@ NormalizedStyle normalized(CaptionStyle style)
                                  " is empty; system:semibold was taken.");
     }
     for (StyleRange const& range : ranges)
-        fit(fitted.*range.member, range.least, range.most, usual.*range.member,
-            range.key + (" of " + fitted.name), result.changes);
+        fit(
+            fitted.*range.member, range.least, range.most, usual.*range.member,
+            [&] { return range.key + (" of " + fitted.name); }, result.changes);
     for (ColorField const& color : colorFields) {
         for (ColorPart const& part : colorParts)
-            fit(fitted.*color.member.*part.member, 0.0, 1.0, usual.*color.member.*part.member,
-                std::string(color.key) + "." + part.key + " of " + fitted.name, result.changes);
+            fit(
+                fitted.*color.member.*part.member, 0.0, 1.0, usual.*color.member.*part.member,
+                [&] { return std::string(color.key) + "." + part.key + " of " + fitted.name; },
+                result.changes);
     }
     return result;
 }
