@@ -3,6 +3,7 @@
 #include "editor/app_state.h"
 #include "editor/worker_task.h"
 
+#include "media/media_error.h"
 #include "model/file_url.h"
 
 #include <algorithm>
@@ -19,7 +20,11 @@ QCoro::Task<AppState::Imported> AppState::inspect(std::filesystem::path file)
     auto const look = [file]() -> Found {
         FileIdentity seen = FileIdentity::of(file);
         LoadedAsset loaded = openMedia(file);
-        seen.file = loaded.file = std::filesystem::canonical(file);
+        std::error_code failed;
+        seen.file = loaded.file = std::filesystem::canonical(file, failed);
+        if (failed) // It went just now.
+            throw MediaError(MediaError::Cause::missing,
+                             validUtf8(file.filename().string()) + " does not exist.");
         return {seen, loaded};
     };
     Found const found = co_await onWorker(look);

@@ -15,6 +15,8 @@ constexpr char const* openKey = "project.open";
 constexpr char const* attemptsKey = "project.openAttempts";
 /// A project that ends the editor this often is not opened again by itself.
 constexpr int mostAttempts = 3;
+/// A project that is edited all the time is saved this often before it is left.
+constexpr int mostSaves = 20;
 
 } // namespace
 
@@ -128,8 +130,12 @@ QCoro::Task<Outcome<Done>> AppState::confirmDiscardingChanges(Changes changes)
 {
     if (!m_isOpen)
         co_return Done();
-    if (isWorkspaceProject())
-        co_await saveNow();
+    // Other commands may edit while it is saved; only a save that failed says why.
+    for (int n = 0; n < mostSaves && isWorkspaceProject(); ++n) {
+        bool const isSaved = co_await saveNow();
+        if (isSaved || !m_errorMessage.empty())
+            break;
+    }
     if (!m_isDirty)
         co_return Done();
     if (changes == Changes::discard) {

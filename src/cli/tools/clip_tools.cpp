@@ -44,6 +44,7 @@ Task<std::optional<AppState::Imported>> sourceOf(ToolArgs args, AppState& editor
             throw ToolError(*problem);
         if (auto known = editor.knownMedia(*id))
             co_return known;
+        throw ToolError("The asset was removed, or the project closed, meanwhile.");
     }
     if (auto const file = args.find(path))
         co_return co_await editor.inspect(*file);
