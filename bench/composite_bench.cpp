@@ -47,7 +47,8 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "bench_composite PROJECT_JSON HEIGHT\n");
         return 2;
     }
-    auto const settings = std::filesystem::temp_directory_path() / "framewright-bench-composite.ini";
+    auto const settings =
+        std::filesystem::temp_directory_path() / "framewright-bench-composite.ini";
     UserDefaults defaults(settings);
     AppState editor(defaults);
     QCoro::waitFor(editor.openProject(argv[1]));

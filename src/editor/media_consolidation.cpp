@@ -61,8 +61,9 @@ QCoro::Task<Outcome<std::vector<Path>>> AppState::consolidateMedia(std::vector<P
     folders.push_back(projectFolder);
     std::vector<MediaAsset> outside;
     for (auto const& [id, asset] : *m_project.assets) {
-        bool const isElsewhere = std::ranges::none_of(
-            folders, [&](Path const& folder) { return Workspace::isInside(asset.url.path, folder); });
+        bool const isElsewhere = std::ranges::none_of(folders, [&](Path const& folder) {
+            return Workspace::isInside(asset.url.path, folder);
+        });
         if (isElsewhere && !assetProblem(id))
             outside.push_back(asset);
     }

@@ -304,15 +304,10 @@ CodecHandle MediaInput::openDecoder(AVStream const& stream, int threads) const
     return decoder;
 }
 
-void MediaInput::tell()
+bool MediaInput::read(AVPacket& packet)
 {
     if (!m_watch->getsOn())
         m_watch->throwIfEnded();
-}
-
-bool MediaInput::read(AVPacket& packet)
-{
-    tell();
     forgetLibraryMessages();
     int const result = av_read_frame(m_format.get(), &packet);
     if (result < 0)

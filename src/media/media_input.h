@@ -56,9 +56,6 @@ public:
     /// may go on.
     bool read(AVPacket& packet);
 
-    /// Tells that something was decoded. Throws what ends the reading.
-    void tell();
-
     /// The time of the first packet of a stream, as far as it is known.
     std::int64_t firstTime(AVStream& stream) const;
 

@@ -52,7 +52,6 @@ std::optional<Picture> PictureDecoder::next()
             ++m_failures;
             ++m_failuresInARow;
         } else {
-            m_input.tell();
             m_failuresInARow = 0;
             std::int64_t time = m_frame->best_effort_timestamp;
             if (time == AV_NOPTS_VALUE)

@@ -6,8 +6,8 @@
 
 namespace framewright {
 
-/// Called over and over while a file is read: for each packet, each picture and each piece that
-/// comes from the disk. What it throws, other than a MediaError, ends the reading and goes on to
+/// Called over and over while a file is read: for each packet, and for each piece that comes
+/// from the disk. What it throws, other than a MediaError, ends the reading and goes on to
 /// who asked for it; the reader is of no use after that.
 using ReadingActivity = std::function<void()>;
 

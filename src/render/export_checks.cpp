@@ -112,7 +112,7 @@ std::vector<FileIdentity> sourcesOf(BuiltComposition const& composition, TimeSpa
     std::set<std::filesystem::path> files;
     for (CompositionTrack const& track : composition.tracks) {
         for (CompositionSegment const& segment : track.segments) {
-            if (meet(segment.timeRange, range) && played.contains({track.id, segment.clipID}))
+            if (played.contains({track.id, segment.clipID}))
                 files.insert(segment.file);
         }
     }

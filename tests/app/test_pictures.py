@@ -49,6 +49,7 @@ class Pictures(EditorTestCase):
         with self.editor.connect() as sheet, self.editor.connect() as other:
             request = {"id": 1, "tool": "contact_sheet", "args": {"every": 0.15}}
             sheet.send(json.dumps(request).encode() + b"\n")
+            other.ask("status")  # Looks at the files too: by then the sheet is being drawn.
             self.assertTrue(other.ask("ratio", to="16:9")["ok"])
             reply = sheet.read()
         self.addCleanup(self.editor.do, "ratio", "--to=9:16")

@@ -62,8 +62,14 @@ struct Piece {
 
     std::vector<float> mixed(std::int64_t first, std::int64_t count)
     {
+        // A frame's worth at a time, as in an export.
+        constexpr std::int64_t step = rate / 30;
         std::vector<float> samples(std::size_t(count) * 2);
-        AudioMixer(composition, source).mix(first, samples);
+        AudioMixer mixer(composition, source);
+        for (std::int64_t n = 0; n < count; n += step)
+            mixer.mix(first + n,
+                      std::span(samples).subspan(std::size_t(n) * 2,
+                                                 std::size_t(std::min(step, count - n)) * 2));
         return samples;
     }
 };

@@ -76,9 +76,10 @@ struct ShownMoments {
         }
         if (beyond.empty())
             return;
-        note = pieceEnd < timeTolerance ? "The piece has no picture yet; this is how it begins."
-                                   : "The piece ends at " + secondsText(pieceEnd) +
-                                         "; its last frame is shown for " + timesText(beyond) + ".";
+        note = pieceEnd < timeTolerance
+                   ? "The piece has no picture yet; this is how it begins."
+                   : "The piece ends at " + secondsText(pieceEnd) +
+                         "; its last frame is shown for " + timesText(beyond) + ".";
     }
 
     std::vector<double> drawn;

@@ -2,8 +2,8 @@
 
 #include "cli/references.h"
 #include "cli/tools/editor_tools.h"
-#include "cli/tools/font_report.h"
 #include "cli/tools/json_views.h"
+#include "cli/tools/look_report.h"
 #include "editor/worker_task.h"
 #include "workspace/workspace.h"
 

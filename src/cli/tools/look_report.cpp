@@ -1,4 +1,4 @@
-#include "cli/tools/font_report.h"
+#include "cli/tools/look_report.h"
 
 #include "cli/references.h"
 #include "cli/tools/look_options.h"
