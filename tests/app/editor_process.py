@@ -179,6 +179,13 @@ class EditorProcess:
     def kill(self):
         self.end_by(signal.SIGKILL)
 
+    def quit(self):
+        """Asks the editor to end, and waits for it: until then it may take a next command along."""
+        with watched(self.pid()) as process:
+            self.do("app-quit")
+            if not has_ended(process, PATIENCE):
+                raise AssertionError("The editor does not end by app-quit.")
+
     def processes(self) -> list[int]:
         """All processes that run in this home, also an editor that does not serve."""
         mark = b"\0HOME=%s\0" % os.fsencode(self.home)

@@ -88,7 +88,7 @@ class Sources(unittest.TestCase):
     def test_that_were_missing_from_the_start_come_back(self):
         self.put(plain("red", "320x240"))
         self.editor.do("clip-add", "v1", "--path", str(self.footage), "--duration", "1")
-        self.editor.do("app-quit")
+        self.editor.quit()
         away = self.footage.rename(self.footage.with_suffix(".away"))
         self.assertEqual(self.frame(), (["v1:1"], "black", "black"))
         away.rename(self.footage)

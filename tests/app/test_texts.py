@@ -247,7 +247,7 @@ class Looks(unittest.TestCase):
         editor.do("style-delete", "Ours")
         editor.do("style-delete", "Neon")
         self.assertEqual(self.names(), [name for name in built_in if name != "Neon"])
-        editor.do("app-quit")
+        editor.quit()
         wait_until(lambda: not editor.processes(), "the editor ends")
         self.assertEqual(self.names(), [name for name in built_in if name != "Neon"])
         editor.do("style-reset", "--name=Neon")
@@ -306,7 +306,7 @@ class Looks(unittest.TestCase):
             "the broken file is told",
         )
         editor.do("style-save", "Meanwhile")
-        editor.do("app-quit")
+        editor.quit()
         wait_until(lambda: not editor.processes(), "the editor ends")
         self.assertEqual(self.file.read_text(), "{ broken")
 
