@@ -2,9 +2,11 @@
 
 find_program(CCACHE ccache)
 if(CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-    # The time macros and the precompiled header's own time stamp would otherwise defeat the cache.
+    # The time macros and the precompiled header's own time stamp would otherwise defeat the cache;
+    # paths below the source folder are made relative, so that clones share it.
     set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env
-        CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime ${CCACHE})
+        CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
+        CCACHE_BASEDIR=${CMAKE_SOURCE_DIR} CCACHE_NOHASHDIR=1 ${CCACHE})
 endif()
 
 find_program(MOLD mold)

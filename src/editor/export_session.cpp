@@ -1,7 +1,7 @@
 #include "editor/export_session.h"
 
-#include "editor/next_emission.h"
-#include "editor/worker_task.h"
+#include "tasks/next_emission.h"
+#include "tasks/on_worker.h"
 #include "render/export_checks.h"
 
 #include <algorithm>

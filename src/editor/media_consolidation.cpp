@@ -1,7 +1,7 @@
 // Gathering the media of an AppState's project in the project's own folder.
 
 #include "editor/app_state.h"
-#include "editor/worker_task.h"
+#include "tasks/on_worker.h"
 #include "model/file_url.h"
 #include "workspace/workspace.h"
 

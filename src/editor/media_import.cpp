@@ -1,7 +1,7 @@
 // The media of an AppState's project: looking into files, registering them.
 
 #include "editor/app_state.h"
-#include "editor/worker_task.h"
+#include "tasks/on_worker.h"
 
 #include "media/media_error.h"
 #include "model/file_url.h"

@@ -1,8 +1,8 @@
 // The files behind the assets of an AppState's project: opened with it, and again when they change.
 
 #include "editor/app_state.h"
-#include "editor/next_emission.h"
-#include "editor/worker_task.h"
+#include "tasks/next_emission.h"
+#include "tasks/on_worker.h"
 
 #include <cmath>
 

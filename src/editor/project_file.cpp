@@ -1,6 +1,6 @@
 #include "editor/project_file.h"
 
-#include "editor/worker_task.h"
+#include "tasks/on_worker.h"
 #include "model/file_url.h"
 #include "platform/atomic_file.h"
 

@@ -1,8 +1,8 @@
 // Saving the project of an AppState, and taking in what others write.
 
 #include "editor/app_state.h"
-#include "editor/next_emission.h"
-#include "editor/worker_task.h"
+#include "tasks/next_emission.h"
+#include "tasks/on_worker.h"
 #include "workspace/workspace_messages.h"
 
 #include <algorithm>

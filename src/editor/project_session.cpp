@@ -1,7 +1,7 @@
 // Opening and closing the project of an AppState.
 
 #include "editor/app_state.h"
-#include "editor/worker_task.h"
+#include "tasks/on_worker.h"
 #include "model/file_url.h"
 #include "workspace/workspace.h"
 

@@ -1,6 +1,6 @@
 #include "editor/thumbnail_writer.h"
 
-#include "editor/worker_task.h"
+#include "tasks/on_worker.h"
 #include "platform/atomic_file.h"
 #include "workspace/workspace.h"
 

@@ -4,7 +4,7 @@
 #include "model/project.h"
 #include "render/asset_store.h"
 #include "render/caption_burner.h"
-#include "render/watched_work.h"
+#include "tasks/watched_work.h"
 
 #include <cstdint>
 #include <filesystem>

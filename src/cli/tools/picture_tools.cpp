@@ -3,7 +3,7 @@
 #include "cli/references.h"
 #include "cli/tools/editor_tools.h"
 #include "cli/tools/json_views.h"
-#include "editor/worker_task.h"
+#include "tasks/on_worker.h"
 #include "model/time_rules.h"
 #include "render/contact_sheet.h"
 

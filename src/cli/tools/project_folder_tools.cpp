@@ -3,7 +3,7 @@
 #include "cli/tools/editor_tools.h"
 #include "cli/tools/json_views.h"
 #include "cli/tools/project_lookup.h"
-#include "editor/worker_task.h"
+#include "tasks/on_worker.h"
 #include "platform/atomic_file.h"
 #include "workspace/project_folders.h"
 #include "workspace/workspace.h"

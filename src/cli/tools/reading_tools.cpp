@@ -4,7 +4,7 @@
 #include "cli/tools/editor_tools.h"
 #include "cli/tools/json_views.h"
 #include "cli/tools/look_report.h"
-#include "editor/worker_task.h"
+#include "tasks/on_worker.h"
 #include "workspace/workspace.h"
 
 namespace framewright {

@@ -4,7 +4,7 @@
 #include "cli/tools/clip_results.h"
 #include "cli/tools/editor_tools.h"
 #include "cli/tools/json_views.h"
-#include "editor/worker_task.h"
+#include "tasks/on_worker.h"
 #include "model/time_rules.h"
 #include "workspace/workspace.h"
 

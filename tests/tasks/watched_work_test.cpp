@@ -1,4 +1,4 @@
-#include "render/watched_work.h"
+#include "tasks/watched_work.h"
 
 #include <gtest/gtest.h>
 

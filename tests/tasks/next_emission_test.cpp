@@ -1,4 +1,4 @@
-#include "editor/next_emission.h"
+#include "tasks/next_emission.h"
 
 #include <QCoreApplication>
 #include <QCoro/QCoroTask>
