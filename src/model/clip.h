@@ -3,6 +3,7 @@
 #include "model/id.h"
 #include "model/shared.h"
 #include "model/style.h"
+#include "model/time_range.h"
 
 #include <optional>
 #include <string>
@@ -57,7 +58,8 @@ struct Clip {
     double length() const { return sourceEnd - sourceStart; }
     double end() const { return timelineStart + length(); }
     double middle() const { return timelineStart + length() / 2; }
-    bool covers(double time) const { return timelineStart <= time && time < end(); }
+    TimeRange range() const { return {timelineStart, end()}; }
+    bool covers(double time) const { return range().contains(time); }
 
     bool isPlaceholder() const { return assetID == placeholderAssetID; }
     bool isText() const { return assetID == textAssetID; }

@@ -77,10 +77,10 @@ std::optional<Refusal> placeRefusal(Track const& track, std::size_t index, Clip 
         return Refusal{"The timeline only goes to " + secondsText(latestTime) + "."};
     if (track.isMagnetic)
         return std::nullopt;
-    Stretch const free = freeStretch(track, index);
-    if (clip.timelineStart < free.from - timeTolerance || clip.end() > free.to + timeTolerance)
+    TimeRange const free = freeRange(track, index);
+    if (clip.timelineStart < free.start - timeTolerance || clip.end() > free.end + timeTolerance)
         return Refusal{"That would overlap a neighbor; this clip can span " +
-                       stretchText(free.from, free.to) + "."};
+                       stretchText(free.start, free.end) + "."};
     return std::nullopt;
 }
 

@@ -12,7 +12,7 @@ namespace {
 
 constexpr double endless = std::numeric_limits<double>::infinity();
 
-/// The stretches of a free track that no clip covers, in order, given to `use` one by one.
+/// The ranges of a free track that no clip covers, in order, given to `use` one by one.
 template <class Use>
 void forEachGap(std::vector<Clip> const& sorted, std::optional<Id> const& excluding, double limit,
                 Use use)
@@ -22,10 +22,10 @@ void forEachGap(std::vector<Clip> const& sorted, std::optional<Id> const& exclud
         if (excluding && clip.id == *excluding)
             continue;
         if (cursor < clip.timelineStart)
-            use(Stretch{cursor, clip.timelineStart});
+            use(TimeRange{cursor, clip.timelineStart});
         cursor = std::max(cursor, clip.end());
     }
-    use(Stretch{cursor, limit});
+    use(TimeRange{cursor, limit});
 }
 
 bool isPacked(std::vector<Clip> const& clips)
@@ -105,10 +105,10 @@ std::optional<double> freeStart(Track const& track, double length, double near,
     }
     std::optional<double> best;
     double distance = endless;
-    forEachGap(*track.clips, excluding, limit.value_or(endless), [&](Stretch const& gap) {
-        if (!(gap.to - gap.from >= length - timeTolerance))
+    forEachGap(*track.clips, excluding, limit.value_or(endless), [&](TimeRange const& gap) {
+        if (!(gap.length() >= length - timeTolerance))
             return;
-        double const start = std::min(std::max(gap.from, near), gap.to - length);
+        double const start = std::min(std::max(gap.start, near), gap.end - length);
         if (std::abs(start - near) < distance) {
             best = start;
             distance = std::abs(start - near);
@@ -119,27 +119,27 @@ std::optional<double> freeStart(Track const& track, double length, double near,
     return best;
 }
 
-Stretch freeStretch(Track const& track, std::size_t index)
+TimeRange freeRange(Track const& track, std::size_t index)
 {
     std::vector<Clip> const& clips = *track.clips;
     Clip const& own = clips[index];
-    Stretch stretch{0, endless};
+    TimeRange range{0, endless};
     for (std::size_t i = 0; i < clips.size(); ++i) {
         if (i == index)
             continue;
         bool const isBefore = clips[i].timelineStart < own.timelineStart ||
                               (clips[i].timelineStart == own.timelineStart && i < index);
         if (isBefore)
-            stretch.from = std::max(stretch.from, clips[i].end());
+            range.start = std::max(range.start, clips[i].end());
         else
-            stretch.to = std::min(stretch.to, clips[i].timelineStart);
+            range.end = std::min(range.end, clips[i].timelineStart);
     }
     // What overlaps already, in a document written by hand, may stay where it is.
-    if (own.timelineStart < stretch.from - timeTolerance)
-        stretch.from = std::max(0.0, own.timelineStart);
-    if (own.end() > stretch.to + timeTolerance)
-        stretch.to = own.end();
-    return stretch;
+    if (own.timelineStart < range.start - timeTolerance)
+        range.start = std::max(0.0, own.timelineStart);
+    if (own.end() > range.end + timeTolerance)
+        range.end = own.end();
+    return range;
 }
 
 std::size_t insertionIndex(Track const& track, double time)

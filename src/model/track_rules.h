@@ -1,19 +1,12 @@
 #pragma once
 
+#include "model/time_range.h"
 #include "model/track.h"
 
 #include <cstddef>
 #include <optional>
 
 namespace framewright {
-
-/// A stretch of the timeline, [from, to).
-struct Stretch {
-    double from = 0;
-    double to = 0; ///< Infinite where nothing bounds it.
-
-    bool operator==(Stretch const&) const = default;
-};
 
 /// Where a clip of `length` can start on a free track, as near to `near` as there is room.
 ///
@@ -26,9 +19,9 @@ std::optional<double> freeStart(Track const& track, double length, double near,
                                 std::optional<Id> const& excluding = std::nullopt,
                                 std::optional<double> limit = std::nullopt);
 
-/// What the clip at `index` of a free track may span without touching its neighbours: from the end
-/// of what stands before it to the start of what comes after.
-Stretch freeStretch(Track const& track, std::size_t index);
+/// What the clip at `index` of a free track may span without overlapping its neighbours: from the
+/// end of those before it to the start of those after it; endless behind the last one.
+TimeRange freeRange(Track const& track, std::size_t index);
 
 /// Where in the list of a magnetic track a clip goes that is put at `time`: before the first clip
 /// whose middle is later, else at the end.

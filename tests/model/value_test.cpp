@@ -1,6 +1,7 @@
 #include "model/aspect_preset.h"
 #include "model/file_url.h"
 #include "model/project.h"
+#include "model/time_range.h"
 
 #include <gtest/gtest.h>
 
@@ -68,6 +69,21 @@ TEST(Id, ReadsOnlyTheCanonicalForm)
     for (char const* const bad : {"", "0A0B0C0D", "0A0B0C0D-0000-4000-8000-00000000000G",
                                   "0A0B0C0D00000-4000-8000-00000000000F"})
         EXPECT_FALSE(Id::parse(bad)) << bad;
+}
+
+TEST(TimeRange, IsHalfOpen)
+{
+    TimeRange const range{2, 5};
+    EXPECT_TRUE(range.contains(2));
+    EXPECT_FALSE(range.contains(5));
+    struct Case { TimeRange other, shared; };
+    for (Case const& c : {
+             Case{{3, 4}, {3, 4}}, Case{{1, 9}, {2, 5}}, Case{{0, 3}, {2, 3}},
+             Case{{5, 6}, {5, 5}}, Case{{0, 2}, {2, 2}}, Case{{7, 8}, {7, 7}},
+         }) {
+        EXPECT_EQ(range.intersection(c.other), c.shared) << c.other.start;
+        EXPECT_EQ(range.overlaps(c.other), c.shared.length() > 0) << c.other.start;
+    }
 }
 
 TEST(Shared, CopiesAreIndependent)
