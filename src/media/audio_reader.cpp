@@ -1,10 +1,10 @@
 #include "media/audio_reader.h"
 
-#include "media/media_failure.h"
-#include "media/media_file.h"
-#include "media/media_input.h"
-#include "media/sound_decoder.h"
-#include "media/stereo_converter.h"
+#include "media/internal/audio_decoder.h"
+#include "media/internal/media_failure.h"
+#include "media/internal/media_file.h"
+#include "media/internal/media_input.h"
+#include "media/internal/stereo_converter.h"
 
 #include <fmt/format.h>
 

@@ -1,7 +1,8 @@
 #include "media/frame.h"
 
-#include "media/frame_memory.h"
-#include "media/pixel_format.h"
+#include "media/internal/frame_memory.h"
+#include "media/internal/frame_storage.h"
+#include "media/internal/pixel_format.h"
 
 #include <array>
 #include <limits>
@@ -21,11 +22,6 @@ namespace {
 
 /// No picture needs more; larger ones are a mistake or an attack.
 constexpr std::size_t maxPictureBytes = std::size_t{4} << 30;
-
-AVFrame* owned(AVFrame* frame)
-{
-    return frame ? frame : throw std::bad_alloc();
-}
 
 bool isChroma(PixelLayout layout, int index)
 {
@@ -63,14 +59,10 @@ std::size_t roundedUp(std::size_t bytes)
 
 } // namespace
 
-void Frame::Release::operator()(AVFrame* frame) const
-{
-    av_frame_free(&frame);
-}
-
 Frame::Frame(int width, int height, PixelLayout layout, ColorTags colors)
-    : m_frame(owned(av_frame_alloc()))
+    : m_storage(std::make_unique<Storage>(newFrame()))
 {
+    AVFrame& frame = *m_storage->av;
     AVPixelFormat const format = formatOf(layout);
     if (width <= 0 || height <= 0 || format == AV_PIX_FMT_NONE)
         throw std::bad_alloc();
@@ -84,66 +76,76 @@ Frame::Frame(int width, int height, PixelLayout layout, ColorTags colors)
         if (stride > std::size_t(std::numeric_limits<int>::max()) ||
             stride * std::size_t(rows) > maxPictureBytes)
             throw std::bad_alloc();
-        m_frame->linesize[slot(layout, i)] = int(stride);
+        frame.linesize[slot(layout, i)] = int(stride);
         offsets[std::size_t(i)] = bytes;
         bytes += stride * std::size_t(rows);
     }
     // Vector code may read a little past the last row.
     AVBufferRef* const memory = pictureMemory(bytes + rowAlignment);
-    m_frame->buf[0] = memory;
+    frame.buf[0] = memory;
     for (int i = 0; i < layout.planeCount(); ++i)
-        m_frame->data[slot(layout, i)] = memory->data + offsets[std::size_t(i)];
-    m_frame->extended_data = m_frame->data;
-    m_frame->width = width;
-    m_frame->height = height;
-    m_frame->format = format;
+        frame.data[slot(layout, i)] = memory->data + offsets[std::size_t(i)];
+    frame.extended_data = frame.data;
+    frame.width = width;
+    frame.height = height;
+    frame.format = format;
     setColors(colors);
 }
 
-Frame::Frame(AVFrame* frame) : m_frame(frame)
+Frame frameOf(FrameHandle decoded)
 {
-    auto const format = static_cast<AVPixelFormat>(frame->format);
+    auto const format = static_cast<AVPixelFormat>(decoded->format);
     auto const layout = layoutOf(format);
     if (!layout)
         throw std::invalid_argument("A Frame cannot hold this pixel format.");
     AVPixelFormat const plain = formatOf(*layout);
     bool const isRGB = layout->model == PixelLayout::Model::gbr;
-    if (plain != format || (isRGB && frame->color_range == AVCOL_RANGE_UNSPECIFIED))
-        frame->color_range = AVCOL_RANGE_JPEG;
-    frame->format = plain;
+    if (plain != format || (isRGB && decoded->color_range == AVCOL_RANGE_UNSPECIFIED))
+        decoded->color_range = AVCOL_RANGE_JPEG;
+    decoded->format = plain;
+    return Frame(std::make_unique<Frame::Storage>(std::move(decoded)));
 }
 
-Frame::Frame(Frame const& other) : m_frame(owned(av_frame_clone(other.m_frame.get()))) {}
+Frame::Frame(std::unique_ptr<Storage> storage) noexcept : m_storage(std::move(storage)) {}
+
+Frame::Frame(Frame const& other)
+    : m_storage(
+          std::make_unique<Storage>(made<FrameHandle>(av_frame_clone(other.m_storage->av.get()))))
+{
+}
+
+Frame::Frame(Frame&&) noexcept = default;
+Frame::~Frame() = default;
 
 Frame& Frame::operator=(Frame other) noexcept
 {
-    std::swap(m_frame, other.m_frame);
+    std::swap(m_storage, other.m_storage);
     return *this;
 }
 
 int Frame::width() const
 {
-    return m_frame->width;
+    return m_storage->av->width;
 }
 
 int Frame::height() const
 {
-    return m_frame->height;
+    return m_storage->av->height;
 }
 
 PixelLayout Frame::layout() const
 {
-    return *layoutOf(static_cast<AVPixelFormat>(m_frame->format));
+    return *layoutOf(static_cast<AVPixelFormat>(m_storage->av->format));
 }
 
 ColorTags Frame::colors() const
 {
-    return colorsOf(*m_frame);
+    return colorsOf(*m_storage->av);
 }
 
 void Frame::setColors(ColorTags colors)
 {
-    framewright::setColors(*m_frame, colors);
+    framewright::setColors(*m_storage->av, colors);
 }
 
 Frame::Plane Frame::plane(int index) const
@@ -151,17 +153,19 @@ Frame::Plane Frame::plane(int index) const
     PixelLayout const planar = layout();
     auto const [columns, rows] = planeSize(planar, width(), height(), index);
     int const place = slot(planar, index);
-    return {m_frame->data[place], m_frame->linesize[place], columns, rows};
+    return {m_storage->av->data[place], m_storage->av->linesize[place], columns, rows};
 }
 
 Frame::WritablePlane Frame::writablePlane(int index)
 {
-    if (!av_frame_is_writable(m_frame.get())) {
+    AVFrame& shared = *m_storage->av;
+    if (!av_frame_is_writable(&shared)) {
         Frame copy(width(), height(), layout(), colors());
-        av_image_copy(copy.m_frame->data, copy.m_frame->linesize,
-                      const_cast<std::uint8_t const**>(m_frame->data), m_frame->linesize,
-                      static_cast<AVPixelFormat>(m_frame->format), width(), height());
-        if (av_frame_copy_props(copy.m_frame.get(), m_frame.get()) < 0)
+        AVFrame& own = *copy.m_storage->av;
+        av_image_copy(own.data, own.linesize, const_cast<std::uint8_t const**>(shared.data),
+                      shared.linesize, static_cast<AVPixelFormat>(shared.format), width(),
+                      height());
+        if (av_frame_copy_props(&own, &shared) < 0)
             throw std::bad_alloc();
         *this = std::move(copy);
     }
@@ -171,7 +175,7 @@ Frame::WritablePlane Frame::writablePlane(int index)
 
 bool Frame::sharesPixelsWith(Frame const& other) const
 {
-    return m_frame->data[0] == other.m_frame->data[0];
+    return m_storage->av->data[0] == other.m_storage->av->data[0];
 }
 
 } // namespace framewright

@@ -4,8 +4,6 @@
 #include <cstdint>
 #include <memory>
 
-struct AVFrame;
-
 namespace framewright {
 
 /// How the samples of a picture lie in memory. Every layout is planar, 8 bits in a byte or 9 to 16
@@ -68,12 +66,13 @@ public:
     /// Pixels undefined. Throws std::bad_alloc, also for sizes no picture can have.
     Frame(int width, int height, PixelLayout layout, ColorTags colors);
 
-    /// Takes over `frame`, whose format must be one of the layouts.
-    explicit Frame(AVFrame* frame);
+    class Storage; ///< The media module's own.
+    explicit Frame(std::unique_ptr<Storage> storage) noexcept;
 
     Frame(Frame const& other);
-    Frame(Frame&&) noexcept = default;
+    Frame(Frame&&) noexcept;
     Frame& operator=(Frame other) noexcept;
+    ~Frame();
 
     int width() const;
     int height() const;
@@ -89,14 +88,10 @@ public:
     /// Whether both show the very same pixels in memory.
     bool sharesPixelsWith(Frame const& other) const;
 
-    AVFrame const* av() const { return m_frame.get(); } ///< For the media module only.
+    Storage const& storage() const { return *m_storage; }
 
 private:
-    struct Release {
-        void operator()(AVFrame* frame) const;
-    };
-
-    std::unique_ptr<AVFrame, Release> m_frame; ///< Never null, but in a moved-from Frame.
+    std::unique_ptr<Storage> m_storage; ///< Never null, but in a moved-from Frame.
 };
 
 /// Gives the memory that is kept for coming pictures back to the system. Pictures in use stay.

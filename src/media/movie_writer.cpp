@@ -1,12 +1,13 @@
 #include "media/movie_writer.h"
 
-#include "media/av_handles.h"
-#include "media/encoding.h"
-#include "media/media_failure.h"
-#include "media/mp4_file.h"
-#include "media/pixel_format.h"
-#include "media/sound_stream.h"
-#include "media/stream_mastering.h"
+#include "media/internal/audio_stream.h"
+#include "media/internal/av_handles.h"
+#include "media/internal/encoding.h"
+#include "media/internal/frame_storage.h"
+#include "media/internal/media_failure.h"
+#include "media/internal/mp4_file.h"
+#include "media/internal/pixel_format.h"
+#include "media/internal/stream_mastering.h"
 
 #include <cassert>
 #include <stdexcept>
@@ -18,7 +19,7 @@ namespace {
 /// The picture alone: no marks of the file it may come from, which would change how it is coded.
 FrameHandle plainReference(Frame const& frame, std::int64_t time)
 {
-    auto reference = made<FrameHandle>(av_frame_clone(frame.av()));
+    auto reference = made<FrameHandle>(av_frame_clone(&avFrame(frame)));
     while (reference->nb_side_data > 0)
         av_frame_remove_side_data(reference.get(), reference->side_data[0]->type);
     reference->pts = time;

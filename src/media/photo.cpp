@@ -1,7 +1,7 @@
 #include "media/photo.h"
 
-#include "media/media_failure.h"
-#include "media/photo_decoding.h"
+#include "media/internal/media_failure.h"
+#include "media/internal/photo_decoding.h"
 
 #include <algorithm>
 

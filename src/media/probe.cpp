@@ -1,11 +1,11 @@
 #include "media/media_info.h"
 
-#include "media/av_handles.h"
-#include "media/media_failure.h"
-#include "media/media_file.h"
-#include "media/media_input.h"
-#include "media/photo_decoding.h"
-#include "media/stream_mastering.h"
+#include "media/internal/av_handles.h"
+#include "media/internal/media_failure.h"
+#include "media/internal/media_file.h"
+#include "media/internal/media_input.h"
+#include "media/internal/photo_decoding.h"
+#include "media/internal/stream_mastering.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,10 +1,10 @@
 #include "media/video_reader.h"
 
-#include "media/media_failure.h"
-#include "media/media_file.h"
-#include "media/media_input.h"
-#include "media/picture_decoder.h"
-#include "media/planar_converter.h"
+#include "media/internal/media_failure.h"
+#include "media/internal/media_file.h"
+#include "media/internal/media_input.h"
+#include "media/internal/planar_converter.h"
+#include "media/internal/video_decoder.h"
 #include "model/time_rules.h"
 
 #include <fmt/format.h>

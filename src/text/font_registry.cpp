@@ -1,8 +1,8 @@
 #include "text/font_registry.h"
 
-#include "text/carried_fonts.h"
-#include "text/font_file.h"
-#include "text/installed_fonts.h"
+#include "text/internal/carried_fonts.h"
+#include "text/internal/font_file.h"
+#include "text/internal/installed_fonts.h"
 
 #include <QFontDatabase>
 #include <QStringList>

@@ -1,6 +1,6 @@
 #include "text/text_images.h"
 
-#include "text/text_painter.h"
+#include "text/internal/text_painter.h"
 
 #include <algorithm>
 

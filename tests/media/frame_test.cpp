@@ -1,14 +1,11 @@
 #include "media/frame.h"
 
+#include "media/internal/frame_storage.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <new>
-
-extern "C" {
-#include <libavutil/frame.h>
-#include <libavutil/pixfmt.h>
-}
 
 namespace framewright {
 
@@ -24,13 +21,13 @@ void fill(Frame& frame, std::uint8_t value)
     }
 }
 
-AVFrame* allocated(AVPixelFormat format)
+FrameHandle allocated(AVPixelFormat format)
 {
-    AVFrame* const frame = av_frame_alloc();
+    FrameHandle frame = newFrame();
     frame->format = format;
     frame->width = 64;
     frame->height = 32;
-    av_frame_get_buffer(frame, 0);
+    av_frame_get_buffer(frame.get(), 0);
     return frame;
 }
 
@@ -123,14 +120,14 @@ TEST(Frame, TakesOverEveryPlanarFormat)
              Case{AV_PIX_FMT_GBRP, {gbr, 8, 0, 0, false}, true},
              Case{AV_PIX_FMT_GBRAP12LE, {gbr, 12, 0, 0, true}, true},
          }) {
-        Frame const frame(allocated(c.format));
+        Frame const frame = frameOf(allocated(c.format));
         EXPECT_EQ(frame.layout(), c.layout) << c.format;
         EXPECT_EQ(frame.colors().isFullRange, c.isFullRange) << c.format;
     }
     for (AVPixelFormat const format :
          {AV_PIX_FMT_NV12, AV_PIX_FMT_RGB24, AV_PIX_FMT_YUYV422, AV_PIX_FMT_P010LE,
           AV_PIX_FMT_GBRPF32LE, AV_PIX_FMT_YUV420P10BE})
-        EXPECT_THROW(Frame{allocated(format)}, std::invalid_argument) << format;
+        EXPECT_THROW(frameOf(allocated(format)), std::invalid_argument) << format;
 }
 
 } // namespace framewright

@@ -2,10 +2,10 @@
 
 #include "media/audio_reader.h"
 #include "media/bytes.h"
+#include "media/internal/audio_writer.h"
 #include "media/made_media.h"
 #include "media/media_error.h"
 #include "media/media_info.h"
-#include "media/sound_writer.h"
 #include "media/video_reader.h"
 
 #include <gmock/gmock.h>

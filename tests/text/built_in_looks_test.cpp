@@ -1,4 +1,4 @@
-#include "text/text_painter.h"
+#include "text/internal/text_painter.h"
 
 #include <gtest/gtest.h>
 

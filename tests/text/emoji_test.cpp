@@ -1,4 +1,4 @@
-#include "text/emoji.h"
+#include "text/internal/emoji.h"
 
 #include <gtest/gtest.h>
 

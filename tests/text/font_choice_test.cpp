@@ -1,5 +1,5 @@
 #include "text/font_registry.h"
-#include "text/text_layout.h"
+#include "text/internal/text_layout.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "text/font_registry.h"
 
 #include "platform/test_folder.h"
-#include "text/carried_fonts.h"
+#include "text/internal/carried_fonts.h"
 
 #include <QFontDatabase>
 #include <QFontInfo>

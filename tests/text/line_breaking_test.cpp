@@ -1,4 +1,4 @@
-#include "text/line_breaking.h"
+#include "text/internal/line_breaking.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "text/text_layout.h"
+#include "text/internal/text_layout.h"
 
 #include <gtest/gtest.h>
 

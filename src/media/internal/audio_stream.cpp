@@ -1,0 +1,123 @@
+#include "media/internal/audio_stream.h"
+
+#include "media/internal/encoding.h"
+#include "media/internal/media_failure.h"
+
+#include <algorithm>
+#include <cassert>
+
+extern "C" {
+#include <libavutil/samplefmt.h>
+}
+
+namespace framewright {
+
+namespace {
+
+constexpr int channels = 2;
+
+/// Blocks that the encoder hears before the first one. It takes whatever follows on silence for an
+/// attack and codes it in a manner that gives nothing for 9 ms without the block before.
+constexpr int leadIn = 2;
+
+} // namespace
+
+SoundStream::SoundStream(int bitRate, Mp4File& file, std::filesystem::path const& path)
+    : m_path(path),
+      m_encoder(openSoundEncoder(bitRate, path)),
+      m_file(file),
+      m_stream(file.addStream(*m_encoder)),
+      m_packet(newPacket())
+{
+    beginBlock();
+}
+
+FrameHandle SoundStream::newBlock() const
+{
+    FrameHandle block = newFrame();
+    block->format = m_encoder->sample_fmt;
+    block->sample_rate = m_encoder->sample_rate;
+    block->ch_layout = m_encoder->ch_layout;
+    block->nb_samples = m_encoder->frame_size;
+    if (av_frame_get_buffer(block.get(), 0) < 0)
+        throw std::bad_alloc();
+    return block;
+}
+
+void SoundStream::beginBlock()
+{
+    if (m_block && av_frame_is_writable(m_block.get()))
+        m_block->nb_samples = m_encoder->frame_size;
+    else
+        m_block = newBlock();
+    m_blockLength = 0;
+}
+
+void SoundStream::write(std::span<float const> interleaved)
+{
+    assert(interleaved.size() % 2 == 0);
+    for (std::size_t i = 0; i + 1 < interleaved.size(); i += 2) {
+        reinterpret_cast<float*>(m_block->data[0])[m_blockLength] = interleaved[i];
+        reinterpret_cast<float*>(m_block->data[1])[m_blockLength] = interleaved[i + 1];
+        if (++m_blockLength == m_encoder->frame_size)
+            writeBlock();
+    }
+}
+
+void SoundStream::writeBlock()
+{
+    if (m_blockStart == 0)
+        writeLeadIn();
+    m_block->nb_samples = m_blockLength;
+    m_block->pts = m_blockStart;
+    m_blockStart += m_blockLength;
+    encode(m_block.get());
+    beginBlock();
+}
+
+/// The first block forwards and backwards, so that it begins without an attack. None of this gets
+/// into the file.
+void SoundStream::writeLeadIn()
+{
+    for (int number = -leadIn; number < 0; ++number) {
+        FrameHandle const block = newBlock();
+        if (av_frame_copy(block.get(), m_block.get()) < 0)
+            throw std::bad_alloc();
+        for (int i = 0; number % 2 != 0 && i < channels; ++i) {
+            auto* const samples = reinterpret_cast<float*>(block->data[i]);
+            std::reverse(samples, samples + block->nb_samples);
+        }
+        block->pts = std::int64_t(number) * block->nb_samples;
+        encode(block.get());
+    }
+}
+
+void SoundStream::finish()
+{
+    if (m_blockLength > 0) {
+        // The encoder reads on behind the last samples.
+        av_samples_set_silence(m_block->extended_data, m_blockLength,
+                               m_encoder->frame_size - m_blockLength, channels,
+                               m_encoder->sample_fmt);
+        writeBlock();
+    }
+    encode(nullptr);
+}
+
+void SoundStream::encode(AVFrame const* frame)
+{
+    forgetLibraryMessages();
+    int result = avcodec_send_frame(m_encoder.get(), frame);
+    while (result >= 0) {
+        result = avcodec_receive_packet(m_encoder.get(), m_packet.get());
+        if (result == AVERROR(EAGAIN) || result == AVERROR_EOF)
+            return;
+        // What comes before the sound is left out, rather than told of in an edit list.
+        if (result >= 0 && m_packet->pts >= 0)
+            m_file.write(*m_packet, *m_stream, *m_encoder);
+        av_packet_unref(m_packet.get());
+    }
+    throw libraryFailure(m_path, "written", result);
+}
+
+} // namespace framewright

@@ -1,0 +1,390 @@
+#include "media/internal/media_input.h"
+
+#include "media/internal/media_failure.h"
+#include "media/internal/media_file.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstring>
+#include <string_view>
+#include <vector>
+
+namespace framewright {
+
+namespace {
+
+/// Formats that hold their media themselves. Playlists and the like would have us read whatever
+/// other file or address they name.
+constexpr std::string_view demuxers[] = {
+    "mov,mp4,m4a,3gp,3g2,mj2",
+    "matroska,webm",
+    "avi",
+    "mpegts",
+    "mpeg",
+    "flv",
+    "asf",
+    "mxf",
+    "dv",
+    "ivf",
+    "yuv4mpegpipe",
+    "ogg",
+    "wav",
+    "w64",
+    "aiff",
+    "flac",
+    "mp3",
+    "aac",
+    "ac3",
+    "eac3",
+    "dts",
+    "amr",
+    "caf",
+    "au",
+    "ape",
+    "wv",
+    "tta",
+};
+
+/// Sound formats whose head does not tell the exact length; their files are small.
+constexpr std::string_view measuredByReading[] = {"mp3", "ogg", "aac", "ac3", "eac3", "dts", "amr"};
+
+// One byte pattern in a megabyte of anything can look like the start of a sound frame.
+constexpr int leastProbeScore = 2;
+
+constexpr int maxStreams = 100;
+constexpr std::int64_t maxProbeBytes = 8 << 20;
+constexpr std::int64_t maxAnalyzedMicroseconds = 5'000'000;
+
+/// Larger moving pictures than any camera makes.
+constexpr std::int64_t maxMoviePixels = std::int64_t{16384} * 8192;
+
+int refuseToOpen(AVFormatContext*, AVIOContext**, char const*, int, AVDictionary**)
+{
+    return AVERROR(EPERM);
+}
+
+bool isChoosable(AVStream const& stream, AVMediaType type)
+{
+    constexpr int isNoMovie = AV_DISPOSITION_ATTACHED_PIC | AV_DISPOSITION_TIMED_THUMBNAILS;
+    return stream.codecpar->codec_type == type && !(stream.disposition & isNoMovie) &&
+           stream.codecpar->codec_id != AV_CODEC_ID_NONE;
+}
+
+/// The default stream of a type among those that can be decoded; else the first that cannot.
+AVStream* chosen(AVFormatContext& format, AVMediaType type)
+{
+    AVStream* best = nullptr;
+    int bestScore = -1;
+    for (unsigned i = 0; i < format.nb_streams; ++i) {
+        AVStream& stream = *format.streams[i];
+        if (!isChoosable(stream, type))
+            continue;
+        bool const isDecodable = avcodec_find_decoder(stream.codecpar->codec_id);
+        bool const isDefault = stream.disposition & AV_DISPOSITION_DEFAULT;
+        int const score = 2 * int(isDecodable) + int(isDefault);
+        if (score > bestScore) {
+            best = &stream;
+            bestScore = score;
+        }
+    }
+    return best;
+}
+
+AVCodec const* decoderOf(AVStream const& stream)
+{
+    AVCodecID const id = stream.codecpar->codec_id;
+    // The usual decoders drop the second picture that holds the alpha of WebM.
+    if (av_dict_get(stream.metadata, "alpha_mode", nullptr, 0)) {
+        char const* const name = id == AV_CODEC_ID_VP9   ? "libvpx-vp9"
+                                 : id == AV_CODEC_ID_VP8 ? "libvpx"
+                                                         : nullptr;
+        AVCodec const* const decoder = name ? avcodec_find_decoder_by_name(name) : nullptr;
+        if (decoder)
+            return decoder;
+    }
+    return avcodec_find_decoder(id);
+}
+
+double secondsOf(std::int64_t time, AVRational base)
+{
+    return double(time) * av_q2d(base);
+}
+
+} // namespace
+
+MediaError notMedia(std::filesystem::path const& file)
+{
+    return failure(MediaError::Cause::unsupported, file, "is not a video, photo or audio file.");
+}
+
+MediaInput::MediaInput(Descriptor opened, std::filesystem::path const& file, Detail detail,
+                       ReadingActivity activity)
+    : m_path(file),
+      m_file(std::make_unique<Descriptor>(std::move(opened))),
+      m_watch(std::make_unique<ReadingWatch>(std::move(activity)))
+{
+    quietLibrary();
+    forgetLibraryMessages();
+    m_io = std::make_unique<DescriptorIO>(*m_file, DescriptorIO::Access::read);
+    m_io->mayRead = [watch = m_watch.get()] { return watch->getsOn(); };
+    openContainer();
+    chooseStreams();
+    findStreamFacts(detail);
+    chooseStreams(); // Some streams are found, and some become known, only by their packets.
+    if (!m_picture && !m_sound)
+        throw notMedia(m_path);
+    checkStreams();
+}
+
+void MediaInput::openContainer()
+{
+    AVInputFormat const* kind = nullptr;
+    int const score = av_probe_input_buffer2(m_io->context(), &kind, "", nullptr, 0, 0);
+    m_watch->throwIfEnded();
+    if (score == AVERROR(ENOMEM))
+        throw std::bad_alloc();
+    if (score < leastProbeScore || !kind ||
+        std::ranges::find(demuxers, kind->name) == std::end(demuxers))
+        throw notMedia(m_path);
+
+    AVFormatContext* format = avformat_alloc_context();
+    if (!format)
+        throw std::bad_alloc();
+    format->pb = m_io->context();
+    format->flags |= AVFMT_FLAG_CUSTOM_IO;
+    format->io_open = refuseToOpen;
+    format->max_streams = maxStreams;
+    format->probesize = maxProbeBytes;
+    format->max_analyze_duration = maxAnalyzedMicroseconds;
+    forgetLibraryMessages();
+    int const result = avformat_open_input(&format, "", kind, nullptr); // Frees it on failure.
+    if (result < 0)
+        m_watch->throwIfEnded();
+    if (result == AVERROR(ENOMEM))
+        throw std::bad_alloc();
+    if (result < 0)
+        throw damage(m_path, result);
+    m_format.reset(format);
+}
+
+void MediaInput::findStreamFacts(Detail detail)
+{
+    if (detail == Detail::forReading && isMov())
+        return;
+    if (m_picture)
+        checkPictureSize(std::max(1, m_picture->codecpar->width),
+                         std::max(1, m_picture->codecpar->height), m_path);
+
+    std::vector<AVDictionary*> options(m_format->nb_streams);
+    for (AVDictionary*& option : options)
+        av_dict_set_int(&option, "max_pixels", maxMoviePixels, 0);
+    int const result = avformat_find_stream_info(m_format.get(), options.data());
+    for (AVDictionary*& option : options)
+        av_dict_free(&option);
+    m_watch->throwIfEnded();
+    if (result == AVERROR(ENOMEM))
+        throw std::bad_alloc();
+    if (result < 0)
+        throw damage(m_path, result);
+}
+
+void MediaInput::chooseStreams()
+{
+    m_picture = chosen(*m_format, AVMEDIA_TYPE_VIDEO);
+    m_sound = chosen(*m_format, AVMEDIA_TYPE_AUDIO);
+}
+
+void MediaInput::checkStreams() const
+{
+    if (m_picture)
+        checkPictureSize(m_picture->codecpar->width, m_picture->codecpar->height, m_path);
+    if (m_sound && m_sound->codecpar->sample_rate <= 0)
+        throw damage(m_path, "its sound has no sample rate");
+}
+
+void MediaInput::readOnly(AVStream const& stream)
+{
+    for (unsigned i = 0; i < m_format->nb_streams; ++i)
+        m_format->streams[i]->discard =
+            m_format->streams[i] == &stream ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
+}
+
+bool MediaInput::is(char const* demuxer) const
+{
+    return std::strcmp(m_format->iformat->name, demuxer) == 0;
+}
+
+bool MediaInput::isMov() const
+{
+    return is("mov,mp4,m4a,3gp,3g2,mj2");
+}
+
+bool MediaInput::keepsItsOwnZero() const
+{
+    return isMov() || is("matroska,webm");
+}
+
+std::int64_t MediaInput::zero(AVStream const& stream) const
+{
+    if (keepsItsOwnZero())
+        return &stream == m_sound ? m_leadIn : 0;
+    AVStream const* first = nullptr;
+    for (AVStream const* const each : {m_picture, m_sound}) {
+        if (each && each->start_time != AV_NOPTS_VALUE &&
+            (!first || av_compare_ts(each->start_time, each->time_base, first->start_time,
+                                     first->time_base) < 0))
+            first = each;
+    }
+    std::int64_t const begin =
+        first ? av_rescale_q(first->start_time, first->time_base, stream.time_base) : 0;
+    // AVI stamps pictures in decoding order, so all are shown late by the decoder's delay.
+    return begin + (is("avi") ? stream.codecpar->video_delay : 0);
+}
+
+void MediaInput::findLeadIn()
+{
+    // An edit list has moved the first packet before 0. Where there is none, it lies at 0.
+    AVIndexEntry const* const first = m_sound ? avformat_index_get_entry(m_sound, 0) : nullptr;
+    if (!isMov() || !first || first->timestamp != 0)
+        return;
+    readOnly(*m_sound);
+    PacketHandle const packet = newPacket();
+    if (!read(*packet))
+        return;
+    std::size_t size = 0;
+    std::uint8_t const* const skip =
+        av_packet_get_side_data(packet.get(), AV_PKT_DATA_SKIP_SAMPLES, &size);
+    if (skip && size >= 4) {
+        std::uint32_t const samples =
+            skip[0] | skip[1] << 8 | skip[2] << 16 | std::uint32_t(skip[3]) << 24;
+        m_leadIn = av_rescale_q(samples, {1, m_sound->codecpar->sample_rate}, m_sound->time_base);
+    }
+    seekToStart(*m_sound);
+}
+
+double MediaInput::end(AVStream const& stream) const
+{
+    std::string_view const name = m_format->iformat->name;
+    if (m_format->duration_estimation_method == AVFMT_DURATION_FROM_BITRATE ||
+        std::ranges::find(measuredByReading, name) != std::end(measuredByReading))
+        return -1;
+    if (stream.duration != AV_NOPTS_VALUE && stream.duration > 0) {
+        std::int64_t const start = stream.start_time == AV_NOPTS_VALUE ? 0 : stream.start_time;
+        std::int64_t const leadIn = &stream == m_sound ? m_leadIn : 0;
+        return secondsOf(start - leadIn + stream.duration - zero(stream), stream.time_base);
+    }
+    if (m_format->duration != AV_NOPTS_VALUE && m_format->duration > 0)
+        return secondsOf(m_format->duration, AV_TIME_BASE_Q);
+    return -1;
+}
+
+CodecHandle MediaInput::openDecoder(AVStream const& stream, int threads) const
+{
+    AVCodec const* const codec = decoderOf(stream);
+    if (!codec) {
+        char const* const kind =
+            stream.codecpar->codec_type == AVMEDIA_TYPE_VIDEO ? "picture" : "sound";
+        throw failure(MediaError::Cause::unsupported, m_path,
+                      fmt::format("holds {} in the format {}, which cannot be decoded here.", kind,
+                                  avcodec_get_name(stream.codecpar->codec_id)));
+    }
+    auto decoder = made<CodecHandle>(avcodec_alloc_context3(codec));
+    forgetLibraryMessages();
+    int result = avcodec_parameters_to_context(decoder.get(), stream.codecpar);
+    decoder->pkt_timebase = stream.time_base;
+    decoder->thread_count = threads;
+    decoder->max_pixels = maxMoviePixels;
+    if (result >= 0)
+        result = avcodec_open2(decoder.get(), codec, nullptr);
+    if (result == AVERROR(ENOMEM))
+        throw std::bad_alloc();
+    if (result < 0)
+        throw damage(m_path, result);
+    return decoder;
+}
+
+bool MediaInput::read(AVPacket& packet)
+{
+    if (!m_watch->getsOn())
+        m_watch->throwIfEnded();
+    forgetLibraryMessages();
+    int const result = av_read_frame(m_format.get(), &packet);
+    if (result < 0)
+        m_watch->throwIfEnded();
+    if (result == AVERROR_EOF && !m_isEndReported && isCutShort()) {
+        m_isEndReported = true;
+        throw damage(m_path, "its end is missing");
+    }
+    if (result == AVERROR_EOF)
+        return false;
+    if (result == AVERROR(ENOMEM))
+        throw std::bad_alloc();
+    if (result < 0)
+        throw damage(m_path, result);
+    return true;
+}
+
+/// Whether the end that was just met is not where the data should end: the index of MP4 names
+/// data behind it, in a stream that is being read; Matroska is in the middle of an element.
+bool MediaInput::isCutShort() const
+{
+    if (librarySaid("ended prematurely"))
+        return true;
+    if (!isMov())
+        return false;
+    for (AVStream* const stream : {m_picture, m_sound}) {
+        if (!stream || stream->discard == AVDISCARD_ALL)
+            continue;
+        int const entries = avformat_index_get_entries_count(stream);
+        AVIndexEntry const* const last = avformat_index_get_entry(stream, entries - 1);
+        if (last && last->pos + last->size > m_file->size())
+            return true;
+    }
+    return false;
+}
+
+std::int64_t MediaInput::firstTime(AVStream& stream) const
+{
+    // Elsewhere the index begins wherever something was first looked for.
+    AVIndexEntry const* const first = isMov() ? avformat_index_get_entry(&stream, 0) : nullptr;
+    if (first)
+        return first->timestamp;
+    return stream.start_time != AV_NOPTS_VALUE ? stream.start_time : 0;
+}
+
+bool MediaInput::seeksReliably() const
+{
+    // The library's search in Ogg now and then takes the time it looked for for that of the page
+    // it found.
+    return !is("ogg");
+}
+
+void MediaInput::seek(AVStream& stream, std::int64_t time)
+{
+    m_isEndReported = false;
+    int const result = seeksReliably()
+                           ? av_seek_frame(m_format.get(), stream.index, time, AVSEEK_FLAG_BACKWARD)
+                           : -1;
+    m_watch->throwIfEnded();
+    if (result < 0)
+        seekToStart(stream);
+}
+
+void MediaInput::seekToStart(AVStream& stream)
+{
+    m_isEndReported = false;
+    forgetLibraryMessages();
+    int result = -1;
+    // Formats whose times may jump are searched for a time; their first packet is simply the first.
+    if (!(m_format->iformat->flags & AVFMT_TS_DISCONT) || is("ogg"))
+        result =
+            av_seek_frame(m_format.get(), stream.index, firstTime(stream), AVSEEK_FLAG_BACKWARD);
+    if (result < 0)
+        result = av_seek_frame(m_format.get(), -1, 0, AVSEEK_FLAG_BYTE);
+    m_watch->throwIfEnded();
+    if (result < 0)
+        throw damage(m_path, result);
+}
+
+} // namespace framewright

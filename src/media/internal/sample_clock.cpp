@@ -1,0 +1,141 @@
+#include "media/internal/sample_clock.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+
+namespace framewright {
+
+namespace {
+
+/// Stamps may be off by this before they count as a real gap or overlap. Less than lips and voice
+/// may be apart, more than the clocks of telephones jitter. In seconds.
+constexpr double jitter = 0.02;
+
+/// But all blocks that come late or early by this for so long are where their stamps say: phones
+/// give their first block the time that the microphone took to start. In seconds.
+constexpr double lastingShift = 0.01;
+constexpr int lastingBlocks = 8;
+
+bool isPcm(AVCodecID codec)
+{
+    return codec >= AV_CODEC_ID_FIRST_AUDIO && codec < AV_CODEC_ID_ADPCM_IMA_QT;
+}
+
+} // namespace
+
+SampleClock::SampleClock(MediaInput const& input, AVStream& stream, FirstBlock const& first)
+    : m_stream(stream),
+      m_zero(input.zero(stream)),
+      m_rate(first.sampleRate),
+      m_stampUnit(av_rescale_q_rnd(1, stream.time_base, {1, m_rate}, AV_ROUND_UP))
+{
+    bool const isMov = std::strncmp(input.format()->iformat->name, "mov", 3) == 0;
+    AVCodecID const codec = stream.codecpar->codec_id;
+    std::int64_t const raw = stamped(first.stamp);
+    m_grid = codec == AV_CODEC_ID_VORBIS ? 1 : std::max(1, first.length); // Its blocks vary.
+    // A beginning that is rounded to the stamp's unit is the round sample it stands for.
+    std::int64_t const multiple = std::llround(double(raw) / double(m_grid)) * m_grid;
+    m_anchor = raw;
+    if (std::abs(raw + first.skipped) <= m_stampUnit)
+        m_anchor = -first.skipped;
+    else if (std::abs(raw - multiple) <= m_stampUnit)
+        m_anchor = multiple;
+
+    if (isMov && !isPcm(codec))
+        countBlocks(first.length);
+    if (isMov)
+        findEnd(input, first);
+}
+
+std::int64_t SampleClock::stamped(std::int64_t stamp) const
+{
+    return av_rescale_q(stamp - m_zero, m_stream.time_base, {1, m_rate});
+}
+
+std::int64_t SampleClock::stampOf(std::int64_t position) const
+{
+    return m_zero + av_rescale_q(position, {1, m_rate}, m_stream.time_base);
+}
+
+bool SampleClock::isNear(std::int64_t a, std::int64_t b) const
+{
+    return std::abs(a - b) <= std::int64_t(jitter * m_rate);
+}
+
+/// Whether this block of the index and the next ones are all off to the same side by more than
+/// jitter is, if it is placed at `expected`.
+bool SampleClock::isShifted(int entry, std::int64_t expected, int blockLength) const
+{
+    auto const least = std::int64_t(lastingShift * m_rate);
+    auto const shift = [&](int i) {
+        std::int64_t const raw =
+            stamped(avformat_index_get_entry(&m_stream, entry + i)->timestamp) - expected -
+            std::int64_t(i) * blockLength;
+        return raw > least ? 1 : raw < -least ? -1 : 0;
+    };
+    int const side = shift(0);
+    if (side == 0 || entry + lastingBlocks > avformat_index_get_entries_count(&m_stream))
+        return false;
+    for (int i = 1; i < lastingBlocks; ++i) {
+        if (shift(i) != side)
+            return false;
+    }
+    return true;
+}
+
+void SampleClock::countBlocks(int blockLength)
+{
+    int const count = avformat_index_get_entries_count(&m_stream);
+    m_counted.reserve(std::size_t(count));
+    bool isAsStamped = true;
+    std::int64_t expected = m_anchor;
+    for (int i = 0; i < count; ++i) {
+        std::int64_t const raw = stamped(avformat_index_get_entry(&m_stream, i)->timestamp);
+        bool const follows = isNear(raw, expected) && !isShifted(i, expected, blockLength);
+        std::int64_t const position = follows ? expected : raw;
+        isAsStamped = isAsStamped && position == raw && (follows || i == 0);
+        m_counted.push_back(position);
+        expected = position + blockLength;
+    }
+    if (isAsStamped)
+        m_counted = {};
+}
+
+void SampleClock::findEnd(MediaInput const& input, FirstBlock const& first)
+{
+    int const count = avformat_index_get_entries_count(&m_stream);
+    if (count == 0 || m_stream.duration == AV_NOPTS_VALUE || m_stream.duration <= 0)
+        return;
+    // What an edit list counts begins behind the encoder's lead-in; without one it is counted in.
+    bool const isLeadInCounted = input.zero(m_stream) > 0;
+    std::int64_t const begin = stamped(avformat_index_get_entry(&m_stream, 0)->timestamp) +
+                               (isLeadInCounted ? 0 : first.skipped);
+    std::int64_t const end =
+        begin + av_rescale_q(m_stream.duration, m_stream.time_base, {1, m_rate});
+    // The length that a file in fragments gives may be that of its first one only.
+    std::int64_t const lastBlock =
+        stamped(avformat_index_get_entry(&m_stream, count - 1)->timestamp);
+    if (lastBlock < end + 4 * std::int64_t(first.length))
+        m_end = end;
+}
+
+std::int64_t SampleClock::position(std::int64_t stamp, std::optional<std::int64_t> expected) const
+{
+    if (!m_counted.empty()) {
+        int const entry =
+            av_index_search_timestamp(&m_stream, stamp, AVSEEK_FLAG_ANY | AVSEEK_FLAG_BACKWARD);
+        if (entry >= 0 && std::size_t(entry) < m_counted.size() &&
+            avformat_index_get_entry(&m_stream, entry)->timestamp == stamp)
+            return m_counted[std::size_t(entry)];
+    }
+    std::int64_t const raw = stamped(stamp);
+    if (expected && isNear(raw, *expected))
+        return *expected;
+    std::int64_t const snapped =
+        m_anchor + std::llround(double(raw - m_anchor) / double(m_grid)) * m_grid;
+    return std::abs(snapped - raw) <= m_stampUnit ? snapped : raw;
+}
+
+} // namespace framewright

@@ -1,0 +1,142 @@
+#include "text/internal/text_boxes.h"
+
+#include <algorithm>
+#include <cmath>
+#include <span>
+
+namespace framewright {
+
+namespace {
+
+/// How much of its radius a rounded corner's control points lie away from the corner.
+constexpr double roundness = 1 - 0.5522847498;
+
+double length(QPointF const& vector)
+{
+    return std::hypot(vector.x(), vector.y());
+}
+
+/// Whether rows belong to one shape. A slit between them would look like a mistake.
+bool areNeighbors(QRectF const& upper, QRectF const& lower)
+{
+    return lower.top() - upper.bottom() < std::min(upper.height(), lower.height()) / 3;
+}
+
+/// Gives rows that differ little from their neighbours the same edges.
+void straighten(std::span<QRectF> rows, double leastStep)
+{
+    bool isChanged = true;
+    while (isChanged) {
+        isChanged = false;
+        for (std::size_t n = 0; n + 1 < rows.size(); ++n) {
+            QRectF& a = rows[n];
+            QRectF& b = rows[n + 1];
+            if (a.left() != b.left() && std::abs(a.left() - b.left()) < leastStep) {
+                double const left = std::min(a.left(), b.left());
+                a.setLeft(left);
+                b.setLeft(left);
+                isChanged = true;
+            }
+            if (a.right() != b.right() && std::abs(a.right() - b.right()) < leastStep) {
+                double const right = std::max(a.right(), b.right());
+                a.setRight(right);
+                b.setRight(right);
+                isChanged = true;
+            }
+        }
+    }
+}
+
+/// Where rows overlap, the wider one keeps its height; where they leave a slit, the narrower one
+/// fills it. One with too little left of it to be rounded
+/// becomes as wide as its neighbours.
+void share(std::span<QRectF> rows, double leastHeight)
+{
+    for (std::size_t n = 1; n < rows.size(); ++n) {
+        QRectF& upper = rows[n - 1];
+        QRectF& lower = rows[n];
+        if (upper.width() >= lower.width())
+            lower.setTop(upper.bottom());
+        else
+            upper.setBottom(lower.top());
+    }
+    for (std::size_t n = 1; n + 1 < rows.size(); ++n) {
+        if (rows[n].height() >= leastHeight)
+            continue;
+        QRectF& neighbor = rows[n - 1].width() < rows[n + 1].width() ? rows[n - 1] : rows[n + 1];
+        rows[n].setLeft(neighbor.left());
+        rows[n].setRight(neighbor.right());
+        rows[n].setTop(rows[n - 1].bottom());
+        rows[n].setBottom(std::max(rows[n].top(), rows[n + 1].top()));
+        rows[n + 1].setTop(rows[n].bottom());
+    }
+}
+
+/// The corners, clockwise from the top left.
+std::vector<QPointF> cornersOf(std::span<QRectF const> rows)
+{
+    std::vector<QPointF> corners;
+    auto const add = [&](QPointF const& corner) {
+        if (corners.empty() || length(corner - corners.back()) > 1e-9)
+            corners.push_back(corner);
+    };
+    for (QRectF const& row : rows) {
+        add(row.topRight());
+        add(row.bottomRight());
+    }
+    for (std::size_t n = rows.size(); n-- > 0;) {
+        add(rows[n].bottomLeft());
+        add(rows[n].topLeft());
+    }
+    // Those on a straight edge would halve the radius of their neighbours.
+    std::vector<QPointF> kept;
+    for (std::size_t n = 0; n < corners.size(); ++n) {
+        QPointF const& before = corners[(n + corners.size() - 1) % corners.size()];
+        QPointF const& after = corners[(n + 1) % corners.size()];
+        bool const isStraight = (before.x() == corners[n].x() && after.x() == corners[n].x()) ||
+                                (before.y() == corners[n].y() && after.y() == corners[n].y());
+        if (!isStraight)
+            kept.push_back(corners[n]);
+    }
+    return kept;
+}
+
+void addRounded(std::vector<QPointF> const& corners, double radius, QPainterPath& path)
+{
+    for (std::size_t n = 0; n < corners.size(); ++n) {
+        QPointF const corner = corners[n];
+        QPointF const in = corner - corners[(n + corners.size() - 1) % corners.size()];
+        QPointF const out = corners[(n + 1) % corners.size()] - corner;
+        double const round = std::min({radius, length(in) / 2, length(out) / 2});
+        QPointF const from = corner - in / length(in) * round;
+        QPointF const to = corner + out / length(out) * round;
+        if (n == 0)
+            path.moveTo(from);
+        else
+            path.lineTo(from);
+        path.cubicTo(corner + (from - corner) * roundness, corner + (to - corner) * roundness, to);
+    }
+    path.closeSubpath();
+}
+
+} // namespace
+
+QPainterPath boxAround(std::vector<QRectF> rows, double cornerRadius)
+{
+    std::erase_if(rows, [](QRectF const& row) { return row.isEmpty(); });
+    QPainterPath path;
+    path.setFillRule(Qt::WindingFill);
+    for (std::size_t from = 0, to = 0; from < rows.size(); from = to) {
+        to = from + 1;
+        while (to < rows.size() && areNeighbors(rows[to - 1], rows[to]))
+            ++to;
+        std::span<QRectF> const group(rows.data() + from, to - from);
+        double const lineHeight = group.front().height();
+        straighten(group, std::max(1.2 * cornerRadius, 0.15 * lineHeight));
+        share(group, cornerRadius);
+        addRounded(cornersOf(group), cornerRadius, path);
+    }
+    return path;
+}
+
+} // namespace framewright
