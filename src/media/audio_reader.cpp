@@ -21,16 +21,16 @@ namespace {
 constexpr double preroll = 0.3;
 
 /// A jump forward by less is made by reading on. Seconds.
-constexpr double shortJump = 0.5;
+constexpr double maxReadAhead = 0.5;
 
 /// Damage at the very end counts as not being there: see VideoReader. Seconds.
-constexpr double forgivenEnd = 0.5;
+constexpr double toleratedLoss = 0.5;
 
-AVStream& soundOf(MediaInput const& input)
+AVStream& audioOf(MediaInput const& input)
 {
-    if (!input.sound())
+    if (!input.audio())
         throw failure(MediaError::Cause::unsupported, input.path(), "has no sound.");
-    return *input.sound();
+    return *input.audio();
 }
 
 } // namespace
@@ -39,7 +39,7 @@ class AudioReader::Impl {
 public:
     Impl(std::filesystem::path const& file, ReadingActivity activity)
         : m_input(openMediaFile(file), file, MediaInput::Detail::forReading, std::move(activity)),
-          m_stream(withLeadInFound(m_input)),
+          m_stream(audioWithDelay(m_input)),
           m_decoder(m_input, m_stream),
           m_converter(m_decoder.sampleRate(), file)
     {
@@ -53,11 +53,11 @@ public:
         if (silent == count)
             return;
         std::int64_t const from = std::max<std::int64_t>(first, 0);
-        if (!m_isPlaced || from < m_converter.position() ||
-            from > m_converter.readyUpTo() + std::int64_t(shortJump * sampleRate))
-            jumpTo(from);
+        if (!m_isPositioned || from < m_converter.position() ||
+            from > m_converter.readyUpTo() + std::int64_t(maxReadAhead * sampleRate))
+            seekTo(from);
         while (m_converter.readyUpTo() < first + count && !m_isAtEnd)
-            readOn();
+            readUntil();
         m_converter.take(from, interleaved.subspan(std::size_t(silent) * 2));
         if (m_hole && m_hole->begin < first + count && m_hole->end > from)
             throw damage(m_input.path(),
@@ -71,22 +71,22 @@ private:
         std::int64_t end;
     };
 
-    static AVStream& withLeadInFound(MediaInput& input)
+    static AVStream& audioWithDelay(MediaInput& input)
     {
-        AVStream& sound = soundOf(input);
-        input.findLeadIn();
-        return sound;
+        AVStream& audio = audioOf(input);
+        input.findEncoderDelay();
+        return audio;
     }
 
     /// Starts converting at the last sample before `output` from which on everything is as if it
     /// had been read from the beginning.
-    void jumpTo(std::int64_t output)
+    void seekTo(std::int64_t output)
     {
         int const rate = m_decoder.sampleRate();
         std::int64_t const start =
             m_converter.startFor(output - std::int64_t(preroll * sampleRate));
         auto back = std::int64_t(preroll * rate);
-        m_isPlaced = false;
+        m_isPositioned = false;
         m_hole.reset();
         while (true) {
             bool const isAtStart = start - back <= 0;
@@ -104,7 +104,7 @@ private:
         // Blocks that cannot be decoded for want of those before them are no damage.
         while (m_pending && m_pending->endPosition() <= start)
             m_pending = m_decoder.next();
-        m_isPlaced = true;
+        m_isPositioned = true;
         if (m_pending)
             noteHole();
         else
@@ -118,7 +118,7 @@ private:
                           m_converter.outputFor(m_pending->position)};
     }
 
-    void readOn()
+    void readUntil()
     {
         if (!m_pending) {
             m_pending = m_decoder.next();
@@ -137,17 +137,17 @@ private:
         m_converter.finish();
         m_isAtEnd = true;
         double const missing = m_input.end(m_stream) - double(m_converter.readyUpTo()) / sampleRate;
-        if (m_decoder.isDamagedBefore() && missing >= forgivenEnd)
+        if (m_decoder.isDamagedBefore() && missing >= toleratedLoss)
             m_hole = Hole{m_converter.readyUpTo(), std::numeric_limits<std::int64_t>::max()};
     }
 
     MediaInput m_input;
     AVStream& m_stream;
-    SoundDecoder m_decoder;
+    AudioDecoder m_decoder;
     StereoConverter m_converter;
-    std::optional<SoundBlock> m_pending; ///< Decoded, not converted yet.
+    std::optional<AudioBlock> m_pending; ///< Decoded, not converted yet.
     std::optional<Hole> m_hole;          ///< The last stretch that could not be decoded.
-    bool m_isPlaced = false;             ///< The converter stands at a known sample.
+    bool m_isPositioned = false;         ///< The converter stands at a known sample.
     bool m_isAtEnd = false;
 };
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "media/reading_watch.h"
+#include "media/reading_activity.h"
 
 #include <cstdint>
 #include <filesystem>

@@ -21,7 +21,7 @@ namespace framewright {
 namespace {
 
 /// No picture needs more; larger ones are a mistake or an attack.
-constexpr std::size_t maxPictureBytes = std::size_t{4} << 30;
+constexpr std::size_t maxFrameBytes = std::size_t{4} << 30;
 
 bool isChroma(PixelLayout layout, int index)
 {
@@ -74,14 +74,14 @@ Frame::Frame(int width, int height, PixelLayout layout, ColorTags colors)
         std::size_t const stride =
             roundedUp(std::size_t(columns) * std::size_t(layout.bytesPerSample()));
         if (stride > std::size_t(std::numeric_limits<int>::max()) ||
-            stride * std::size_t(rows) > maxPictureBytes)
+            stride * std::size_t(rows) > maxFrameBytes)
             throw std::bad_alloc();
         frame.linesize[slot(layout, i)] = int(stride);
         offsets[std::size_t(i)] = bytes;
         bytes += stride * std::size_t(rows);
     }
     // Vector code may read a little past the last row.
-    AVBufferRef* const memory = pictureMemory(bytes + rowAlignment);
+    AVBufferRef* const memory = frameMemory(bytes + rowAlignment);
     frame.buf[0] = memory;
     for (int i = 0; i < layout.planeCount(); ++i)
         frame.data[slot(layout, i)] = memory->data + offsets[std::size_t(i)];

@@ -11,8 +11,8 @@ struct MasteringDisplay {
         bool operator==(Chromaticity const&) const = default;
     };
     Chromaticity red, green, blue, white;
-    double leastLuminance = 0; ///< cd/m².
-    double mostLuminance = 0;
+    double minLuminance = 0; ///< cd/m².
+    double maxLuminance = 0;
 
     bool operator==(MasteringDisplay const&) const = default;
 };

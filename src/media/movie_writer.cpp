@@ -35,33 +35,33 @@ class MovieWriter::Impl {
 public:
     Impl(std::filesystem::path const& file, MovieSettings const& settings)
         : m_path(file),
-          m_picture(openPictureEncoder(settings, file)),
+          m_videoEncoder(openVideoEncoder(settings, file)),
           m_file(file, Mp4File::Kind::movie),
-          m_pictureStream(m_file.addStream(*m_picture)),
-          m_sound(settings.audioBitRate, m_file, file),
+          m_videoStream(m_file.addStream(*m_videoEncoder)),
+          m_audio(settings.audioBitRate, m_file, file),
           m_packet(newPacket())
     {
         if (settings.mastering && settings.codec == MovieSettings::Codec::hevcHLG)
-            setMasteringDisplay(*m_pictureStream, *settings.mastering);
+            setMasteringDisplay(*m_videoStream, *settings.mastering);
         m_file.setActivity(settings.activity);
         m_file.begin();
     }
 
     void writeFrame(Frame const& frame)
     {
-        if (frame.width() != m_picture->width || frame.height() != m_picture->height ||
-            formatOf(frame.layout()) != m_picture->pix_fmt)
+        if (frame.width() != m_videoEncoder->width || frame.height() != m_videoEncoder->height ||
+            formatOf(frame.layout()) != m_videoEncoder->pix_fmt)
             throw std::invalid_argument("The picture is not of the movie's size and layout.");
         encode(plainReference(frame, m_frameCount).get());
         ++m_frameCount;
     }
 
-    void writeSound(std::span<float const> interleaved) { m_sound.write(interleaved); }
+    void writeAudio(std::span<float const> interleaved) { m_audio.write(interleaved); }
 
     void finish(std::function<void(std::filesystem::path const&)> const& check)
     {
         encode(nullptr);
-        m_sound.finish();
+        m_audio.finish();
         m_file.finish(check);
     }
 
@@ -70,22 +70,22 @@ private:
     void encode(AVFrame const* frame)
     {
         forgetLibraryMessages();
-        int result = avcodec_send_frame(m_picture.get(), frame);
+        int result = avcodec_send_frame(m_videoEncoder.get(), frame);
         while (result >= 0) {
-            result = avcodec_receive_packet(m_picture.get(), m_packet.get());
+            result = avcodec_receive_packet(m_videoEncoder.get(), m_packet.get());
             if (result == AVERROR(EAGAIN) || result == AVERROR_EOF)
                 return;
             if (result >= 0)
-                m_file.write(*m_packet, *m_pictureStream, *m_picture);
+                m_file.write(*m_packet, *m_videoStream, *m_videoEncoder);
         }
         throw libraryFailure(m_path, "written", result);
     }
 
     std::filesystem::path m_path;
-    CodecHandle m_picture;
+    CodecHandle m_videoEncoder;
     Mp4File m_file;
-    AVStream* m_pictureStream;
-    SoundStream m_sound;
+    AVStream* m_videoStream;
+    AudioStream m_audio;
     PacketHandle m_packet;
     std::int64_t m_frameCount = 0;
 };
@@ -102,9 +102,9 @@ void MovieWriter::writeFrame(Frame const& frame)
     m_impl->writeFrame(frame);
 }
 
-void MovieWriter::writeSound(std::span<float const> interleaved)
+void MovieWriter::writeAudio(std::span<float const> interleaved)
 {
-    m_impl->writeSound(interleaved);
+    m_impl->writeAudio(interleaved);
 }
 
 void MovieWriter::finish(std::function<void(std::filesystem::path const&)> const& check)

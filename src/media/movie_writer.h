@@ -48,7 +48,7 @@ public:
 
     /// Keeps a reference, no copy. Throws std::invalid_argument for another size or layout.
     void writeFrame(Frame const& frame);
-    void writeSound(std::span<float const> interleaved);
+    void writeAudio(std::span<float const> interleaved);
 
     /// Writes what is still held back and the index, and flushes the file to disk. Then `check`
     /// may look at the hidden file, complete now, before it takes its place; when that throws,

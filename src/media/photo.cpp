@@ -70,15 +70,15 @@ Frame toYuv(QImage const& pixels)
 Frame readPhoto(std::filesystem::path const& file, int maxSide)
 {
     Descriptor const opened = openMediaFile(file);
-    PhotoFormat const format = photoFormat(headOf(opened, file));
+    PhotoFormat const format = photoFormat(readHead(opened, file));
     if (format == PhotoFormat::none)
         throw failure(MediaError::Cause::unsupported, file, "is not a photo.");
-    QImage const picture = decodedPhoto(opened, format, file, std::max(1, maxSide));
+    QImage const image = decodePhoto(opened, format, file, std::max(1, maxSide));
 
     // Premultiplied colours are the picture on black; what its alpha then holds no longer matters.
     auto const onBlack =
-        picture.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32;
-    QImage const pixels = picture.convertToFormat(onBlack);
+        image.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32;
+    QImage const pixels = image.convertToFormat(onBlack);
     if (pixels.isNull())
         throw std::bad_alloc();
     return toYuv(pixels);

@@ -58,7 +58,7 @@ int squareWidth(AVFormatContext& format, AVStream& stream)
     double const ratio = aspect.num > 0 && aspect.den > 0 ? av_q2d(aspect) : 1;
     if (ratio < 0.1 || ratio > 10) // No camera's; a mistake of the file.
         return width;
-    return std::clamp(int(std::lround(width * ratio)), 1, maxPictureSide);
+    return std::clamp(int(std::lround(width * ratio)), 1, maxImageSide);
 }
 
 double frameRateOf(AVStream const& stream)
@@ -78,7 +78,7 @@ std::string tagOf(AVStream const& stream)
     return av_fourcc_make_string(text, stream.codecpar->codec_tag);
 }
 
-void addPictureFacts(MediaInfo& info, AVFormatContext& format, AVStream& stream)
+void addVideoFacts(MediaInfo& info, AVFormatContext& format, AVStream& stream)
 {
     info.hasVideo = true;
     info.width = squareWidth(format, stream);
@@ -95,7 +95,7 @@ void addPictureFacts(MediaInfo& info, AVFormatContext& format, AVStream& stream)
                    stream.codecpar->chroma_location == AVCHROMA_LOC_CENTER};
 }
 
-void addSoundFacts(MediaInfo& info, AVStream const& stream)
+void addAudioFacts(MediaInfo& info, AVStream const& stream)
 {
     info.hasAudio = true;
     info.channels = stream.codecpar->ch_layout.nb_channels;
@@ -132,7 +132,7 @@ double measuredEnd(MediaInput& input)
             return end; // What cannot be read has no length.
         }
         AVStream const& stream = *input.format()->streams[packet->stream_index];
-        if ((&stream == input.picture() || &stream == input.sound()) &&
+        if ((&stream == input.video() || &stream == input.audio()) &&
             packet->pts != AV_NOPTS_VALUE) {
             std::int64_t const last = packet->pts + packet->duration -
                                       droppedAtEnd(*packet, stream, *input.format()->iformat);
@@ -145,7 +145,7 @@ double measuredEnd(MediaInput& input)
 double durationOf(MediaInput& input)
 {
     double end = 0;
-    for (AVStream const* const stream : {input.picture(), input.sound()}) {
+    for (AVStream const* const stream : {input.video(), input.audio()}) {
         if (!stream)
             continue;
         double const its = input.end(*stream);
@@ -161,22 +161,22 @@ double durationOf(MediaInput& input)
 MediaInfo probeMedia(std::filesystem::path const& file)
 {
     Descriptor opened = openMediaFile(file);
-    PhotoFormat const format = photoFormat(headOf(opened, file));
+    PhotoFormat const format = photoFormat(readHead(opened, file));
     if (format != PhotoFormat::none)
         return photoInfo(opened, format, file);
 
     MediaInput input(std::move(opened), file, MediaInput::Detail::complete);
-    input.findLeadIn();
+    input.findEncoderDelay();
     MediaInfo info;
-    info.kind = input.picture() ? MediaKind::video : MediaKind::audio;
+    info.kind = input.video() ? MediaKind::video : MediaKind::audio;
     // Opening them finds out what cannot be decoded before it is asked for.
-    if (AVStream* const picture = input.picture()) {
-        input.openDecoder(*picture, 1);
-        addPictureFacts(info, *input.format(), *picture);
+    if (AVStream* const video = input.video()) {
+        input.openDecoder(*video, 1);
+        addVideoFacts(info, *input.format(), *video);
     }
-    if (AVStream* const sound = input.sound()) {
-        input.openDecoder(*sound, 1);
-        addSoundFacts(info, *sound);
+    if (AVStream* const audio = input.audio()) {
+        input.openDecoder(*audio, 1);
+        addAudioFacts(info, *audio);
     }
     info.duration = durationOf(input);
     return info;

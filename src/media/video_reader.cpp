@@ -19,28 +19,28 @@ namespace framewright {
 namespace {
 
 /// A seek throws away what the decoder has begun, so it must spare at least this. Seconds.
-constexpr double leastGain = 0.3;
+constexpr double minSeekGain = 0.3;
 
 /// Where the file has no index of what lies ahead, a jump this far tries its luck. Seconds.
-constexpr double farJump = 5;
+constexpr double blindSeek = 5;
 
 /// Pictures that no other needs are left out on the way to the wanted one, up to so many pictures
 /// before it, and so many seconds at the most. Where a gap between two of them is longer, the right
 /// one may be left out at first, which is noticed.
-constexpr double marginPictures = 3;
+constexpr double marginFrames = 3;
 constexpr double longestMargin = 0.5;
 
 /// Data that cannot be decoded at the very end counts as not being there: recorders that were
 /// stopped hard leave such ends in otherwise good files. The picture before it stays. Seconds.
-constexpr double forgivenEnd = 0.5;
+constexpr double toleratedLoss = 0.5;
 
 constexpr auto never = std::numeric_limits<std::int64_t>::min();
 
-AVStream& pictureOf(MediaInput const& input)
+AVStream& videoOf(MediaInput const& input)
 {
-    if (!input.picture())
+    if (!input.video())
         throw failure(MediaError::Cause::unsupported, input.path(), "has no picture.");
-    return *input.picture();
+    return *input.video();
 }
 
 } // namespace
@@ -49,7 +49,7 @@ class VideoReader::Impl {
 public:
     Impl(std::filesystem::path const& file, int threads, ReadingActivity activity)
         : m_input(openMediaFile(file), file, MediaInput::Detail::forReading, std::move(activity)),
-          m_stream(pictureOf(m_input)),
+          m_stream(videoOf(m_input)),
           m_zero(m_input.zero(m_stream)),
           m_decoder(m_input, m_stream, threads)
     {
@@ -86,44 +86,44 @@ private:
 
     void moveTo(std::int64_t time)
     {
-        if (!m_current || time < m_current->time || isCheaperToJump(time))
-            jumpTo(time, time - unitsOf(skipMargin()));
-        readOn(time);
-        if (m_decoder.lastLeftOut() && m_current->time < *m_decoder.lastLeftOut()) {
-            jumpTo(time, never);
-            readOn(time);
+        if (!m_current || time < m_current->time || shouldSeek(time))
+            seekTo(time, time - unitsOf(skipMargin()));
+        readUntil(time);
+        if (m_decoder.lastSkipped() && m_current->time < *m_decoder.lastSkipped()) {
+            seekTo(time, never);
+            readUntil(time);
         }
     }
 
     double skipMargin() const
     {
         double const rate = av_q2d(m_stream.avg_frame_rate);
-        return rate > 0 ? std::min(longestMargin, marginPictures / rate) : longestMargin;
+        return rate > 0 ? std::min(longestMargin, marginFrames / rate) : longestMargin;
     }
 
-    void readOn(std::int64_t time)
+    void readUntil(std::int64_t time)
     {
         while (m_next && m_next->time <= time)
             advance();
     }
 
-    bool isCheaperToJump(std::int64_t time) const
+    bool shouldSeek(std::int64_t time) const
     {
         auto const readUpTo = m_decoder.readUpTo();
         if (!readUpTo)
             return false;
         AVIndexEntry const* const keyframe =
             avformat_index_get_entry_from_timestamp(&m_stream, time, AVSEEK_FLAG_BACKWARD);
-        if (keyframe && keyframe->timestamp > *readUpTo + unitsOf(leastGain))
+        if (keyframe && keyframe->timestamp > *readUpTo + unitsOf(minSeekGain))
             return true;
         int const entries = avformat_index_get_entries_count(&m_stream);
         bool const knowsAhead =
             entries > 0 && avformat_index_get_entry(&m_stream, entries - 1)->timestamp > *readUpTo;
-        return !knowsAhead && time > *readUpTo + unitsOf(farJump);
+        return !knowsAhead && time > *readUpTo + unitsOf(blindSeek);
     }
 
     /// Makes a picture at or before `time` the current one, or the first picture.
-    void jumpTo(std::int64_t time, std::int64_t skipUntil)
+    void seekTo(std::int64_t time, std::int64_t skipUntil)
     {
         m_current.reset();
         std::int64_t const start = m_input.firstTime(m_stream);
@@ -157,24 +157,25 @@ private:
         m_next = m_decoder.next();
         m_isLast = !m_next;
         m_missing = m_decoder.missing();
-        if (m_isLast && m_missing && isForgiven(*m_missing))
+        if (m_isLast && m_missing && isTolerated(*m_missing))
             m_missing.reset();
     }
 
-    bool isForgiven(std::int64_t missing) const
+    bool isTolerated(std::int64_t missing) const
     {
         double const end = m_input.end(m_stream);
-        return end < 0 || end - double(missing - m_zero) * av_q2d(m_stream.time_base) < forgivenEnd;
+        return end < 0 ||
+               end - double(missing - m_zero) * av_q2d(m_stream.time_base) < toleratedLoss;
     }
 
     MediaInput m_input;
     AVStream& m_stream;
     std::int64_t m_zero;
-    PictureDecoder m_decoder;
+    VideoDecoder m_decoder;
     PlanarConverter m_converter;
 
-    std::optional<Picture> m_current;
-    std::optional<Picture> m_next;         ///< The picture after it.
+    std::optional<TimedFrame> m_current;
+    std::optional<TimedFrame> m_next;      ///< The picture after it.
     bool m_isFirst = false;                ///< Nothing comes before the current picture.
     bool m_isLast = false;                 ///< Nothing comes after it.
     std::optional<std::int64_t> m_missing; ///< From here to m_next nothing could be decoded.

@@ -2,7 +2,7 @@
 
 #include "media/frame.h"
 #include "media/media_info.h"
-#include "media/reading_watch.h"
+#include "media/reading_activity.h"
 
 #include <filesystem>
 #include <memory>

@@ -211,7 +211,7 @@ private:
             watched.enter(writing, "encoding the picture");
             writer.writeFrame(*frame);
             watched.enter(writing, "mixing the sound");
-            writer.writeSound(sound.ofFrame(written++));
+            writer.writeAudio(sound.ofFrame(written++));
             watched.enter(writing, nullptr);
             m_written = written;
         }

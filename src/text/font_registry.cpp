@@ -29,7 +29,7 @@ QStringList const scriptFamilies{
 /// The family that has the letters of other languages which one of the carried fonts lacks.
 QString companionOf(QString const& family)
 {
-    switch (promisedLook(family.toStdString()).kind) {
+    switch (impliedTraits(family.toStdString()).kind) {
     case FontKind::serif:
     case FontKind::didone:
     case FontKind::poster:
@@ -76,7 +76,7 @@ struct FontRegistry::Fonts {
     Found resolve(std::string const& fontName) const;
 
     FontFace const* named(std::string const& fontName) const;
-    FontFace const& nearest(FontLook const& look) const;
+    FontFace const& nearest(FontTraits const& traits) const;
     FontFace const* nearestOfFamily(QString const& family, int weight) const;
     QFont fontOf(FontFace const& face) const;
     bool isFamily(QString const& family) const { return families.contains(family); }
@@ -133,12 +133,12 @@ void FontRegistry::Fonts::load()
         std::string const name(carried.fontName);
         // Also the same font, where that is installed.
         FontFace const* const same = named(name);
-        FontFace const& used = same ? *same : nearest(promisedLook(name));
-        missing.push_back({name, used.humanName(), why->second});
+        FontFace const& used = same ? *same : nearest(impliedTraits(name));
+        missing.push_back({name, used.fullName(), why->second});
     }
     if (!isFamily(emojiFamily))
         missing.push_back(
-            {emojiFamily.toStdString(), nearest({}).humanName(), Missing::Why::notInstalled});
+            {emojiFamily.toStdString(), nearest({}).fullName(), Missing::Why::notInstalled});
 }
 
 FontFace const* FontRegistry::Fonts::named(std::string const& fontName) const
@@ -161,21 +161,21 @@ FontFace const* FontRegistry::Fonts::nearestOfFamily(QString const& family, int 
     auto const distance = [&](auto const& entry) {
         FontFace const& face = entry.second;
         return std::abs(face.weight - weight) + (face.isSlanted ? 1000 : 0) +
-               (face.hasUsualWidth ? 0 : 1000);
+               (face.hasNormalWidth ? 0 : 1000);
     };
     auto const nearest = std::ranges::min_element(begin, end, {}, distance);
     return nearest == end ? nullptr : &nearest->second;
 }
 
-FontFace const& FontRegistry::Fonts::nearest(FontLook const& look) const
+FontFace const& FontRegistry::Fonts::nearest(FontTraits const& traits) const
 {
-    for (std::string_view const family : familiesLike(look.kind)) {
+    for (std::string_view const family : similarFamilies(traits.kind)) {
         if (auto const* const face =
-                nearestOfFamily(QString::fromUtf8(family.data(), family.size()), look.weight))
+                nearestOfFamily(QString::fromUtf8(family.data(), family.size()), traits.weight))
             return *face;
     }
     for (char const* const family : {"Inter", "DejaVu Sans"}) {
-        if (auto const* const face = nearestOfFamily(QString::fromUtf8(family), look.weight))
+        if (auto const* const face = nearestOfFamily(QString::fromUtf8(family), traits.weight))
             return *face;
     }
     return families.empty() ? lastResort : families.begin()->second;
@@ -197,7 +197,7 @@ QFont FontRegistry::Fonts::fontOf(FontFace const& face) const
     font.setFamilies(inTurn);
     font.setWeight(static_cast<QFont::Weight>(std::clamp(face.weight, 1, 1000)));
     font.setItalic(face.isSlanted);
-    if (!face.hasUsualWidth)
+    if (!face.hasNormalWidth)
         font.setStyleName(face.style);
     return font;
 }
@@ -206,8 +206,8 @@ FontRegistry::Found FontRegistry::Fonts::resolve(std::string const& fontName) co
 {
     if (FontFace const* const face = named(fontName))
         return {fontOf(*face), std::nullopt};
-    FontFace const& face = nearest(promisedLook(fontName));
-    return {fontOf(face), face.humanName()};
+    FontFace const& face = nearest(impliedTraits(fontName));
+    return {fontOf(face), face.fullName()};
 }
 
 FontRegistry::FontRegistry(std::filesystem::path const& carriedFonts)
@@ -244,7 +244,7 @@ std::vector<FontRegistry::Missing> FontRegistry::missingCarried() const
 
 std::vector<std::string> FontRegistry::lettersWithoutFont(std::string const& text) const
 {
-    constexpr std::size_t answersKept = 20'000, mostTold = 10;
+    constexpr std::size_t answersKept = 20'000, maxReported = 10;
     if (std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; }))
         return {};
     load();
@@ -255,15 +255,15 @@ std::vector<std::string> FontRegistry::lettersWithoutFont(std::string const& tex
         known.clear();
     for (uint const code : QString::fromStdString(text).toUcs4()) {
         auto const letter = char32_t(code);
-        if (without.size() == mostTold)
+        if (without.size() == maxReported)
             break;
         if (!isDrawn(letter))
             continue;
         auto const answer = known.find(letter);
-        bool const isThere = answer != known.end()
+        bool const hasFont = answer != known.end()
                                  ? answer->second
                                  : known.emplace(letter, isInAnyFont(letter)).first->second;
-        if (isThere)
+        if (hasFont)
             continue;
         std::string const written = QString::fromUcs4(&letter, 1).toStdString();
         if (std::ranges::find(without, written) == without.end())

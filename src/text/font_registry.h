@@ -30,7 +30,7 @@ public:
     struct Found {
         QFont font; ///< Family, style and weight are set, colour emoji come next; no size yet.
         std::optional<std::string>
-            standIn; ///< The font used instead, when it isn't the one asked for.
+            substitute; ///< The font used instead, when it isn't the one asked for.
     };
 
     /// The font that a style's `fontName` names, else the nearest there is. Never fails.
@@ -39,7 +39,7 @@ public:
     struct Missing {
         enum class Why { absent, damaged, notInstalled };
         std::string fontName; ///< As styles name it.
-        std::string standIn;
+        std::string substitute;
         Why why;
     };
 

@@ -67,18 +67,18 @@ std::vector<float> readInOrder(fs::path const& file, int samples)
 
 /// How far the sound is from the tone at `at`, in the mean over a moment. A shift by a single
 /// sample gives 0.03 in the first second and more later on.
-double errorAt(std::vector<float> const& sound, double at, double begin)
+double errorAt(std::vector<float> const& audio, double at, double begin)
 {
     constexpr int window = 4000;
     double sum = 0;
     auto const from = int(at * AudioReader::sampleRate);
     for (int n = from; n < from + window; ++n)
         sum += std::pow(
-            sound[std::size_t(n) * 2] - toneAt(double(n) / AudioReader::sampleRate - begin), 2);
+            audio[std::size_t(n) * 2] - toneAt(double(n) / AudioReader::sampleRate - begin), 2);
     return std::sqrt(sum / window);
 }
 
-struct Sound {
+struct EncodedTone {
     char const* name;
     int rate;
     Arguments encoding;
@@ -86,9 +86,9 @@ struct Sound {
     int delay = 0;           ///< Of the encoder, in its samples, where the file does not tell it.
 };
 
-std::vector<Sound> const& sounds()
+std::vector<EncodedTone> const& encodedTones()
 {
-    static std::vector<Sound> const all = {
+    static std::vector<EncodedTone> const all = {
         {"48.wav", 48000, {"-c:a", "pcm_f32le"}},
         {"44.wav", 44100, {"-c:a", "pcm_s16le"}},
         {"96.wav", 96000, {"-c:a", "pcm_s24le"}},
@@ -128,20 +128,20 @@ std::vector<Sound> const& sounds()
     return all;
 }
 
-fs::path made(Sound const& sound)
+fs::path made(EncodedTone const& audio)
 {
-    return madeWith(sound.name, toneInput(sound.rate) + sound.encoding);
+    return madeWith(audio.name, toneInput(audio.rate) + audio.encoding);
 }
 
 } // namespace
 
-TEST(AudioReader, EverySampleIsInItsPlace)
+TEST(AudioReader, EverySampleIsAtItsPosition)
 {
-    for (Sound const& sound : sounds()) {
-        SCOPED_TRACE(sound.name);
-        auto const read = readInOrder(made(sound), 6 * AudioReader::sampleRate);
+    for (EncodedTone const& audio : encodedTones()) {
+        SCOPED_TRACE(audio.name);
+        auto const read = readInOrder(made(audio), 6 * AudioReader::sampleRate);
         for (double const at : {0.1, 1.0, 2.7, 4.6})
-            EXPECT_LT(errorAt(read, at, double(sound.delay) / sound.rate), 0.02) << "at " << at;
+            EXPECT_LT(errorAt(read, at, double(audio.delay) / audio.rate), 0.02) << "at " << at;
         auto const at = [&](double seconds) {
             return std::size_t(seconds * AudioReader::sampleRate) * 2;
         };
@@ -151,37 +151,37 @@ TEST(AudioReader, EverySampleIsInItsPlace)
     }
 }
 
-TEST(AudioReader, JumpsGiveTheSameSamplesAsReadingOn)
+TEST(AudioReader, SeekingGivesTheSameSamplesAsReadingOn)
 {
-    for (Sound const& sound : sounds()) {
-        SCOPED_TRACE(sound.name);
-        if (std::string(sound.name).ends_with("vorbis.webm"))
+    for (EncodedTone const& audio : encodedTones()) {
+        SCOPED_TRACE(audio.name);
+        if (std::string(audio.name).ends_with("vorbis.webm"))
             continue; // Blocks of varying length, stamped in milliseconds.
-        auto const inOrder = readInOrder(made(sound), 6 * AudioReader::sampleRate);
-        AudioReader reader(made(sound));
+        auto const inOrder = readInOrder(made(audio), 6 * AudioReader::sampleRate);
+        AudioReader reader(made(audio));
         std::mt19937 random(5);
         for (int i = 0; i < 40; ++i) {
             std::vector<float> some(2 * (1 + random() % 3000));
             auto const first = std::int64_t(random() % (inOrder.size() / 2 - some.size() / 2));
             reader.read(first, some);
             for (std::size_t n = 0; n < some.size(); ++n)
-                ASSERT_NEAR(some[n], inOrder[std::size_t(first) * 2 + n], sound.tolerance)
+                ASSERT_NEAR(some[n], inOrder[std::size_t(first) * 2 + n], audio.tolerance)
                     << "sample " << first << " + " << n / 2;
         }
     }
 }
 
-TEST(AudioReader, ChannelsBecomeTwo)
+TEST(AudioReader, ChannelsAreMixedToStereo)
 {
     Arguments const center = {"-f", "lavfi", "-i",
                               "aevalsrc=0|0|0.5*sin(300*2*PI*t)|0|0|0:c=5.1:d=1,aformat=fltp"};
     auto const levels = [](fs::path const& file) {
-        auto const sound = readInOrder(file, AudioReader::sampleRate);
+        auto const audio = readInOrder(file, AudioReader::sampleRate);
         float left = 0;
         float right = 0;
-        for (std::size_t i = 4800 * 2; i < sound.size() - 9600; i += 2) {
-            left = std::max(left, sound[i]);
-            right = std::max(right, sound[i + 1]);
+        for (std::size_t i = 4800 * 2; i < audio.size() - 9600; i += 2) {
+            left = std::max(left, audio[i]);
+            right = std::max(right, audio[i + 1]);
         }
         return std::pair(left, right);
     };
@@ -195,7 +195,7 @@ TEST(AudioReader, ChannelsBecomeTwo)
     EXPECT_FLOAT_EQ(surround.first, surround.second);
 }
 
-TEST(AudioReader, BeginsWhereTheFileSaysAndReadsTheDefaultTrack)
+TEST(AudioReader, HonoursTheStartTimeAndReadsTheDefaultTrack)
 {
     // The first track is silence; the tone is the default one and starts late.
     fs::path const file =
@@ -204,20 +204,20 @@ TEST(AudioReader, BeginsWhereTheFileSaysAndReadsTheDefaultTrack)
                      toneInput(48000) +
                      Arguments{"-map", "0", "-map", "1", "-c:a", "aac", "-disposition:a:0", "0",
                                "-disposition:a:1", "default"});
-    auto const sound = readInOrder(file, 7 * AudioReader::sampleRate);
+    auto const audio = readInOrder(file, 7 * AudioReader::sampleRate);
     for (std::size_t i = 0; i < 34000 * 2; ++i)
-        ASSERT_NEAR(sound[i], 0, 0.001);
+        ASSERT_NEAR(audio[i], 0, 0.001);
     // The edit list counts in milliseconds, and here from where the encoder's delay begins.
     double const begin = 0.728 + 1024.0 / 48000;
     for (double const at : {0.76, 3.0, 5.5})
-        EXPECT_LT(errorAt(sound, at, begin), 0.02) << at;
+        EXPECT_LT(errorAt(audio, at, begin), 0.02) << at;
 
     std::vector<float> before(4);
     AudioReader(file).read(-2, before);
     EXPECT_EQ(before, std::vector<float>(4)) << "silence before the beginning";
 }
 
-TEST(AudioReader, SaysWhereSoundIsDamaged)
+TEST(AudioReader, ReportsWhereAudioIsDamaged)
 {
     fs::path const movie = madeWith(
         "whole.mp4", toneInput(48000) + Arguments{"-c:a", "aac", "-movflags", "+faststart"});

@@ -85,7 +85,7 @@ TEST(Frame, CopiesShareUntilOneChanges)
     EXPECT_EQ(second.writablePlane(0).data, alone) << "what is its own already is not copied";
 }
 
-TEST(Frame, MemoryIsUsedAgain)
+TEST(Frame, MemoryIsReused)
 {
     std::uint8_t const* data = nullptr;
     {
@@ -95,14 +95,14 @@ TEST(Frame, MemoryIsUsedAgain)
     EXPECT_EQ(Frame(640, 362, PixelLayout::yuv420p8(), {}).plane(0).data, data);
 }
 
-TEST(Frame, RefusesSizesNoPictureHas)
+TEST(Frame, RejectsImpossibleSizes)
 {
     for (auto const& [width, height] :
          {std::pair{0, 10}, {10, -1}, {1 << 30, 1 << 30}, {1 << 17, 1 << 17}})
         EXPECT_THROW(Frame(width, height, PixelLayout::yuv420p8(), {}), std::bad_alloc);
 }
 
-TEST(Frame, TakesOverEveryPlanarFormat)
+TEST(Frame, AdoptsEveryPlanarFormat)
 {
     struct Case {
         AVPixelFormat format;

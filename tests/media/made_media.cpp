@@ -113,7 +113,7 @@ int numberIn(Frame const& frame)
     return number;
 }
 
-Frame pictureOf(int number)
+Frame numberedFrame(int number)
 {
     Frame frame(countWidth, countHeight, PixelLayout::yuv420p8(), ColorTags::bt709());
     for (int i = 0; i < 3; ++i) {
@@ -125,7 +125,7 @@ Frame pictureOf(int number)
     return frame;
 }
 
-fs::path numberedPictures(int count)
+fs::path numberedFrames(int count)
 {
     fs::path const file = testFolder() / (std::to_string(count) + ".yuv");
     if (fs::exists(file))
@@ -147,7 +147,7 @@ std::vector<std::string> numberedInput(int count, std::string const& rate)
             "-pix_fmt",   "yuv420p",
             "-s",         std::to_string(countWidth) + "x" + std::to_string(countHeight),
             "-framerate", rate,
-            "-i",         numberedPictures(count)};
+            "-i",         numberedFrames(count)};
 }
 
 std::vector<std::string> operator+(std::vector<std::string> first,

@@ -29,12 +29,12 @@ std::string probed(std::filesystem::path const& file, std::string const& streams
 constexpr int countWidth = 128;
 constexpr int countHeight = 64;
 int numberIn(Frame const& frame);
-Frame pictureOf(int number);
+Frame numberedFrame(int number);
 
 /// `count` numbered pictures as raw 4:2:0 for ffmpeg's "-f rawvideo".
-std::filesystem::path numberedPictures(int count);
+std::filesystem::path numberedFrames(int count);
 
-/// The arguments that read numberedPictures(count) at `rate`.
+/// The arguments that read numberedFrames(count) at `rate`.
 std::vector<std::string> numberedInput(int count, std::string const& rate);
 
 std::vector<std::string> operator+(std::vector<std::string> first,

@@ -6,7 +6,7 @@
 
 namespace framewright {
 
-TEST(MediaTime, IsTheNearest600thAndNeverNegative)
+TEST(MediaTime, RoundsTo600thsAndIsNeverNegative)
 {
     struct Case {
         double seconds;

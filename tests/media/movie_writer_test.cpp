@@ -35,18 +35,18 @@ MovieSettings small()
 /// A second of silence with a click at each of `clicks`, which are samples.
 std::vector<float> silenceWithClicks(int samples, std::vector<int> const& clicks)
 {
-    std::vector<float> sound(std::size_t(samples) * 2);
+    std::vector<float> audio(std::size_t(samples) * 2);
     for (int const click : clicks)
-        sound[std::size_t(click) * 2] = sound[std::size_t(click) * 2 + 1] = 0.9F;
-    return sound;
+        audio[std::size_t(click) * 2] = audio[std::size_t(click) * 2 + 1] = 0.9F;
+    return audio;
 }
 
 /// Where near a sample the sound is loudest.
-int loudestNear(std::vector<float> const& sound, int sample)
+int loudestNear(std::vector<float> const& audio, int sample)
 {
     int loudest = std::max(0, sample - 1000);
-    for (int n = loudest; n < std::min(sample + 1000, int(sound.size() / 2)); ++n) {
-        if (std::abs(sound[std::size_t(n) * 2]) > std::abs(sound[std::size_t(loudest) * 2]))
+    for (int n = loudest; n < std::min(sample + 1000, int(audio.size() / 2)); ++n) {
+        if (std::abs(audio[std::size_t(n) * 2]) > std::abs(audio[std::size_t(loudest) * 2]))
             loudest = n;
     }
     return loudest;
@@ -72,8 +72,8 @@ fs::path writtenMovie(std::string const& name, MovieSettings const& settings, in
     fs::path const file = testFolder() / name;
     MovieWriter writer(file, settings);
     for (int i = 0; i < frames; ++i) {
-        writer.writeFrame(pictureOf(i));
-        writer.writeSound(silenceWithClicks(1600, {}));
+        writer.writeFrame(numberedFrame(i));
+        writer.writeAudio(silenceWithClicks(1600, {}));
     }
     writer.finish();
     return file;
@@ -93,11 +93,11 @@ TEST(MovieWriter, StreamsBeginTogetherAndCarryTheirTags)
         "aac|LC|48000|2|0.000000|1.500000\n");
 }
 
-TEST(MovieWriter, WhatIsWrittenIsReadBack)
+TEST(MovieWriter, RoundTrips)
 {
     constexpr int frames = 90;
     std::vector<int> const clicks = {1100, 4800, 71999, 100000, 143000};
-    auto const sound = silenceWithClicks(frames * 1600, clicks);
+    auto const audio = silenceWithClicks(frames * 1600, clicks);
     for (auto const codec : {MovieSettings::Codec::h264, MovieSettings::Codec::hevcHLG}) {
         bool const isHLG = codec == MovieSettings::Codec::hevcHLG;
         SCOPED_TRACE(isHLG);
@@ -107,8 +107,8 @@ TEST(MovieWriter, WhatIsWrittenIsReadBack)
         fs::path const file = testFolder() / (isHLG ? "back hlg.mp4" : "back.mp4");
         MovieWriter writer(file, settings);
         for (int i = 0; i < frames; ++i) {
-            writer.writeFrame(isHLG ? tenBit(pictureOf(i)) : pictureOf(i));
-            writer.writeSound(std::span(sound).subspan(std::size_t(i) * 3200, 3200));
+            writer.writeFrame(isHLG ? tenBit(numberedFrame(i)) : numberedFrame(i));
+            writer.writeAudio(std::span(audio).subspan(std::size_t(i) * 3200, 3200));
         }
         EXPECT_FALSE(fs::exists(file)) << "before it is finished";
         writer.finish();
@@ -123,7 +123,7 @@ TEST(MovieWriter, WhatIsWrittenIsReadBack)
         EXPECT_EQ(last.colors(), isHLG ? ColorTags::hlg() : ColorTags::bt709());
         EXPECT_EQ(last.layout().bitDepth, isHLG ? 10 : 8);
 
-        std::vector<float> heard(sound.size());
+        std::vector<float> heard(audio.size());
         AudioReader(file).read(0, heard);
         for (int const click : clicks)
             EXPECT_EQ(loudestNear(heard, click), click);
@@ -131,50 +131,50 @@ TEST(MovieWriter, WhatIsWrittenIsReadBack)
 }
 
 /// Without edit lists nothing can lie before time 0, where an AAC decoder would begin.
-TEST(SoundWriter, SoundThatBeginsAtOnceIsHeardAtOnce)
+TEST(AudioWriter, AudioThatStartsAtOnceIsHeardAtOnce)
 {
     for (int const samples : {48000, 1500}) {
-        std::vector<float> sound(std::size_t(samples) * 2);
-        for (std::size_t i = 0; i < sound.size(); ++i)
-            sound[i] = 0.8F * std::sin(float(i / 2) * 0.13F);
+        std::vector<float> audio(std::size_t(samples) * 2);
+        for (std::size_t i = 0; i < audio.size(); ++i)
+            audio[i] = 0.8F * std::sin(float(i / 2) * 0.13F);
         fs::path const file = testFolder() / ("at once " + std::to_string(samples) + ".m4a");
-        SoundWriter writer(file);
-        writer.write(sound);
+        AudioWriter writer(file);
+        writer.write(audio);
         writer.finish();
 
         EXPECT_EQ(bytesOf(file).find("edts"), std::string::npos);
         EXPECT_DOUBLE_EQ(probeMedia(file).duration, samples / 48000.0);
-        std::vector<float> heard(sound.size());
+        std::vector<float> heard(audio.size());
         AudioReader(file).read(0, heard);
         auto const loud = std::ranges::find_if(heard, [](float v) { return std::abs(v) > 0.2F; });
         EXPECT_LT(loud - heard.begin(), 336 * 2) << "7 ms of the 21 that fade in";
-        for (std::size_t i = 2048; i + 2048 < sound.size(); ++i)
-            ASSERT_NEAR(heard[i], sound[i], 0.05F) << i;
+        for (std::size_t i = 2048; i + 2048 < audio.size(); ++i)
+            ASSERT_NEAR(heard[i], audio[i], 0.05F) << i;
     }
 }
 
-TEST(SoundWriter, WhatIsWrittenIsReadBack)
+TEST(AudioWriter, RoundTrips)
 {
     std::vector<int> const clicks = {1100, 2111, 50000, 99990};
-    auto const sound = silenceWithClicks(100000, clicks);
+    auto const audio = silenceWithClicks(100000, clicks);
     fs::path const file = testFolder() / "sound.m4a";
     {
-        SoundWriter writer(file, 128'000);
-        writer.write(std::span(sound).first(77778));
-        writer.write(std::span(sound).subspan(77778));
+        AudioWriter writer(file, 128'000);
+        writer.write(std::span(audio).first(77778));
+        writer.write(std::span(audio).subspan(77778));
         writer.finish();
     }
     MediaInfo const info = probeMedia(file);
     EXPECT_EQ(info.kind, MediaKind::audio);
     EXPECT_DOUBLE_EQ(info.duration, 100000 / 48000.0);
     EXPECT_EQ(bytesOf(file).substr(8, 3), "M4A");
-    std::vector<float> heard(sound.size());
+    std::vector<float> heard(audio.size());
     AudioReader(file).read(0, heard);
     for (int const click : clicks)
         EXPECT_EQ(loudestNear(heard, click), click);
 }
 
-TEST(MovieWriter, IsMadeForPlayersAndCutting)
+TEST(MovieWriter, SuitsPlayersAndCutting)
 {
     fs::path const file = writtenMovie("players.mp4", small(), 60);
     std::string const bytes = bytesOf(file);
@@ -196,7 +196,7 @@ TEST(MovieWriter, IsMadeForPlayersAndCutting)
     {
         MovieWriter writer(hdr, hlg);
         for (int i = 0; i < 4; ++i)
-            writer.writeFrame(tenBit(pictureOf(i)));
+            writer.writeFrame(tenBit(numberedFrame(i)));
         writer.finish();
     }
     EXPECT_THAT(probed(hdr, "v",
@@ -209,7 +209,7 @@ TEST(MovieWriter, IsMadeForPlayersAndCutting)
                 testing::StartsWith("34000/50000|34500/50000|15635/50000|10000000/10000"));
 }
 
-TEST(MovieWriter, LeavesNothingUnlessFinished)
+TEST(MovieWriter, LeavesNothingBehindUnlessFinished)
 {
     fs::path const folder = testFolder() / "exports";
     fs::create_directory(folder);
@@ -217,25 +217,25 @@ TEST(MovieWriter, LeavesNothingUnlessFinished)
     std::ofstream(file) << "what was there before";
     {
         MovieWriter writer(file, small());
-        writer.writeFrame(pictureOf(1));
+        writer.writeFrame(numberedFrame(1));
     }
     EXPECT_EQ(bytesOf(file), "what was there before");
     EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 1);
 
     MovieWriter writer(file, small());
-    writer.writeFrame(pictureOf(1));
+    writer.writeFrame(numberedFrame(1));
     writer.finish();
     EXPECT_EQ(numberIn(VideoReader(file).frameAt(0)), 1);
     EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 1);
 }
 
-TEST(MovieWriter, SaysWhyItCannotWrite)
+TEST(MovieWriter, ReportsWhyItCannotWrite)
 {
     auto const failing = [](fs::path const& file, MovieSettings const& settings, int frames) {
         try {
             MovieWriter writer(file, settings);
             for (int i = 0; i < frames; ++i)
-                writer.writeFrame(pictureOf(i));
+                writer.writeFrame(numberedFrame(i));
             writer.finish();
         } catch (MediaError const& error) {
             return std::pair<std::string, MediaError::Cause>(error.what(), error.cause);

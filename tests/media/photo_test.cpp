@@ -49,7 +49,7 @@ int limited(int gray)
 
 } // namespace
 
-TEST(ReadPhoto, StandsUprightHoweverItIsStored)
+TEST(ReadPhoto, AppliesEveryOrientation)
 {
     std::string const jpeg =
         bytesOf(quarteredPhoto("quarters.jpg", {"-pix_fmt", "yuvj444p", "-q:v", "1"}));
@@ -103,7 +103,7 @@ TEST(ReadPhoto, ReadsEveryFormat)
     }
 }
 
-TEST(ReadPhoto, IsScaledDownNeverUp)
+TEST(ReadPhoto, ScalesDownButNeverUp)
 {
     fs::path const file = quarteredPhoto("large.png", {"-vf", "scale=3000:1000"});
     Frame const photo = readPhoto(file, 600);
@@ -113,7 +113,7 @@ TEST(ReadPhoto, IsScaledDownNeverUp)
     EXPECT_EQ(readPhoto(file, 9000).width(), 3000);
 }
 
-TEST(ReadPhoto, ColoursAndTransparency)
+TEST(ReadPhoto, ConvertsColorsAndPutsTransparencyOnBlack)
 {
     // Left red, right green of which nothing is to be seen.
     fs::path const file = madeWith(

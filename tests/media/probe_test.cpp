@@ -59,7 +59,7 @@ fs::path turned(std::string const& name, int a, int b, int c, int d)
 
 } // namespace
 
-TEST(ProbeMedia, TellsWhatIsInAFile)
+TEST(ProbeMedia, ReportsWhatAFileContains)
 {
     MediaInfo const movie = probeMedia(smallMovie());
     EXPECT_EQ(movie.kind, MediaKind::video);
@@ -116,7 +116,7 @@ TEST(ProbeMedia, UnderstandsEveryDisplayMatrix)
     }
 }
 
-TEST(ProbeMedia, SaysWhatIsWrongWithAFile)
+TEST(ProbeMedia, ReportsWhatIsWrongWithAFile)
 {
     std::string const movie = bytesOf(smallMovie());
     std::string const noMedia = " is not a video, photo or audio file.";
@@ -205,8 +205,8 @@ TEST(ProbeMedia, OpensFilesOfAnyName)
         fs::copy_file(smallMovie(), file);
         EXPECT_EQ(probeMedia(file).kind, MediaKind::video) << name;
         EXPECT_EQ(numberIn(VideoReader(file).frameAt(0.5)), 12) << name;
-        std::vector<float> sound(200);
-        EXPECT_NO_THROW(AudioReader(file).read(1000, sound)) << name;
+        std::vector<float> audio(200);
+        EXPECT_NO_THROW(AudioReader(file).read(1000, audio)) << name;
 
         fs::path const broken = fileOf("broken " + name, "text");
         std::string const sentence = failureOf([&] { probeMedia(broken); }).first;
@@ -214,7 +214,7 @@ TEST(ProbeMedia, OpensFilesOfAnyName)
     }
 }
 
-TEST(ProbeMedia, BrokenBytesNeverDoMoreThanFail)
+TEST(ProbeMedia, CorruptBytesOnlyCauseErrors)
 {
     std::mt19937 random(11);
     std::vector<fs::path> const whole = {
@@ -232,10 +232,10 @@ TEST(ProbeMedia, BrokenBytesNeverDoMoreThanFail)
         if (i % 3 == 0)
             bytes.resize(random() % bytes.size());
         fs::path const file = fileOf("broken", bytes);
-        std::vector<float> sound(2000);
+        std::vector<float> audio(2000);
         failureOf([&] { probeMedia(file); });
         failureOf([&] { readPhoto(file, 100); });
-        failureOf([&] { AudioReader(file).read(40000, sound); });
+        failureOf([&] { AudioReader(file).read(40000, audio); });
         failureOf([&] {
             VideoReader reader(file, 2);
             for (double const time : {0.0, 0.9, 0.2, 5.0})
@@ -244,7 +244,7 @@ TEST(ProbeMedia, BrokenBytesNeverDoMoreThanFail)
     }
 }
 
-TEST(ProbeMedia, KnowsRealFiles)
+TEST(ProbeMedia, RecognizesRealFiles)
 {
     using enum MediaKind;
     struct Case {

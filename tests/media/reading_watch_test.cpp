@@ -12,26 +12,26 @@ namespace {
 
 using Arguments = std::vector<std::string>;
 
-constexpr int pictures = 100;
+constexpr int frames = 100;
 
 Arguments const oneKeyframe = {"-c:v", "libx264", "-preset", "veryfast", "-g", "1000"};
 
-void seePicture(std::filesystem::path const& file, double seconds, ReadingActivity activity)
+void readFrame(std::filesystem::path const& file, double seconds, ReadingActivity activity)
 {
     VideoReader(file, 2, std::move(activity)).frameAt(seconds);
 }
 
-void hearSound(std::filesystem::path const& file, double seconds, ReadingActivity activity)
+void readAudio(std::filesystem::path const& file, double seconds, ReadingActivity activity)
 {
-    std::vector<float> sound(2);
-    AudioReader(file, std::move(activity)).read(std::int64_t(seconds * 48000), sound);
+    std::vector<float> audio(2);
+    AudioReader(file, std::move(activity)).read(std::int64_t(seconds * 48000), audio);
 }
 
 struct Ended {};
 
 } // namespace
 
-TEST(ReadingWatch, HearsOfEveryStepAndMayEndEach)
+TEST(ReadingWatch, IsCalledAtEveryStepAndMayStopAtAny)
 {
     struct Case {
         std::filesystem::path file;
@@ -41,12 +41,12 @@ TEST(ReadingWatch, HearsOfEveryStepAndMayEndEach)
     };
     Arguments const tone = {"-f", "lavfi", "-i", "sine=duration=20"};
     for (Case const& c : {
-             Case{madeWith("one keyframe.mp4", numberedInput(pictures, "25") + oneKeyframe),
-                  seePicture, 3.9, pictures - 4},
-             Case{madeWith("one keyframe.mkv", numberedInput(pictures, "25") + oneKeyframe),
-                  seePicture, 3.9, pictures - 4},
+             Case{madeWith("one keyframe.mp4", numberedInput(frames, "25") + oneKeyframe),
+                  readFrame, 3.9, frames - 4},
+             Case{madeWith("one keyframe.mkv", numberedInput(frames, "25") + oneKeyframe),
+                  readFrame, 3.9, frames - 4},
              // Its seeking can't be trusted, so it is read from the beginning.
-             Case{madeWith("far.ogg", tone + Arguments{"-c:a", "libvorbis"}), hearSound, 19, 300},
+             Case{madeWith("far.ogg", tone + Arguments{"-c:a", "libvorbis"}), readAudio, 19, 300},
          }) {
         int calls = 0;
         c.read(c.file, c.seconds, [&] { ++calls; });

@@ -84,7 +84,7 @@ fs::path made(Movie const& movie)
 
 } // namespace
 
-TEST(VideoReader, GivesTheLastPictureAtOrBeforeTheTime)
+TEST(VideoReader, GivesTheLastFrameAtOrBeforeTheTime)
 {
     for (Movie const& movie : movies()) {
         SCOPED_TRACE(movie.name);
@@ -103,7 +103,7 @@ TEST(VideoReader, GivesTheLastPictureAtOrBeforeTheTime)
     }
 }
 
-TEST(VideoReader, JumpsGiveTheSamePicturesAsReadingOn)
+TEST(VideoReader, SeekingGivesTheSameFramesAsReadingOn)
 {
     for (Movie const& movie : movies()) {
         SCOPED_TRACE(movie.name);
@@ -165,7 +165,7 @@ TEST(VideoReader, HonoursEditLists)
     EXPECT_EQ(numberIn(lateReader.frameAt(1.5)), 12);
 }
 
-TEST(VideoReader, EveryFormatComesAsAPlanarOne)
+TEST(VideoReader, DeliversEveryFormatAsPlanar)
 {
     using enum PixelLayout::Model;
     struct Case {
@@ -220,7 +220,7 @@ TEST(VideoReader, EveryFormatComesAsAPlanarOne)
     EXPECT_EQ(VideoReader(hd).frameAt(0).colors(), ColorTags::bt709());
 }
 
-TEST(VideoReader, SaysWherePicturesAreMissing)
+TEST(VideoReader, ReportsWhereFramesAreMissing)
 {
     fs::path const whole = madeWith("front.mp4", numberedInput(frameCount, "25") + x264 +
                                                      Arguments{"-movflags", "+faststart"});

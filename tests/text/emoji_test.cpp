@@ -7,10 +7,10 @@ namespace framewright {
 /// The text with its emoji in brackets.
 std::string marked(QString text)
 {
-    auto const stretches = emojiStretches(text);
-    for (auto stretch = stretches.rbegin(); stretch != stretches.rend(); ++stretch) {
-        text.insert(stretch->start + stretch->length, QLatin1Char(']'));
-        text.insert(stretch->start, QLatin1Char('['));
+    auto const spans = emojiRanges(text);
+    for (auto span = spans.rbegin(); span != spans.rend(); ++span) {
+        text.insert(span->start + span->length, QLatin1Char(']'));
+        text.insert(span->start, QLatin1Char('['));
     }
     return text.toStdString();
 }
@@ -37,10 +37,10 @@ TEST(Emoji, SequencesStayWhole)
     }
 }
 
-TEST(Emoji, HalvesOfCharactersAreNone)
+TEST(Emoji, IgnoresLoneSurrogates)
 {
     QString const broken = QString(QChar(0xD83D)) + QLatin1Char('x') + QChar(0xDE00);
-    EXPECT_TRUE(emojiStretches(broken).empty());
+    EXPECT_TRUE(emojiRanges(broken).empty());
 }
 
 } // namespace framewright

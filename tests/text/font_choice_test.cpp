@@ -22,7 +22,7 @@ TextLine lineOf(char const* text, char const* font)
 std::set<QString> familiesOf(TextLine const& line)
 {
     std::set<QString> families;
-    for (SetGlyphs const& glyphs : line.glyphs)
+    for (PlacedGlyphs const& glyphs : line.glyphs)
         families.insert(glyphs.run.rawFont().familyName());
     return families;
 }
@@ -32,7 +32,7 @@ std::set<QString> familiesOf(TextLine const& line)
 double farthest(TextLine const& line)
 {
     double most = 0, widest = 0;
-    for (SetGlyphs const& glyphs : line.glyphs) {
+    for (PlacedGlyphs const& glyphs : line.glyphs) {
         auto const indexes = glyphs.run.glyphIndexes();
         auto const positions = glyphs.run.positions();
         for (qsizetype n = 0; n < indexes.size(); ++n) {
@@ -48,17 +48,17 @@ double farthest(TextLine const& line)
 
 TEST(FontChoice, KeepsMarksOnTheirLetters)
 {
-    std::vector<CaptionStyle> looks(CaptionStyle::textPresets().begin(),
-                                    CaptionStyle::textPresets().end());
-    looks.emplace_back().fontName = "mono:regular";
-    looks.emplace_back().fontName = "DejaVuSans";
-    for (CaptionStyle const& look : looks) {
+    std::vector<CaptionStyle> styles(CaptionStyle::textPresets().begin(),
+                                     CaptionStyle::textPresets().end());
+    styles.emplace_back().fontName = "mono:regular";
+    styles.emplace_back().fontName = "DejaVuSans";
+    for (CaptionStyle const& style : styles) {
         for (char const* const letter : {"q̃", "x̄", "m̂", "ạ̈", "Q̃"}) {
-            TextLine const line = lineOf(letter, look.fontName.c_str());
-            EXPECT_EQ(familiesOf(line).size(), 1U) << letter << " in " << look.fontName;
+            TextLine const line = lineOf(letter, style.fontName.c_str());
+            EXPECT_EQ(familiesOf(line).size(), 1U) << letter << " in " << style.fontName;
             // Of a mark beside its letter one of the two is half a width away.
-            EXPECT_LT(farthest(line), 0.45) << letter << " in " << look.fontName;
-            EXPECT_GT(line.ink.top(), line.baseline - 140) << letter << " in " << look.fontName;
+            EXPECT_LT(farthest(line), 0.45) << letter << " in " << style.fontName;
+            EXPECT_GT(line.ink.top(), line.baseline - 140) << letter << " in " << style.fontName;
         }
     }
     // Spelled in two characters, a letter is the same as in one, where the font has that.

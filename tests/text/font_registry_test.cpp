@@ -49,13 +49,13 @@ QImage drawn(QFont font, QString const& text)
     return image;
 }
 
-std::vector<std::string> told(FontRegistry const& registry)
+std::vector<std::string> described(FontRegistry const& registry)
 {
     std::vector<std::string> lines;
     for (auto const& missing : registry.missingCarried()) {
         bool const isDamaged = missing.why == FontRegistry::Missing::Why::damaged;
         lines.push_back(missing.fontName + (isDamaged ? " is damaged: " : " is absent: ") +
-                        missing.standIn);
+                        missing.substitute);
     }
     return lines;
 }
@@ -69,7 +69,7 @@ TEST(FontRegistry, CarriedFontsAreFoundUnderTheirNames)
         char const* family;
         int weight;
     };
-    std::set<std::string> pictures;
+    std::set<std::string> images;
     for (Case const& c : {
              Case{"InstrumentSans-Regular_SemiBold", "Instrument Sans", 600},
              Case{"Gabarito-Regular_SemiBold", "Gabarito", 600},
@@ -97,23 +97,23 @@ TEST(FontRegistry, CarriedFontsAreFoundUnderTheirNames)
              Case{"mono:heavy", "JetBrains Mono", 800},
          }) {
         auto const found = carried().find(c.fontName);
-        EXPECT_EQ(found.standIn, std::nullopt) << c.fontName;
+        EXPECT_EQ(found.substitute, std::nullopt) << c.fontName;
         EXPECT_EQ(familyOf(found), c.family) << c.fontName;
         EXPECT_EQ(QFontInfo(found.font).weight(), c.weight) << c.fontName;
         // The face itself, not one that is made bolder: each draws as no other does.
         QImage const image = drawn(found.font, QStringLiteral("Hamburg 27"));
         auto const* const bits = reinterpret_cast<char const*>(image.constBits());
-        pictures.emplace(bits, static_cast<std::size_t>(image.sizeInBytes()));
+        images.emplace(bits, static_cast<std::size_t>(image.sizeInBytes()));
     }
-    EXPECT_EQ(pictures.size(), 24u);
-    EXPECT_THAT(told(carried()), IsEmpty());
+    EXPECT_EQ(images.size(), 24u);
+    EXPECT_THAT(described(carried()), IsEmpty());
 }
 
-TEST(FontRegistry, OthersHaveTheNearestInTheirPlace)
+TEST(FontRegistry, SubstitutesTheNearestFont)
 {
     struct Case {
         char const* fontName;
-        char const* standIn;
+        char const* substitute;
     };
     for (Case const& c : {
              Case{"AvenirNext-Medium", "Nunito Sans Medium"},
@@ -130,7 +130,7 @@ TEST(FontRegistry, OthersHaveTheNearestInTheirPlace)
              Case{"\xFF\xFE", "Inter"},
          }) {
         auto const found = carried().find(c.fontName);
-        EXPECT_EQ(found.standIn, c.standIn) << c.fontName;
+        EXPECT_EQ(found.substitute, c.substitute) << c.fontName;
         EXPECT_NE(found.font.families(), QFont().families()) << c.fontName;
     }
 }
@@ -149,14 +149,14 @@ TEST(FontRegistry, InstalledFontsAreFoundByPostScriptName)
              Case{"Inter-ExtraBold", "Inter", "ExtraBold"},
          }) {
         auto const found = carried().find(c.fontName);
-        EXPECT_EQ(found.standIn, std::nullopt) << c.fontName;
+        EXPECT_EQ(found.substitute, std::nullopt) << c.fontName;
         EXPECT_EQ(familyOf(found), c.family) << c.fontName;
         EXPECT_EQ(QRawFont::fromFont(found.font).styleName().toStdString(), c.style) << c.fontName;
     }
     EXPECT_THAT(carried().installedNames(), testing::IsSupersetOf({"DejaVuSans", "Inter-Light"}));
 }
 
-TEST(FontRegistry, WhatIsMissingIsToldWithItsStandIn)
+TEST(FontRegistry, ReportsMissingFontsAndTheirSubstitutes)
 {
     static SomeFonts const folder;
     std::filesystem::remove(folder / "BebasNeue-Regular.ttf");
@@ -169,25 +169,26 @@ TEST(FontRegistry, WhatIsMissingIsToldWithItsStandIn)
     put(folder / "MarckScript-Regular.ttf", "no font");
 
     FontRegistry const registry(folder.path());
-    EXPECT_THAT(told(registry), ElementsAre("BebasNeue-Regular is absent: Fjalla One",
-                                            "MarckScript-Regular is damaged: Protest Revolution",
-                                            "GravitasOne is damaged: Libre Baskerville Bold",
-                                            "CaveatRoman-Bold is damaged: Protest Revolution",
-                                            "system:light is absent: Inter"));
-    EXPECT_EQ(registry.find("CaveatRoman-Bold").standIn, "Protest Revolution");
+    EXPECT_THAT(described(registry),
+                ElementsAre("BebasNeue-Regular is absent: Fjalla One",
+                            "MarckScript-Regular is damaged: Protest Revolution",
+                            "GravitasOne is damaged: Libre Baskerville Bold",
+                            "CaveatRoman-Bold is damaged: Protest Revolution",
+                            "system:light is absent: Inter"));
+    EXPECT_EQ(registry.find("CaveatRoman-Bold").substitute, "Protest Revolution");
     EXPECT_EQ(familyOf(registry.find("BebasNeue-Regular")), "Fjalla One");
 }
 
-TEST(FontRegistry, WithoutAnyCarriedFontTextIsStillDrawn)
+TEST(FontRegistry, FallsBackToInstalledFonts)
 {
     TestFolder const folder;
     FontRegistry const registry(folder / "none");
     EXPECT_EQ(registry.missingCarried().size(), carriedFonts().size());
-    EXPECT_EQ(registry.find("system:bold").standIn, "DejaVu Sans Bold");
-    EXPECT_EQ(registry.find("CormorantGaramond-SemiBold").standIn, "DejaVu Serif Bold");
+    EXPECT_EQ(registry.find("system:bold").substitute, "DejaVu Sans Bold");
+    EXPECT_EQ(registry.find("CormorantGaramond-SemiBold").substitute, "DejaVu Serif Bold");
 }
 
-TEST(FontRegistry, LettersThatAFontLacksComeFromOthers)
+TEST(FontRegistry, TakesMissingLettersFromOtherFonts)
 {
     // Letters of the parts that a family is published in, then of other scripts.
     for (char const* const name : {"Neonderthaw-Regular", "system:light", "mono:heavy"}) {
@@ -209,7 +210,7 @@ TEST(FontRegistry, EmojiHaveColor)
     EXPECT_GT(colored, 500);
 }
 
-TEST(FontRegistry, ThreadsDrawTheSame)
+TEST(FontRegistry, DrawsTheSameOnEveryThread)
 {
     TestFolder const folder;
     FontRegistry const registry(CARRIED_FONTS); // loaded by whoever comes first
@@ -218,9 +219,9 @@ TEST(FontRegistry, ThreadsDrawTheSame)
         names.emplace_back(option.fontName);
     QString const text = QStringLiteral("Ağ ő 日本 عر 😀👨‍👩‍👧‍👦");
 
-    std::vector<std::vector<QImage>> pictures(4);
+    std::vector<std::vector<QImage>> images(4);
     std::vector<std::thread> threads;
-    for (auto& mine : pictures) {
+    for (auto& mine : images) {
         threads.emplace_back([&] {
             for (std::string const& name : names)
                 mine.push_back(drawn(registry.find(name).font, text));
@@ -228,11 +229,11 @@ TEST(FontRegistry, ThreadsDrawTheSame)
     }
     for (auto& thread : threads)
         thread.join();
-    for (auto const& other : pictures)
-        EXPECT_TRUE(other == pictures.front());
+    for (auto const& other : images)
+        EXPECT_TRUE(other == images.front());
 }
 
-TEST(FontRegistry, KnowsTheLettersThatNoFontHas)
+TEST(FontRegistry, FindsLettersThatNoFontHas)
 {
     // Not assigned, for private use, and what only steers others.
     EXPECT_THAT(carried().lettersWithoutFont("a\u0378é\n\u0378 שЖ\u200D\uFE0F\U0010FFFD"),

@@ -31,7 +31,7 @@ std::string broken(std::string const& text, double maxWidth)
 
 } // namespace
 
-TEST(BalancedLines, AreFewAndAboutEqual)
+TEST(BalancedLines, AreFewAndOfEqualLength)
 {
     struct Case {
         char const* text;

@@ -134,7 +134,7 @@ bool isColorful(Color const& color)
 
 } // namespace
 
-TEST(TextPainter, DrawsLettersWhereTheyBelong)
+TEST(TextPainter, PlacesAndSizesLetters)
 {
     // An H of DejaVu Sans Bold is 0.729 em high and 0.653 em wide; 0.837 em with its sides.
     Bounds const one = boundsOf(paintText(block("H", plain()), fonts()), isSeen);
@@ -176,12 +176,12 @@ TEST(TextPainter, DrawsLettersWhereTheyBelong)
     }
 }
 
-TEST(TextPainter, DrawsTheBuiltInLooksAsTheyWereApproved)
+TEST(TextPainter, DrawsBuiltInStylesAsApproved)
 {
     // Measured once, in a picture that was looked at: where the text is, and a pixel inside a
     // letter or its box.
     struct Case {
-        char const* look;
+        char const* style;
         Bounds bounds;
         int x, y;
         Color color;
@@ -202,18 +202,18 @@ TEST(TextPainter, DrawsTheBuiltInLooksAsTheyWereApproved)
              Case{"Journal", {373, 844, 717, 1074}, 441, 850, {255, 255, 255, 255}},
              Case{"Rosalia", {334, 838, 743, 1076}, 563, 847, {255, 244, 234, 255}},
          }) {
-        auto const look = std::ranges::find(CaptionStyle::textPresets(), c.look,
-                                            [](CaptionStyle const& style) { return style.name; });
-        ASSERT_NE(look, CaptionStyle::textPresets().end()) << c.look;
-        auto const image = paintText(block("Six days\nin Lisbon", *look), fonts());
+        auto const style = std::ranges::find(CaptionStyle::textPresets(), c.style,
+                                             [](CaptionStyle const& style) { return style.name; });
+        ASSERT_NE(style, CaptionStyle::textPresets().end()) << c.style;
+        auto const image = paintText(block("Six days\nin Lisbon", *style), fonts());
         Bounds const bounds = boundsOf(image, isSeen);
-        EXPECT_NEAR(bounds.left, c.bounds.left, 2) << c.look;
-        EXPECT_NEAR(bounds.top, c.bounds.top, 2) << c.look;
-        EXPECT_NEAR(bounds.right, c.bounds.right, 2) << c.look;
-        EXPECT_NEAR(bounds.bottom, c.bounds.bottom, 2) << c.look;
+        EXPECT_NEAR(bounds.left, c.bounds.left, 2) << c.style;
+        EXPECT_NEAR(bounds.top, c.bounds.top, 2) << c.style;
+        EXPECT_NEAR(bounds.right, c.bounds.right, 2) << c.style;
+        EXPECT_NEAR(bounds.bottom, c.bounds.bottom, 2) << c.style;
         Color const color = pixel(image, c.x, c.y);
         for (std::size_t part = 0; part < color.size(); ++part)
-            EXPECT_NEAR(color[part], c.color[part], 8) << c.look;
+            EXPECT_NEAR(color[part], c.color[part], 8) << c.style;
     }
 }
 
@@ -234,7 +234,7 @@ TEST(TextPainter, KeepsLettersWholeInsideTheirOutline)
     EXPECT_GT(boundsOf(hollow, isRed).width(), 16);
 }
 
-TEST(TextPainter, HugsLinesWithItsBox)
+TEST(TextPainter, FitsTheBoxToItsLines)
 {
     auto const image = paintText(block("HHHHHH\nHH", boxed()), fonts());
     Bounds const box = boundsOf(image, isBlue), letters = boundsOf(image, isWhite);
@@ -298,7 +298,7 @@ TEST(TextPainter, DrawsEveryScriptAndEmojiInColor)
     }
 }
 
-TEST(TextPainter, TakesWhateverItIsGiven)
+TEST(TextPainter, SurvivesAnyInput)
 {
     float const nan = std::numeric_limits<float>::quiet_NaN();
     float const infinity = std::numeric_limits<float>::infinity();
@@ -365,7 +365,7 @@ TEST(TextPainter, KeepsLinesWithinTheirWidthAndTheSameInEverySize)
     }
 }
 
-TEST(TextPainter, StaysOnTheCanvasWhereItIsAskedTo)
+TEST(TextPainter, StaysOnTheCanvasWhenAsked)
 {
     TextBlock low = block("One\ntwo", boxed());
     low.anchor = TextBlock::Anchor::bottom;
@@ -375,7 +375,7 @@ TEST(TextPainter, StaysOnTheCanvasWhereItIsAskedTo)
     EXPECT_NEAR(boundsOf(paintText(low, fonts()), isBlue).bottom, 1920 - 32, 2);
 }
 
-TEST(TextImages, AreTheSameOnAnyThread)
+TEST(TextImages, AreEqualOnAnyThread)
 {
     auto const shared = std::shared_ptr<FontRegistry const>(&fonts(), [](auto*) {});
     std::vector<TextBlock> blocks;

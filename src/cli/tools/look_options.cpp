@@ -35,7 +35,7 @@ void setLookNumber(ToolArgs const& args, Param<Number> const& param, CaptionStyl
 
 std::string standInNote(CaptionStyle const& style, FontRegistry const& fonts)
 {
-    auto const standIn = fonts.find(style.fontName).standIn;
+    auto const standIn = fonts.find(style.fontName).substitute;
     return standIn ? style.fontName + " is not installed; " + *standIn + " stands in for it." : "";
 }
 

@@ -80,7 +80,7 @@ Json fontReportJSON(Project const& project, FontRegistry const& fonts)
     Json report = Json::array();
     for (FontRegistry::Missing const& missing : fonts.missingCarried()) {
         Json entry = {{"font", missing.fontName},
-                      {"standIn", missing.standIn},
+                      {"standIn", missing.substitute},
                       {"problem", problem(missing.why)}};
         if (auto const use = uses.find(missing.fontName); use != uses.end())
             entry["where"] = referenceList(use->second);
@@ -90,7 +90,7 @@ Json fontReportJSON(Project const& project, FontRegistry const& fonts)
         auto const isReported = [&](Json const& entry) { return entry["font"] == name; };
         if (std::ranges::any_of(report, isReported))
             continue;
-        if (auto const standIn = fonts.find(name).standIn)
+        if (auto const standIn = fonts.find(name).substitute)
             report.push_back({{"font", validUtf8(name)},
                               {"standIn", *standIn},
                               {"where", referenceList(places)}});

@@ -18,7 +18,7 @@ constexpr int maxFailuresInARow = 1000;
 
 } // namespace
 
-SoundDecoder::SoundDecoder(MediaInput& input, AVStream& stream)
+AudioDecoder::AudioDecoder(MediaInput& input, AVStream& stream)
     : m_input(input),
       m_stream(stream),
       m_decoder(input.openDecoder(stream, 1)),
@@ -37,23 +37,23 @@ SoundDecoder::SoundDecoder(MediaInput& input, AVStream& stream)
                                             m_first->skippedInFront, m_sampleRate});
 }
 
-std::optional<SoundBlock> SoundDecoder::next()
+std::optional<AudioBlock> AudioDecoder::next()
 {
     m_isDamaged = false;
     while (auto block = m_first ? std::exchange(m_first, std::nullopt) : decoded()) {
-        SoundBlock sound = placed(std::move(*block));
-        m_expected = sound.position + sound.frame->nb_samples;
-        sound.position += sound.begin;
-        if (sound.length() > 0)
-            return sound;
+        AudioBlock audio = placed(std::move(*block));
+        m_expected = audio.position + audio.frame->nb_samples;
+        audio.position += audio.begin;
+        if (audio.length() > 0)
+            return audio;
     }
     m_isDamaged = m_hasFailed;
     return std::nullopt;
 }
 
-SoundBlock SoundDecoder::placed(Decoded decoded)
+AudioBlock AudioDecoder::placed(Decoded decoded)
 {
-    SoundBlock block;
+    AudioBlock block;
     int const samples = decoded.frame->nb_samples;
     block.position = m_clock->position(decoded.frame->pts, m_expected);
     block.begin = std::min(samples, decoded.skippedInFront);
@@ -67,7 +67,7 @@ SoundBlock SoundDecoder::placed(Decoded decoded)
     return block;
 }
 
-std::optional<SoundDecoder::Decoded> SoundDecoder::decoded()
+std::optional<AudioDecoder::Decoded> AudioDecoder::decoded()
 {
     FrameHandle frame = newFrame();
     while (true) {
@@ -84,7 +84,7 @@ std::optional<SoundDecoder::Decoded> SoundDecoder::decoded()
             ++m_failuresInARow;
         } else if (result >= 0 && setStamp(*frame)) {
             m_failuresInARow = 0;
-            return withMargins(std::move(frame));
+            return withTrimming(std::move(frame));
         }
         av_frame_unref(frame.get());
     }
@@ -92,7 +92,7 @@ std::optional<SoundDecoder::Decoded> SoundDecoder::decoded()
 
 /// Gives a block its stamp, which is the end of the one before where it brings none. False when
 /// that is unknown too: in Ogg behind a seek, until a page tells the time.
-bool SoundDecoder::setStamp(AVFrame& frame)
+bool AudioDecoder::setStamp(AVFrame& frame)
 {
     if (frame.best_effort_timestamp != AV_NOPTS_VALUE)
         frame.pts = frame.best_effort_timestamp;
@@ -105,7 +105,7 @@ bool SoundDecoder::setStamp(AVFrame& frame)
     return true;
 }
 
-SoundDecoder::Decoded SoundDecoder::withMargins(FrameHandle frame)
+AudioDecoder::Decoded AudioDecoder::withTrimming(FrameHandle frame)
 {
     constexpr std::uint32_t longest = 1U << 20;
     Decoded block;
@@ -120,7 +120,7 @@ SoundDecoder::Decoded SoundDecoder::withMargins(FrameHandle frame)
 }
 
 /// Gives the decoder one packet. False when that failed.
-bool SoundDecoder::feed()
+bool AudioDecoder::feed()
 {
     try {
         if (!m_input.read(*m_packet)) {
@@ -141,22 +141,22 @@ bool SoundDecoder::feed()
     return result >= 0;
 }
 
-void SoundDecoder::seek(std::int64_t position)
+void AudioDecoder::seek(std::int64_t position)
 {
     std::int64_t const stamp = m_clock->stampOf(position);
     m_input.seek(m_stream, stamp);
-    beginAfresh();
+    reset();
     if (!m_input.seeksReliably())
         m_skipUntil = stamp;
 }
 
-void SoundDecoder::seekToStart()
+void AudioDecoder::seekToStart()
 {
     m_input.seekToStart(m_stream);
-    beginAfresh();
+    reset();
 }
 
-void SoundDecoder::beginAfresh()
+void AudioDecoder::reset()
 {
     avcodec_flush_buffers(m_decoder.get());
     m_first.reset();

@@ -11,7 +11,7 @@ namespace framewright {
 
 /// Decoded sound: the samples [begin, end) of `frame`, the first of which is the file's sample
 /// `position`, counted in the stream's own rate from the beginning of the file.
-struct SoundBlock {
+struct AudioBlock {
     FrameHandle frame;
     int begin = 0;
     int end = 0;
@@ -22,17 +22,17 @@ struct SoundBlock {
 };
 
 /// Decodes a sound stream block by block, without what its encoder put before and behind it.
-class SoundDecoder {
+class AudioDecoder {
 public:
     /// Reads the first block. Throws MediaError when there is none.
-    SoundDecoder(MediaInput& input, AVStream& stream);
+    AudioDecoder(MediaInput& input, AVStream& stream);
 
     int sampleRate() const { return m_sampleRate; }
 
     /// The next block that has samples; nothing at the end. Blocks may leave gaps, and the first
     /// after a seek to the middle of the file may be wrong in codecs that build on what went
     /// before.
-    std::optional<SoundBlock> next();
+    std::optional<AudioBlock> next();
 
     /// Whether something right before the block that `next` gave could not be decoded; at the end,
     /// anything since the last seek.
@@ -53,9 +53,9 @@ private:
     std::optional<Decoded> decoded();
     bool feed();
     bool setStamp(AVFrame& frame);
-    static Decoded withMargins(FrameHandle frame);
-    void beginAfresh();
-    SoundBlock placed(Decoded decoded);
+    static Decoded withTrimming(FrameHandle frame);
+    void reset();
+    AudioBlock placed(Decoded decoded);
 
     MediaInput& m_input;
     AVStream& m_stream;

@@ -22,9 +22,9 @@ constexpr int leadIn = 2;
 
 } // namespace
 
-SoundStream::SoundStream(int bitRate, Mp4File& file, std::filesystem::path const& path)
+AudioStream::AudioStream(int bitRate, Mp4File& file, std::filesystem::path const& path)
     : m_path(path),
-      m_encoder(openSoundEncoder(bitRate, path)),
+      m_encoder(openAudioEncoder(bitRate, path)),
       m_file(file),
       m_stream(file.addStream(*m_encoder)),
       m_packet(newPacket())
@@ -32,7 +32,7 @@ SoundStream::SoundStream(int bitRate, Mp4File& file, std::filesystem::path const
     beginBlock();
 }
 
-FrameHandle SoundStream::newBlock() const
+FrameHandle AudioStream::newBlock() const
 {
     FrameHandle block = newFrame();
     block->format = m_encoder->sample_fmt;
@@ -44,7 +44,7 @@ FrameHandle SoundStream::newBlock() const
     return block;
 }
 
-void SoundStream::beginBlock()
+void AudioStream::beginBlock()
 {
     if (m_block && av_frame_is_writable(m_block.get()))
         m_block->nb_samples = m_encoder->frame_size;
@@ -53,7 +53,7 @@ void SoundStream::beginBlock()
     m_blockLength = 0;
 }
 
-void SoundStream::write(std::span<float const> interleaved)
+void AudioStream::write(std::span<float const> interleaved)
 {
     assert(interleaved.size() % 2 == 0);
     for (std::size_t i = 0; i + 1 < interleaved.size(); i += 2) {
@@ -64,7 +64,7 @@ void SoundStream::write(std::span<float const> interleaved)
     }
 }
 
-void SoundStream::writeBlock()
+void AudioStream::writeBlock()
 {
     if (m_blockStart == 0)
         writeLeadIn();
@@ -77,7 +77,7 @@ void SoundStream::writeBlock()
 
 /// The first block forwards and backwards, so that it begins without an attack. None of this gets
 /// into the file.
-void SoundStream::writeLeadIn()
+void AudioStream::writeLeadIn()
 {
     for (int number = -leadIn; number < 0; ++number) {
         FrameHandle const block = newBlock();
@@ -92,7 +92,7 @@ void SoundStream::writeLeadIn()
     }
 }
 
-void SoundStream::finish()
+void AudioStream::finish()
 {
     if (m_blockLength > 0) {
         // The encoder reads on behind the last samples.
@@ -104,7 +104,7 @@ void SoundStream::finish()
     encode(nullptr);
 }
 
-void SoundStream::encode(AVFrame const* frame)
+void AudioStream::encode(AVFrame const* frame)
 {
     forgetLibraryMessages();
     int result = avcodec_send_frame(m_encoder.get(), frame);

@@ -11,10 +11,10 @@ namespace framewright {
 /// The sound stream of a file being written: 48 kHz stereo in, AAC out. Sample 0 is heard at
 /// time 0 in every player, for the file holds nothing before it; the price is that the first 1024
 /// samples, which a decoder would need that for, fade in.
-class SoundStream {
+class AudioStream {
 public:
     /// Adds the stream to `file`, which outlives it. `path` is for messages.
-    SoundStream(int bitRate, Mp4File& file, std::filesystem::path const& path);
+    AudioStream(int bitRate, Mp4File& file, std::filesystem::path const& path);
 
     void write(std::span<float const> interleaved);
 

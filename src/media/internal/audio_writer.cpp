@@ -5,40 +5,40 @@
 
 namespace framewright {
 
-class SoundWriter::Impl {
+class AudioWriter::Impl {
 public:
     Impl(std::filesystem::path const& file, int bitRate)
-        : m_file(file, Mp4File::Kind::sound), m_sound(bitRate, m_file, file)
+        : m_file(file, Mp4File::Kind::audio), m_audio(bitRate, m_file, file)
     {
         m_file.begin();
     }
 
-    void write(std::span<float const> interleaved) { m_sound.write(interleaved); }
+    void write(std::span<float const> interleaved) { m_audio.write(interleaved); }
 
     void finish()
     {
-        m_sound.finish();
+        m_audio.finish();
         m_file.finish();
     }
 
 private:
     Mp4File m_file;
-    SoundStream m_sound;
+    AudioStream m_audio;
 };
 
-SoundWriter::SoundWriter(std::filesystem::path const& file, int bitRate)
+AudioWriter::AudioWriter(std::filesystem::path const& file, int bitRate)
     : m_impl(std::make_unique<Impl>(file, bitRate))
 {
 }
 
-SoundWriter::~SoundWriter() = default;
+AudioWriter::~AudioWriter() = default;
 
-void SoundWriter::write(std::span<float const> interleaved)
+void AudioWriter::write(std::span<float const> interleaved)
 {
     m_impl->write(interleaved);
 }
 
-void SoundWriter::finish()
+void AudioWriter::finish()
 {
     m_impl->finish();
 }

@@ -7,12 +7,12 @@
 namespace framewright {
 
 /// Writes an M4A: 48 kHz stereo as AAC, the index in front. Appears and fails like a MovieWriter.
-class SoundWriter {
+class AudioWriter {
 public:
-    explicit SoundWriter(std::filesystem::path const& file, int bitRate = 160'000);
-    ~SoundWriter();
-    SoundWriter(SoundWriter const&) = delete;
-    SoundWriter& operator=(SoundWriter const&) = delete;
+    explicit AudioWriter(std::filesystem::path const& file, int bitRate = 160'000);
+    ~AudioWriter();
+    AudioWriter(AudioWriter const&) = delete;
+    AudioWriter& operator=(AudioWriter const&) = delete;
 
     void write(std::span<float const> interleaved);
 

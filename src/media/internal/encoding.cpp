@@ -58,7 +58,7 @@ void setColors(AVCodecContext& encoder, ColorTags colors)
 
 } // namespace
 
-CodecHandle openPictureEncoder(MovieSettings const& settings, std::filesystem::path const& file)
+CodecHandle openVideoEncoder(MovieSettings const& settings, std::filesystem::path const& file)
 {
     quietLibrary();
     bool const isHLG = settings.codec == MovieSettings::Codec::hevcHLG;
@@ -103,7 +103,7 @@ CodecHandle openPictureEncoder(MovieSettings const& settings, std::filesystem::p
     return encoder;
 }
 
-CodecHandle openSoundEncoder(int bitRate, std::filesystem::path const& file)
+CodecHandle openAudioEncoder(int bitRate, std::filesystem::path const& file)
 {
     quietLibrary();
     auto encoder = newEncoder(avcodec_find_encoder(AV_CODEC_ID_AAC), "aac", file);

@@ -50,7 +50,7 @@ AVBufferRef* allocateAligned(void*, std::size_t bytes)
 
 } // namespace
 
-AVBufferRef* pictureMemory(std::size_t bytes)
+AVBufferRef* frameMemory(std::size_t bytes)
 {
     std::lock_guard const lock(poolsMutex);
     auto found = pools.begin();

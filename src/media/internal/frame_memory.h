@@ -10,6 +10,6 @@ namespace framewright {
 inline constexpr std::size_t rowAlignment = 64;
 
 /// Memory for one picture, from a pool for pictures of that size. Throws std::bad_alloc.
-AVBufferRef* pictureMemory(std::size_t bytes);
+AVBufferRef* frameMemory(std::size_t bytes);
 
 } // namespace framewright

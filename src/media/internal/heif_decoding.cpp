@@ -48,14 +48,14 @@ public:
     {
         if (!m_context)
             throw std::bad_alloc();
-        heif_context_set_maximum_image_size_limit(m_context.get(), maxPictureSide);
+        heif_context_set_maximum_image_size_limit(m_context.get(), maxImageSide);
         check(heif_context_read_from_memory_without_copy(m_context.get(), m_bytes.constData(),
                                                          std::size_t(m_bytes.size()), nullptr),
               file);
         heif_image_handle* handle = nullptr;
         check(heif_context_get_primary_image_handle(m_context.get(), &handle), file);
         m_handle.reset(handle);
-        checkPictureSize(size().width(), size().height(), file);
+        checkImageSize(size().width(), size().height(), file);
     }
 
     QSize size() const
@@ -79,7 +79,7 @@ QSize heifSize(Descriptor const& opened, std::filesystem::path const& file)
     return HeifFile(opened, file).size();
 }
 
-QImage decodedHeif(Descriptor const& opened, std::filesystem::path const& file)
+QImage decodeHeif(Descriptor const& opened, std::filesystem::path const& file)
 {
     HeifFile const heif(opened, file);
     heif_image* decoded = nullptr;

@@ -40,17 +40,17 @@ void keepMessage(void*, int level, char const* format, va_list arguments)
 std::string plainWords(std::string const& message)
 {
     struct Known {
-        char const* said;
-        char const* meant;
+        char const* logged;
+        char const* plain;
     };
-    for (auto const& [said, meant] : {
+    for (auto const& [logged, plain] : {
              Known{"moov atom not found", "its index is missing"},
              Known{"contradictionary", "its index contradicts itself"},
              Known{"partial file", "its end is missing"},
              Known{"max_streams", "it has too many tracks"},
          }) {
-        if (message.find(said) != std::string::npos)
-            return meant;
+        if (message.find(logged) != std::string::npos)
+            return plain;
     }
     return message;
 }

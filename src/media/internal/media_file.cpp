@@ -50,7 +50,7 @@ Descriptor openMediaFile(std::filesystem::path const& file)
     return opened;
 }
 
-std::vector<std::uint8_t> headOf(Descriptor const& opened, std::filesystem::path const& file)
+std::vector<std::uint8_t> readHead(Descriptor const& opened, std::filesystem::path const& file)
 {
     std::vector<std::uint8_t> head(headBytes);
     std::int64_t const got = opened.readAt(0, head);
@@ -82,13 +82,13 @@ PhotoFormat photoFormat(std::span<std::uint8_t const> head)
     return PhotoFormat::none;
 }
 
-void checkPictureSize(std::int64_t width, std::int64_t height, std::filesystem::path const& file)
+void checkImageSize(std::int64_t width, std::int64_t height, std::filesystem::path const& file)
 {
-    if (width > maxPictureSide || height > maxPictureSide)
+    if (width > maxImageSide || height > maxImageSide)
         throw failure(MediaError::Cause::unsupported, file,
                       fmt::format("claims a picture of {} × {} pixels; no side may be longer than "
                                   "{} pixels.",
-                                  width, height, maxPictureSide));
+                                  width, height, maxImageSide));
     if (width <= 0 || height <= 0)
         throw damage(file, "its picture has no size");
 }

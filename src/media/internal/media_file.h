@@ -13,7 +13,7 @@ namespace framewright {
 Descriptor openMediaFile(std::filesystem::path const& file);
 
 /// The first bytes of a file: enough to tell its kind.
-std::vector<std::uint8_t> headOf(Descriptor const& opened, std::filesystem::path const& file);
+std::vector<std::uint8_t> readHead(Descriptor const& opened, std::filesystem::path const& file);
 
 enum class PhotoFormat { none, jpeg, png, webp, tiff, gif, heif };
 
@@ -21,9 +21,9 @@ enum class PhotoFormat { none, jpeg, png, webp, tiff, gif, heif };
 PhotoFormat photoFormat(std::span<std::uint8_t const> head);
 
 /// No picture's side may be longer: more memory than any camera's picture needs is an attack.
-inline constexpr int maxPictureSide = 16384;
+inline constexpr int maxImageSide = 16384;
 
 /// Throws MediaError when a picture claims sides that no real one has.
-void checkPictureSize(std::int64_t width, std::int64_t height, std::filesystem::path const& file);
+void checkImageSize(std::int64_t width, std::int64_t height, std::filesystem::path const& file);
 
 } // namespace framewright

@@ -47,10 +47,10 @@ constexpr std::string_view demuxers[] = {
 };
 
 /// Sound formats whose head does not tell the exact length; their files are small.
-constexpr std::string_view measuredByReading[] = {"mp3", "ogg", "aac", "ac3", "eac3", "dts", "amr"};
+constexpr std::string_view needFullScan[] = {"mp3", "ogg", "aac", "ac3", "eac3", "dts", "amr"};
 
 // One byte pattern in a megabyte of anything can look like the start of a sound frame.
-constexpr int leastProbeScore = 2;
+constexpr int minProbeScore = 2;
 
 constexpr int maxStreams = 100;
 constexpr std::int64_t maxProbeBytes = 8 << 20;
@@ -127,12 +127,12 @@ MediaInput::MediaInput(Descriptor opened, std::filesystem::path const& file, Det
     quietLibrary();
     forgetLibraryMessages();
     m_io = std::make_unique<DescriptorIO>(*m_file, DescriptorIO::Access::read);
-    m_io->mayRead = [watch = m_watch.get()] { return watch->getsOn(); };
+    m_io->mayRead = [watch = m_watch.get()] { return watch->mayContinue(); };
     openContainer();
     chooseStreams();
     findStreamFacts(detail);
     chooseStreams(); // Some streams are found, and some become known, only by their packets.
-    if (!m_picture && !m_sound)
+    if (!m_video && !m_audio)
         throw notMedia(m_path);
     checkStreams();
 }
@@ -141,10 +141,10 @@ void MediaInput::openContainer()
 {
     AVInputFormat const* kind = nullptr;
     int const score = av_probe_input_buffer2(m_io->context(), &kind, "", nullptr, 0, 0);
-    m_watch->throwIfEnded();
+    m_watch->rethrow();
     if (score == AVERROR(ENOMEM))
         throw std::bad_alloc();
-    if (score < leastProbeScore || !kind ||
+    if (score < minProbeScore || !kind ||
         std::ranges::find(demuxers, kind->name) == std::end(demuxers))
         throw notMedia(m_path);
 
@@ -160,7 +160,7 @@ void MediaInput::openContainer()
     forgetLibraryMessages();
     int const result = avformat_open_input(&format, "", kind, nullptr); // Frees it on failure.
     if (result < 0)
-        m_watch->throwIfEnded();
+        m_watch->rethrow();
     if (result == AVERROR(ENOMEM))
         throw std::bad_alloc();
     if (result < 0)
@@ -172,9 +172,9 @@ void MediaInput::findStreamFacts(Detail detail)
 {
     if (detail == Detail::forReading && isMov())
         return;
-    if (m_picture)
-        checkPictureSize(std::max(1, m_picture->codecpar->width),
-                         std::max(1, m_picture->codecpar->height), m_path);
+    if (m_video)
+        checkImageSize(std::max(1, m_video->codecpar->width),
+                       std::max(1, m_video->codecpar->height), m_path);
 
     std::vector<AVDictionary*> options(m_format->nb_streams);
     for (AVDictionary*& option : options)
@@ -182,7 +182,7 @@ void MediaInput::findStreamFacts(Detail detail)
     int const result = avformat_find_stream_info(m_format.get(), options.data());
     for (AVDictionary*& option : options)
         av_dict_free(&option);
-    m_watch->throwIfEnded();
+    m_watch->rethrow();
     if (result == AVERROR(ENOMEM))
         throw std::bad_alloc();
     if (result < 0)
@@ -191,15 +191,15 @@ void MediaInput::findStreamFacts(Detail detail)
 
 void MediaInput::chooseStreams()
 {
-    m_picture = chosen(*m_format, AVMEDIA_TYPE_VIDEO);
-    m_sound = chosen(*m_format, AVMEDIA_TYPE_AUDIO);
+    m_video = chosen(*m_format, AVMEDIA_TYPE_VIDEO);
+    m_audio = chosen(*m_format, AVMEDIA_TYPE_AUDIO);
 }
 
 void MediaInput::checkStreams() const
 {
-    if (m_picture)
-        checkPictureSize(m_picture->codecpar->width, m_picture->codecpar->height, m_path);
-    if (m_sound && m_sound->codecpar->sample_rate <= 0)
+    if (m_video)
+        checkImageSize(m_video->codecpar->width, m_video->codecpar->height, m_path);
+    if (m_audio && m_audio->codecpar->sample_rate <= 0)
         throw damage(m_path, "its sound has no sample rate");
 }
 
@@ -220,17 +220,17 @@ bool MediaInput::isMov() const
     return is("mov,mp4,m4a,3gp,3g2,mj2");
 }
 
-bool MediaInput::keepsItsOwnZero() const
+bool MediaInput::hasAbsoluteTimes() const
 {
     return isMov() || is("matroska,webm");
 }
 
 std::int64_t MediaInput::zero(AVStream const& stream) const
 {
-    if (keepsItsOwnZero())
-        return &stream == m_sound ? m_leadIn : 0;
+    if (hasAbsoluteTimes())
+        return &stream == m_audio ? m_encoderDelay : 0;
     AVStream const* first = nullptr;
-    for (AVStream const* const each : {m_picture, m_sound}) {
+    for (AVStream const* const each : {m_video, m_audio}) {
         if (each && each->start_time != AV_NOPTS_VALUE &&
             (!first || av_compare_ts(each->start_time, each->time_base, first->start_time,
                                      first->time_base) < 0))
@@ -242,13 +242,13 @@ std::int64_t MediaInput::zero(AVStream const& stream) const
     return begin + (is("avi") ? stream.codecpar->video_delay : 0);
 }
 
-void MediaInput::findLeadIn()
+void MediaInput::findEncoderDelay()
 {
     // An edit list has moved the first packet before 0. Where there is none, it lies at 0.
-    AVIndexEntry const* const first = m_sound ? avformat_index_get_entry(m_sound, 0) : nullptr;
+    AVIndexEntry const* const first = m_audio ? avformat_index_get_entry(m_audio, 0) : nullptr;
     if (!isMov() || !first || first->timestamp != 0)
         return;
-    readOnly(*m_sound);
+    readOnly(*m_audio);
     PacketHandle const packet = newPacket();
     if (!read(*packet))
         return;
@@ -258,20 +258,21 @@ void MediaInput::findLeadIn()
     if (skip && size >= 4) {
         std::uint32_t const samples =
             skip[0] | skip[1] << 8 | skip[2] << 16 | std::uint32_t(skip[3]) << 24;
-        m_leadIn = av_rescale_q(samples, {1, m_sound->codecpar->sample_rate}, m_sound->time_base);
+        m_encoderDelay =
+            av_rescale_q(samples, {1, m_audio->codecpar->sample_rate}, m_audio->time_base);
     }
-    seekToStart(*m_sound);
+    seekToStart(*m_audio);
 }
 
 double MediaInput::end(AVStream const& stream) const
 {
     std::string_view const name = m_format->iformat->name;
     if (m_format->duration_estimation_method == AVFMT_DURATION_FROM_BITRATE ||
-        std::ranges::find(measuredByReading, name) != std::end(measuredByReading))
+        std::ranges::find(needFullScan, name) != std::end(needFullScan))
         return -1;
     if (stream.duration != AV_NOPTS_VALUE && stream.duration > 0) {
         std::int64_t const start = stream.start_time == AV_NOPTS_VALUE ? 0 : stream.start_time;
-        std::int64_t const leadIn = &stream == m_sound ? m_leadIn : 0;
+        std::int64_t const leadIn = &stream == m_audio ? m_encoderDelay : 0;
         return secondsOf(start - leadIn + stream.duration - zero(stream), stream.time_base);
     }
     if (m_format->duration != AV_NOPTS_VALUE && m_format->duration > 0)
@@ -306,14 +307,14 @@ CodecHandle MediaInput::openDecoder(AVStream const& stream, int threads) const
 
 bool MediaInput::read(AVPacket& packet)
 {
-    if (!m_watch->getsOn())
-        m_watch->throwIfEnded();
+    if (!m_watch->mayContinue())
+        m_watch->rethrow();
     forgetLibraryMessages();
     int const result = av_read_frame(m_format.get(), &packet);
     if (result < 0)
-        m_watch->throwIfEnded();
-    if (result == AVERROR_EOF && !m_isEndReported && isCutShort()) {
-        m_isEndReported = true;
+        m_watch->rethrow();
+    if (result == AVERROR_EOF && !m_isTruncationReported && isTruncated()) {
+        m_isTruncationReported = true;
         throw damage(m_path, "its end is missing");
     }
     if (result == AVERROR_EOF)
@@ -327,13 +328,13 @@ bool MediaInput::read(AVPacket& packet)
 
 /// Whether the end that was just met is not where the data should end: the index of MP4 names
 /// data behind it, in a stream that is being read; Matroska is in the middle of an element.
-bool MediaInput::isCutShort() const
+bool MediaInput::isTruncated() const
 {
     if (librarySaid("ended prematurely"))
         return true;
     if (!isMov())
         return false;
-    for (AVStream* const stream : {m_picture, m_sound}) {
+    for (AVStream* const stream : {m_video, m_audio}) {
         if (!stream || stream->discard == AVDISCARD_ALL)
             continue;
         int const entries = avformat_index_get_entries_count(stream);
@@ -362,18 +363,18 @@ bool MediaInput::seeksReliably() const
 
 void MediaInput::seek(AVStream& stream, std::int64_t time)
 {
-    m_isEndReported = false;
+    m_isTruncationReported = false;
     int const result = seeksReliably()
                            ? av_seek_frame(m_format.get(), stream.index, time, AVSEEK_FLAG_BACKWARD)
                            : -1;
-    m_watch->throwIfEnded();
+    m_watch->rethrow();
     if (result < 0)
         seekToStart(stream);
 }
 
 void MediaInput::seekToStart(AVStream& stream)
 {
-    m_isEndReported = false;
+    m_isTruncationReported = false;
     forgetLibraryMessages();
     int result = -1;
     // Formats whose times may jump are searched for a time; their first packet is simply the first.
@@ -382,7 +383,7 @@ void MediaInput::seekToStart(AVStream& stream)
             av_seek_frame(m_format.get(), stream.index, firstTime(stream), AVSEEK_FLAG_BACKWARD);
     if (result < 0)
         result = av_seek_frame(m_format.get(), -1, 0, AVSEEK_FLAG_BYTE);
-    m_watch->throwIfEnded();
+    m_watch->rethrow();
     if (result < 0)
         throw damage(m_path, result);
 }

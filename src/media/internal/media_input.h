@@ -2,8 +2,8 @@
 
 #include "media/internal/av_handles.h"
 #include "media/internal/descriptor.h"
+#include "media/internal/reading_watch.h"
 #include "media/media_error.h"
-#include "media/reading_watch.h"
 
 #include <filesystem>
 #include <memory>
@@ -29,8 +29,8 @@ public:
 
     std::filesystem::path const& path() const { return m_path; }
     AVFormatContext* format() const { return m_format.get(); }
-    AVStream* picture() const { return m_picture; } ///< Null when there is none.
-    AVStream* sound() const { return m_sound; }
+    AVStream* video() const { return m_video; } ///< Null when there is none.
+    AVStream* audio() const { return m_audio; }
 
     /// Reads only the packets of one stream from now on.
     void readOnly(AVStream const& stream);
@@ -44,7 +44,7 @@ public:
     /// What an encoder put before the first real sample, where the container says so but counts
     /// it as time: `zero` of the sound lies behind it from now on. To be called before the first
     /// packet is read.
-    void findLeadIn();
+    void findEncoderDelay();
 
     /// Where a stream ends, in seconds after time 0; below 0 when only reading it all can tell.
     double end(AVStream const& stream) const;
@@ -78,20 +78,20 @@ private:
     void findStreamFacts(Detail detail);
     void chooseStreams();
     void checkStreams() const;
-    bool isCutShort() const;
+    bool isTruncated() const;
     bool is(char const* demuxer) const;
     bool isMov() const;
-    bool keepsItsOwnZero() const;
+    bool hasAbsoluteTimes() const;
 
     std::filesystem::path m_path;
     std::unique_ptr<Descriptor> m_file;    ///< Where it is must not change: m_io refers to it.
     std::unique_ptr<ReadingWatch> m_watch; ///< And to it.
     std::unique_ptr<DescriptorIO> m_io;
     std::unique_ptr<AVFormatContext, CloseInput> m_format;
-    AVStream* m_picture = nullptr;
-    AVStream* m_sound = nullptr;
-    std::int64_t m_leadIn = 0;    ///< In the time base of the sound.
-    bool m_isEndReported = false; ///< That it is cut short, since the last seek.
+    AVStream* m_video = nullptr;
+    AVStream* m_audio = nullptr;
+    std::int64_t m_encoderDelay = 0;     ///< In the time base of the sound.
+    bool m_isTruncationReported = false; ///< That it is cut short, since the last seek.
 };
 
 /// "is not a video, photo or audio file."

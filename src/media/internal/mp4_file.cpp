@@ -16,7 +16,7 @@ constexpr char const* written = "written";
 
 /// A name of its own, whatever else is being written there. It is not made from the target's
 /// name, which may already be as long as a name can be.
-std::filesystem::path hiddenBeside(std::filesystem::path const& target)
+std::filesystem::path temporaryBeside(std::filesystem::path const& target)
 {
     std::random_device random;
     std::string name = ".framewright-";
@@ -40,15 +40,15 @@ Mp4File::Mp4File(std::filesystem::path const& target, Kind kind) : m_target(targ
 {
     quietLibrary();
     forgetLibraryMessages();
-    auto const hidden = hiddenBeside(target);
+    auto const hidden = temporaryBeside(target);
     m_file = Descriptor(::open(hidden.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
     if (!m_file)
         throw systemFailure(target, written, errno);
-    m_hidden = hidden;
+    m_temporary = hidden;
     try {
         m_io.emplace(m_file, DescriptorIO::Access::write);
         AVFormatContext* format = nullptr;
-        char const* const muxer = kind == Kind::sound ? "ipod" : "mp4"; // "ipod" marks it as M4A.
+        char const* const muxer = kind == Kind::audio ? "ipod" : "mp4"; // "ipod" marks it as M4A.
         check(avformat_alloc_output_context2(&format, nullptr, muxer, nullptr));
         m_format.reset(format);
     } catch (...) {
@@ -64,8 +64,8 @@ Mp4File::Mp4File(std::filesystem::path const& target, Kind kind) : m_target(targ
 
 Mp4File::~Mp4File()
 {
-    if (!m_hidden.empty())
-        ::unlink(m_hidden.c_str());
+    if (!m_temporary.empty())
+        ::unlink(m_temporary.c_str());
 }
 
 /// The index is moved by reading back what was written, through a second access to the file.
@@ -138,10 +138,10 @@ void Mp4File::finish(std::function<void(std::filesystem::path const& written)> c
     this->check(m_io->context()->error);
     flush();
     if (check)
-        check(m_hidden);
-    if (::rename(m_hidden.c_str(), m_target.c_str()) != 0)
+        check(m_temporary);
+    if (::rename(m_temporary.c_str(), m_target.c_str()) != 0)
         throw systemFailure(m_target, written, errno);
-    m_hidden.clear();
+    m_temporary.clear();
     flushFolder(m_target.parent_path());
 }
 

@@ -14,7 +14,7 @@ namespace framewright {
 /// the target's place when it is complete. Destroyed before `finish` it leaves nothing.
 class Mp4File {
 public:
-    enum class Kind { movie, sound };
+    enum class Kind { movie, audio };
 
     /// Throws MediaError when no file can be made there.
     Mp4File(std::filesystem::path const& target, Kind kind);
@@ -50,7 +50,7 @@ private:
     void flush();
 
     std::filesystem::path m_target;
-    std::filesystem::path m_hidden; ///< Empty once it has taken the target's place.
+    std::filesystem::path m_temporary; ///< Empty once it has taken the target's place.
     Descriptor m_file;
     std::optional<DescriptorIO> m_io;
     std::optional<DescriptorIO> m_reading; ///< While the index is being moved.

@@ -83,7 +83,7 @@ public:
         m_storedSize = m_reader.size();
         if (!m_storedSize.isValid())
             throw failed();
-        checkPictureSize(m_storedSize.width(), m_storedSize.height(), file);
+        checkImageSize(m_storedSize.width(), m_storedSize.height(), file);
     }
 
     QSize uprightSize() const
@@ -96,10 +96,10 @@ public:
     {
         if (QSize const size = fitted(m_storedSize, maxSide); size != m_storedSize)
             m_reader.setScaledSize(size);
-        QImage picture = m_reader.read();
-        if (picture.isNull())
+        QImage image = m_reader.read();
+        if (image.isNull())
             throw failed();
-        return picture;
+        return image;
     }
 
 private:
@@ -148,16 +148,16 @@ QSize photoSize(Descriptor const& opened, PhotoFormat format, std::filesystem::p
     return Reader(opened, format, file).uprightSize();
 }
 
-QImage decodedPhoto(Descriptor const& opened, PhotoFormat format, std::filesystem::path const& file,
-                    int maxSide)
+QImage decodePhoto(Descriptor const& opened, PhotoFormat format, std::filesystem::path const& file,
+                   int maxSide)
 {
     if (format != PhotoFormat::heif)
         return Reader(opened, format, file).read(maxSide);
-    QImage const picture = decodedHeif(opened, file);
-    QSize const size = fitted(picture.size(), maxSide);
-    return size == picture.size()
-               ? picture
-               : picture.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    QImage const image = decodeHeif(opened, file);
+    QSize const size = fitted(image.size(), maxSide);
+    return size == image.size()
+               ? image
+               : image.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
 }
 
 } // namespace framewright

@@ -13,12 +13,12 @@ namespace framewright {
 QSize photoSize(Descriptor const& opened, PhotoFormat format, std::filesystem::path const& file);
 
 /// The photo upright, scaled down smoothly so that no side is longer than `maxSide`.
-QImage decodedPhoto(Descriptor const& opened, PhotoFormat format, std::filesystem::path const& file,
-                    int maxSide);
+QImage decodePhoto(Descriptor const& opened, PhotoFormat format, std::filesystem::path const& file,
+                   int maxSide);
 
 /// The same for HEIC and AVIF.
 QSize heifSize(Descriptor const& opened, std::filesystem::path const& file);
-QImage decodedHeif(Descriptor const& opened, std::filesystem::path const& file);
+QImage decodeHeif(Descriptor const& opened, std::filesystem::path const& file);
 
 /// The whole content of a photo's file.
 QByteArray wholeFile(Descriptor const& opened, std::filesystem::path const& file);

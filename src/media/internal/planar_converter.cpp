@@ -22,7 +22,7 @@ constexpr int bt601 = 6;
 constexpr int bt470bg = 5;
 constexpr int bt2020 = 9;
 
-bool isUnsaid(int tag)
+bool isUnspecified(int tag)
 {
     return tag == unspecified || tag == 3; // 3 is reserved.
 }
@@ -41,27 +41,27 @@ bool isAligned(AVFrame const& frame, int planes)
 
 } // namespace
 
-ColorTags guessedColors(ColorTags said, PixelLayout::Model model, int width, int height)
+ColorTags guessedColors(ColorTags stored, PixelLayout::Model model, int width, int height)
 {
-    ColorTags colors = said;
+    ColorTags colors = stored;
     if (model != PixelLayout::Model::yuv)
         colors.chromaIsCentered = false;
     if (model == PixelLayout::Model::gbr) {
         colors.matrix = 0;
-        colors.primaries = isUnsaid(said.primaries) ? bt709 : said.primaries;
-        colors.transfer = isUnsaid(said.transfer) ? bt709 : said.transfer;
+        colors.primaries = isUnspecified(stored.primaries) ? bt709 : stored.primaries;
+        colors.transfer = isUnspecified(stored.transfer) ? bt709 : stored.transfer;
         return colors;
     }
     bool const isHD = std::min(width, height) >= 720 || std::max(width, height) >= 1280;
-    if (isUnsaid(said.matrix) || said.matrix == 0)
-        colors.matrix = said.primaries == bt2020 ? bt2020 : isHD ? bt709 : bt601;
-    if (isUnsaid(said.primaries)) {
-        bool const isLikeJpeg = colors.matrix == bt470bg && said.isFullRange;
+    if (isUnspecified(stored.matrix) || stored.matrix == 0)
+        colors.matrix = stored.primaries == bt2020 ? bt2020 : isHD ? bt709 : bt601;
+    if (isUnspecified(stored.primaries)) {
+        bool const isLikeJpeg = colors.matrix == bt470bg && stored.isFullRange;
         bool const isNamedByMatrix = colors.matrix == bt709 || colors.matrix == bt470bg ||
                                      colors.matrix == bt601 || colors.matrix == bt2020;
         colors.primaries = isLikeJpeg || !isNamedByMatrix ? bt709 : colors.matrix;
     }
-    if (isUnsaid(said.transfer))
+    if (isUnspecified(stored.transfer))
         colors.transfer = colors.primaries == bt601 ? bt601 : bt709;
     return colors;
 }

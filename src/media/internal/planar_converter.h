@@ -20,6 +20,6 @@ private:
 
 /// The tags of a picture, what it does not say filled in as players do: HD is BT.709, smaller
 /// pictures are BT.601, JPEG-like ones have the primaries of screens.
-ColorTags guessedColors(ColorTags said, PixelLayout::Model model, int width, int height);
+ColorTags guessedColors(ColorTags stored, PixelLayout::Model model, int width, int height);
 
 } // namespace framewright

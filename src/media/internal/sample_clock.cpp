@@ -15,8 +15,8 @@ constexpr double jitter = 0.02;
 
 /// But all blocks that come late or early by this for so long are where their stamps say: phones
 /// give their first block the time that the microphone took to start. In seconds.
-constexpr double lastingShift = 0.01;
-constexpr int lastingBlocks = 8;
+constexpr double persistentShift = 0.01;
+constexpr int persistentBlocks = 8;
 
 bool isPcm(AVCodecID codec)
 {
@@ -44,9 +44,9 @@ SampleClock::SampleClock(MediaInput const& input, AVStream& stream, FirstBlock c
         m_anchor = multiple;
 
     if (isMov && !isPcm(codec))
-        countBlocks(first.length);
+        placeBlocks(first.length);
     if (isMov)
-        findEnd(input, first);
+        findEndOfAudio(input, first);
 }
 
 std::int64_t SampleClock::stamped(std::int64_t stamp) const
@@ -66,9 +66,9 @@ bool SampleClock::isNear(std::int64_t a, std::int64_t b) const
 
 /// Whether this block of the index and the next ones are all off to the same side by more than
 /// jitter is, if it is placed at `expected`.
-bool SampleClock::isShifted(int entry, std::int64_t expected, int blockLength) const
+bool SampleClock::isPersistentlyShifted(int entry, std::int64_t expected, int blockLength) const
 {
-    auto const least = std::int64_t(lastingShift * m_rate);
+    auto const least = std::int64_t(persistentShift * m_rate);
     auto const shift = [&](int i) {
         std::int64_t const raw =
             stamped(avformat_index_get_entry(&m_stream, entry + i)->timestamp) - expected -
@@ -76,34 +76,35 @@ bool SampleClock::isShifted(int entry, std::int64_t expected, int blockLength) c
         return raw > least ? 1 : raw < -least ? -1 : 0;
     };
     int const side = shift(0);
-    if (side == 0 || entry + lastingBlocks > avformat_index_get_entries_count(&m_stream))
+    if (side == 0 || entry + persistentBlocks > avformat_index_get_entries_count(&m_stream))
         return false;
-    for (int i = 1; i < lastingBlocks; ++i) {
+    for (int i = 1; i < persistentBlocks; ++i) {
         if (shift(i) != side)
             return false;
     }
     return true;
 }
 
-void SampleClock::countBlocks(int blockLength)
+void SampleClock::placeBlocks(int blockLength)
 {
     int const count = avformat_index_get_entries_count(&m_stream);
-    m_counted.reserve(std::size_t(count));
+    m_positions.reserve(std::size_t(count));
     bool isAsStamped = true;
     std::int64_t expected = m_anchor;
     for (int i = 0; i < count; ++i) {
         std::int64_t const raw = stamped(avformat_index_get_entry(&m_stream, i)->timestamp);
-        bool const follows = isNear(raw, expected) && !isShifted(i, expected, blockLength);
+        bool const follows =
+            isNear(raw, expected) && !isPersistentlyShifted(i, expected, blockLength);
         std::int64_t const position = follows ? expected : raw;
         isAsStamped = isAsStamped && position == raw && (follows || i == 0);
-        m_counted.push_back(position);
+        m_positions.push_back(position);
         expected = position + blockLength;
     }
     if (isAsStamped)
-        m_counted = {};
+        m_positions = {};
 }
 
-void SampleClock::findEnd(MediaInput const& input, FirstBlock const& first)
+void SampleClock::findEndOfAudio(MediaInput const& input, FirstBlock const& first)
 {
     int const count = avformat_index_get_entries_count(&m_stream);
     if (count == 0 || m_stream.duration == AV_NOPTS_VALUE || m_stream.duration <= 0)
@@ -123,12 +124,12 @@ void SampleClock::findEnd(MediaInput const& input, FirstBlock const& first)
 
 std::int64_t SampleClock::position(std::int64_t stamp, std::optional<std::int64_t> expected) const
 {
-    if (!m_counted.empty()) {
+    if (!m_positions.empty()) {
         int const entry =
             av_index_search_timestamp(&m_stream, stamp, AVSEEK_FLAG_ANY | AVSEEK_FLAG_BACKWARD);
-        if (entry >= 0 && std::size_t(entry) < m_counted.size() &&
+        if (entry >= 0 && std::size_t(entry) < m_positions.size() &&
             avformat_index_get_entry(&m_stream, entry)->timestamp == stamp)
-            return m_counted[std::size_t(entry)];
+            return m_positions[std::size_t(entry)];
     }
     std::int64_t const raw = stamped(stamp);
     if (expected && isNear(raw, *expected))

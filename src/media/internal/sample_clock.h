@@ -43,17 +43,17 @@ public:
 private:
     std::int64_t stamped(std::int64_t stamp) const;
     bool isNear(std::int64_t a, std::int64_t b) const;
-    bool isShifted(int entry, std::int64_t expected, int blockLength) const;
-    void countBlocks(int blockLength);
-    void findEnd(MediaInput const& input, FirstBlock const& first);
+    bool isPersistentlyShifted(int entry, std::int64_t expected, int blockLength) const;
+    void placeBlocks(int blockLength);
+    void findEndOfAudio(MediaInput const& input, FirstBlock const& first);
 
     AVStream& m_stream;
     std::int64_t m_zero;
     int m_rate;
-    std::int64_t m_anchor = 0;           ///< Of the first block.
-    std::int64_t m_grid = 1;             ///< Blocks begin at multiples of it from the anchor.
-    std::int64_t m_stampUnit = 1;        ///< In samples, rounded up.
-    std::vector<std::int64_t> m_counted; ///< Of each entry of the file's index, or empty.
+    std::int64_t m_anchor = 0;             ///< Of the first block.
+    std::int64_t m_grid = 1;               ///< Blocks begin at multiples of it from the anchor.
+    std::int64_t m_stampUnit = 1;          ///< In samples, rounded up.
+    std::vector<std::int64_t> m_positions; ///< Of each entry of the file's index, or empty.
     std::optional<std::int64_t> m_end;
 };
 

@@ -19,7 +19,7 @@ constexpr int outputRate = AudioReader::sampleRate;
 constexpr int outputChannels = 2;
 
 /// Gaps are filled piece by piece: one may be longer than memory.
-constexpr std::int64_t silenceAtOnce = 16384;
+constexpr std::int64_t maxSilenceChunk = 16384;
 
 /// Planes that begin `offset` samples into those of a frame.
 std::vector<std::uint8_t const*> planesFrom(AVFrame const& frame, int offset)
@@ -37,7 +37,7 @@ std::vector<std::uint8_t const*> planesFrom(AVFrame const& frame, int offset)
 /// What each source channel gives to left and right, where the library's own mix is not wanted:
 /// mono is heard at full level on both sides, of unnamed channels the first two are the sides.
 /// Empty for layouts that the library mixes.
-std::vector<double> ownMatrix(AVChannelLayout const& layout)
+std::vector<double> customMixMatrix(AVChannelLayout const& layout)
 {
     auto const channels = std::size_t(layout.nb_channels);
     if (channels > 1 && layout.order == AV_CHANNEL_ORDER_NATIVE)
@@ -88,7 +88,7 @@ void StereoConverter::adaptTo(AVFrame const& frame)
     else if (av_channel_layout_copy(&layout, &frame.ch_layout) < 0)
         throw std::bad_alloc();
     AVChannelLayout stereo = AV_CHANNEL_LAYOUT_STEREO;
-    std::vector<double> const matrix = ownMatrix(layout);
+    std::vector<double> const matrix = customMixMatrix(layout);
 
     forgetLibraryMessages();
     SwrContext* resampler = nullptr;
@@ -106,12 +106,12 @@ void StereoConverter::adaptTo(AVFrame const& frame)
     m_channels = frame.ch_layout.nb_channels;
 }
 
-bool StereoConverter::add(SoundBlock const& block)
+bool StereoConverter::add(AudioBlock const& block)
 {
     adaptTo(*block.frame);
     std::int64_t const gap = block.position - m_expected;
     if (gap > 0) {
-        addSilence(*block.frame, int(std::min(gap, silenceAtOnce)));
+        addSilence(*block.frame, int(std::min(gap, maxSilenceChunk)));
         return false;
     }
     int const overlap = int(std::min<std::int64_t>(-gap, block.length()));

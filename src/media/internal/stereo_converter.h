@@ -30,7 +30,7 @@ public:
     void startAt(std::int64_t source);
 
     /// Converts a block, or part of the gap before it: false while the block is not used up.
-    bool add(SoundBlock const& block);
+    bool add(AudioBlock const& block);
 
     /// Converts what the resampler holds back.
     void finish();

@@ -68,10 +68,8 @@ void setMasteringDisplay(AVStream& stream, MasteringDisplay const& display)
     set(data->display_primaries[1], display.green);
     set(data->display_primaries[2], display.blue);
     set(data->white_point, display.white);
-    data->min_luminance = {int(std::lround(display.leastLuminance * luminanceUnits)),
-                           luminanceUnits};
-    data->max_luminance = {int(std::lround(display.mostLuminance * luminanceUnits)),
-                           luminanceUnits};
+    data->min_luminance = {int(std::lround(display.minLuminance * luminanceUnits)), luminanceUnits};
+    data->max_luminance = {int(std::lround(display.maxLuminance * luminanceUnits)), luminanceUnits};
     data->has_primaries = data->has_luminance = 1;
 }
 
@@ -79,8 +77,8 @@ std::string masteringParameter(MasteringDisplay const& display)
 {
     return fmt::format("master-display=G{}B{}R{}WP{}L({:.0f},{:.0f})", text(display.green),
                        text(display.blue), text(display.red), text(display.white),
-                       display.mostLuminance * luminanceUnits,
-                       display.leastLuminance * luminanceUnits);
+                       display.maxLuminance * luminanceUnits,
+                       display.minLuminance * luminanceUnits);
 }
 
 } // namespace framewright

@@ -17,14 +17,14 @@ constexpr int maxFailuresInARow = 500;
 constexpr auto never = std::numeric_limits<std::int64_t>::min();
 
 /// Broadcast streams mark packets after every hiccup of the receiver; most decode all the same.
-bool marksLightly(AVFormatContext const& format)
+bool overreportsCorruption(AVFormatContext const& format)
 {
     return std::strcmp(format.iformat->name, "mpegts") == 0;
 }
 
 } // namespace
 
-PictureDecoder::PictureDecoder(MediaInput& input, AVStream& stream, int threads)
+VideoDecoder::VideoDecoder(MediaInput& input, AVStream& stream, int threads)
     : m_input(input),
       m_stream(stream),
       m_decoder(input.openDecoder(stream, threads)),
@@ -35,14 +35,14 @@ PictureDecoder::PictureDecoder(MediaInput& input, AVStream& stream, int threads)
     input.readOnly(stream);
 }
 
-std::optional<Picture> PictureDecoder::next()
+std::optional<TimedFrame> VideoDecoder::next()
 {
     m_missing.reset();
     while (true) {
         int const result = avcodec_receive_frame(m_decoder.get(), m_frame.get());
         if (result == AVERROR(ENOMEM))
             throw std::bad_alloc();
-        if (result == AVERROR_EOF || isBeyondHelp()) {
+        if (result == AVERROR_EOF || hasGivenUp()) {
             noteMissing(std::numeric_limits<std::int64_t>::max());
             return std::nullopt;
         }
@@ -61,14 +61,14 @@ std::optional<Picture> PictureDecoder::next()
             noteMissing(time);
             m_lastTime = time;
             m_lastEnd = time + lengthOf(*m_frame);
-            Picture picture{newFrame(), time};
-            av_frame_move_ref(picture.frame.get(), m_frame.get());
-            return picture;
+            TimedFrame frame{newFrame(), time};
+            av_frame_move_ref(frame.frame.get(), m_frame.get());
+            return frame;
         }
     }
 }
 
-void PictureDecoder::feed()
+void VideoDecoder::feed()
 {
     try {
         if (!m_input.read(*m_packet)) {
@@ -86,10 +86,10 @@ void PictureDecoder::feed()
         m_readUpTo = m_packet->dts;
 
     bool const isBroken =
-        (m_packet->flags & AV_PKT_FLAG_CORRUPT) && !marksLightly(*m_input.format());
-    bool const mayBeLeftOut = shown != AV_NOPTS_VALUE && shown < m_skipUntil;
-    if (isWanted && mayBeLeftOut)
-        m_lastLeftOut = std::max(m_lastLeftOut.value_or(shown), shown);
+        (m_packet->flags & AV_PKT_FLAG_CORRUPT) && !overreportsCorruption(*m_input.format());
+    bool const maySkip = shown != AV_NOPTS_VALUE && shown < m_skipUntil;
+    if (isWanted && maySkip)
+        m_lastSkipped = std::max(m_lastSkipped.value_or(shown), shown);
     else if (isWanted && shown != AV_NOPTS_VALUE && !(m_packet->flags & AV_PKT_FLAG_DISCARD))
         m_expected.insert(shown);
 
@@ -97,13 +97,13 @@ void PictureDecoder::feed()
         ++m_failures;
         ++m_failuresInARow;
     } else if (isWanted) {
-        m_decoder->skip_frame = mayBeLeftOut ? AVDISCARD_NONREF : AVDISCARD_DEFAULT;
+        m_decoder->skip_frame = maySkip ? AVDISCARD_NONREF : AVDISCARD_DEFAULT;
         send(m_packet.get());
     }
     av_packet_unref(m_packet.get());
 }
 
-void PictureDecoder::send(AVPacket const* packet)
+void VideoDecoder::send(AVPacket const* packet)
 {
     forgetLibraryMessages();
     int const result = avcodec_send_packet(m_decoder.get(), packet);
@@ -115,7 +115,7 @@ void PictureDecoder::send(AVPacket const* packet)
     }
 }
 
-std::int64_t PictureDecoder::lengthOf(AVFrame const& frame) const
+std::int64_t VideoDecoder::lengthOf(AVFrame const& frame) const
 {
     if (frame.pkt_duration > 0)
         return frame.pkt_duration;
@@ -125,7 +125,7 @@ std::int64_t PictureDecoder::lengthOf(AVFrame const& frame) const
     return std::max<std::int64_t>(1, av_rescale_q(1, av_inv_q(rate), m_stream.time_base));
 }
 
-void PictureDecoder::noteMissing(std::int64_t before)
+void VideoDecoder::noteMissing(std::int64_t before)
 {
     auto const upTo = m_expected.upper_bound(before);
     // Without a failure they are the invisible pictures and second fields that some formats have.
@@ -139,28 +139,28 @@ void PictureDecoder::noteMissing(std::int64_t before)
     m_expected.erase(m_expected.begin(), upTo);
 }
 
-bool PictureDecoder::isBeyondHelp() const
+bool VideoDecoder::hasGivenUp() const
 {
     return m_failuresInARow > maxFailuresInARow;
 }
 
-void PictureDecoder::seek(std::int64_t time, std::int64_t skipUntil)
+void VideoDecoder::seek(std::int64_t time, std::int64_t skipUntil)
 {
     m_input.seek(m_stream, time);
-    beginAfresh(skipUntil);
+    reset(skipUntil);
 }
 
-void PictureDecoder::seekToStart(std::int64_t skipUntil)
+void VideoDecoder::seekToStart(std::int64_t skipUntil)
 {
     m_input.seekToStart(m_stream);
-    beginAfresh(skipUntil);
+    reset(skipUntil);
 }
 
-void PictureDecoder::beginAfresh(std::int64_t skipUntil)
+void VideoDecoder::reset(std::int64_t skipUntil)
 {
     avcodec_flush_buffers(m_decoder.get());
     m_skipUntil = skipUntil;
-    m_lastLeftOut.reset();
+    m_lastSkipped.reset();
     m_readUpTo.reset();
     m_lastEnd.reset();
     m_lastTime.reset();

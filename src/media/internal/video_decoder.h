@@ -10,7 +10,7 @@
 namespace framewright {
 
 /// A decoded picture and the time from which it is shown, in its stream's time base.
-struct Picture {
+struct TimedFrame {
     FrameHandle frame;
     std::int64_t time = 0;
 };
@@ -18,12 +18,12 @@ struct Picture {
 /// Decodes the pictures of a stream one after the other, in the order they are shown.
 ///
 /// Damaged data is passed over; what is missing for it is remembered.
-class PictureDecoder {
+class VideoDecoder {
 public:
-    PictureDecoder(MediaInput& input, AVStream& stream, int threads);
+    VideoDecoder(MediaInput& input, AVStream& stream, int threads);
 
     /// The next picture, always later than the one before it; nothing after the last one.
-    std::optional<Picture> next();
+    std::optional<TimedFrame> next();
 
     /// The time of the first picture that is known to be missing right before the one that `next`
     /// gave, or at the end when it gave none.
@@ -35,7 +35,7 @@ public:
     void seekToStart(std::int64_t skipUntil);
 
     /// The latest of the times whose pictures may have been left out since the last seek.
-    std::optional<std::int64_t> lastLeftOut() const { return m_lastLeftOut; }
+    std::optional<std::int64_t> lastSkipped() const { return m_lastSkipped; }
 
     /// The decoding time up to which the file has been read; nothing right after a seek.
     std::optional<std::int64_t> readUpTo() const { return m_readUpTo; }
@@ -43,10 +43,10 @@ public:
 private:
     void feed();
     void send(AVPacket const* packet);
-    void beginAfresh(std::int64_t skipUntil);
+    void reset(std::int64_t skipUntil);
     std::int64_t lengthOf(AVFrame const& frame) const;
     void noteMissing(std::int64_t before);
-    bool isBeyondHelp() const;
+    bool hasGivenUp() const;
 
     MediaInput& m_input;
     AVStream& m_stream;
@@ -56,7 +56,7 @@ private:
 
     std::optional<std::int64_t> m_readUpTo;
     std::int64_t m_skipUntil;
-    std::optional<std::int64_t> m_lastLeftOut;
+    std::optional<std::int64_t> m_lastSkipped;
     std::optional<std::int64_t> m_lastEnd; ///< Of the picture given last.
     std::optional<std::int64_t> m_lastTime;
     std::optional<std::int64_t> m_missing;

@@ -134,7 +134,7 @@ std::span<CarriedFont const> carriedFonts()
     return carried;
 }
 
-FontLook promisedLook(std::string_view fontName)
+FontTraits impliedTraits(std::string_view fontName)
 {
     std::string name;
     for (char const c : fontName) {
@@ -142,17 +142,17 @@ FontLook promisedLook(std::string_view fontName)
             name += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
     }
     auto const isIn = [&](auto const& row) { return name.find(row.first) != std::string::npos; };
-    FontLook look;
+    FontTraits traits;
     if (auto const kind = std::ranges::find_if(kindWords, isIn); kind != kindWords.end())
-        look.kind = kind->second;
+        traits.kind = kind->second;
     if (auto const weight = std::ranges::find_if(weightWords, isIn); weight != weightWords.end())
-        look.weight = weight->second;
-    else if (look.kind == FontKind::condensed || look.kind == FontKind::poster)
-        look.weight = 700; // What is made for headlines is bold in its only weight.
-    return look;
+        traits.weight = weight->second;
+    else if (traits.kind == FontKind::condensed || traits.kind == FontKind::poster)
+        traits.weight = 700; // What is made for headlines is bold in its only weight.
+    return traits;
 }
 
-std::span<std::string_view const> familiesLike(FontKind kind)
+std::span<std::string_view const> similarFamilies(FontKind kind)
 {
     switch (kind) {
     case FontKind::sans:

@@ -17,15 +17,15 @@ std::span<CarriedFont const> carriedFonts();
 /// What a font looks like, in so far as another can stand in for it.
 enum class FontKind { sans, round, condensed, poster, serif, didone, mono, typewriter, script };
 
-struct FontLook {
+struct FontTraits {
     FontKind kind = FontKind::sans;
     int weight = 400; ///< As in OpenType: 100 to 900.
 };
 
 /// The look that a font's name promises, for fonts that may not be there.
-FontLook promisedLook(std::string_view fontName);
+FontTraits impliedTraits(std::string_view fontName);
 
 /// The families that can stand in for a kind, the nearest first. Further ones are as near as any.
-std::span<std::string_view const> familiesLike(FontKind kind);
+std::span<std::string_view const> similarFamilies(FontKind kind);
 
 } // namespace framewright

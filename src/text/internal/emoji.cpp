@@ -145,9 +145,9 @@ QString emojiFamily()
     return QStringLiteral("Noto Color Emoji");
 }
 
-std::vector<TextStretch> emojiStretches(QString const& text)
+std::vector<TextSpan> emojiRanges(QString const& text)
 {
-    std::vector<TextStretch> stretches;
+    std::vector<TextSpan> spans;
     EmojiReader const reader(text);
     for (qsizetype at = 0; at < text.size();) {
         qsizetype const end = reader.end(at);
@@ -155,13 +155,13 @@ std::vector<TextStretch> emojiStretches(QString const& text)
             at = reader.after(at);
             continue;
         }
-        if (!stretches.empty() && stretches.back().start + stretches.back().length == at)
-            stretches.back().length += end - at;
+        if (!spans.empty() && spans.back().start + spans.back().length == at)
+            spans.back().length += end - at;
         else
-            stretches.push_back({at, end - at});
+            spans.push_back({at, end - at});
         at = end;
     }
-    return stretches;
+    return spans;
 }
 
 } // namespace framewright

@@ -7,11 +7,11 @@
 namespace framewright {
 
 /// A stretch of a text, in UTF-16 units.
-struct TextStretch {
+struct TextSpan {
     qsizetype start = 0;
     qsizetype length = 0;
 
-    bool operator==(TextStretch const&) const = default;
+    bool operator==(TextSpan const&) const = default;
 };
 
 /// The family that emoji are drawn in. It may be missing.
@@ -23,6 +23,6 @@ QString emojiFamily();
 /// Those stretches are to be set in the emoji family first: many fonts of letters have a heart or a
 /// digit of their own, and would tear "❤️‍🔥" and "1️⃣" apart. Symbols that are letters
 /// unless somebody asks for the emoji (❤ ☀ ©) count where U+FE0F follows them.
-std::vector<TextStretch> emojiStretches(QString const& text);
+std::vector<TextSpan> emojiRanges(QString const& text);
 
 } // namespace framewright

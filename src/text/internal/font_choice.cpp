@@ -17,8 +17,9 @@ constexpr QChar colorSelector = u'\uFE0F';
 
 /// How far from the middle of its letter the middle of a mark may stand: a part of the letter's
 /// width, or in ems for the narrow ones. Slanted letters have theirs a little aside.
-constexpr double markTolerance = 0.4, leastMarkTolerance = 0.12;
-constexpr double highestMark = 1.4; ///< Above the baseline, in ems; two above a capital are lower.
+constexpr double markTolerance = 0.4, minMarkTolerance = 0.12;
+constexpr double maxMarkHeight =
+    1.4; ///< Above the baseline, in ems; two above a capital are lower.
 
 /// Families of many letters, for what neither a font nor its companion can set.
 QString widerFamily(QStringList const& families)
@@ -80,8 +81,8 @@ bool hasMarks(QString const& cluster)
 }
 
 /// Glyphs as one font sets them, and how wide.
-struct SetCluster {
-    SetCluster(QString const& text, QFont const& font)
+struct ShapedCluster {
+    ShapedCluster(QString const& text, QFont const& font)
     {
         QTextLayout layout(text, font);
         layout.beginLayout();
@@ -104,10 +105,10 @@ bool sets(QFont const& font, QString const& cluster)
     QRawFont const raw = QRawFont::fromFont(font);
     if (!std::ranges::all_of(cluster, [&](QChar c) { return raw.supportsCharacter(c); }))
         return false;
-    SetCluster const set(cluster, font), letter(cluster.left(1), font);
+    ShapedCluster const set(cluster, font), letter(cluster.left(1), font);
     double const em = font.pixelSize();
-    double const tolerance = std::max(markTolerance * letter.width, leastMarkTolerance * em);
-    if (set.runs.size() != 1 || set.width > letter.width + leastMarkTolerance * em)
+    double const tolerance = std::max(markTolerance * letter.width, minMarkTolerance * em);
+    if (set.runs.size() != 1 || set.width > letter.width + minMarkTolerance * em)
         return false;
     QGlyphRun const& run = set.runs.front();
     auto const indexes = run.glyphIndexes();
@@ -115,7 +116,7 @@ bool sets(QFont const& font, QString const& cluster)
     for (qsizetype n = 0; n < indexes.size(); ++n) {
         QRectF const ink = raw.boundingRect(indexes[n]).translated(positions[n]);
         if (std::abs(ink.center().x() - letter.width / 2) > tolerance ||
-            ink.top() < set.baseline - highestMark * em)
+            ink.top() < set.baseline - maxMarkHeight * em)
             return false;
     }
     return true;
@@ -157,7 +158,7 @@ FontChoice::Choice FontChoice::choose(QString const& piece) const
 {
     Choice made;
     qsizetype from = 0;
-    for (TextStretch const& emoji : emojiStretches(piece)) {
+    for (TextSpan const& emoji : emojiRanges(piece)) {
         addWords(piece.mid(from, emoji.start - from), made);
         addEmoji(piece.mid(emoji.start, emoji.length), made);
         from = emoji.start + emoji.length;
@@ -182,8 +183,8 @@ void FontChoice::addCluster(QString const& cluster, Choice& to) const
         addIn(m_greekFamily, cluster, to);
         return;
     }
-    bool const isThere = cluster.size() == 1 && m_letters.supportsCharacter(cluster[0]);
-    if (isThere || !isPlainScript(cluster[0]) || !hasMarks(cluster)) {
+    bool const hasGlyph = cluster.size() == 1 && m_letters.supportsCharacter(cluster[0]);
+    if (hasGlyph || !isPlainScript(cluster[0]) || !hasMarks(cluster)) {
         to.text += cluster;
         return;
     }

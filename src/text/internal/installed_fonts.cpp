@@ -32,7 +32,7 @@ FontFace faceOf(FcPattern const* pattern)
             .style = QString::fromUtf8(text(pattern, FC_STYLE)),
             .weight = static_cast<int>(std::lround(FcWeightToOpenTypeDouble(weight))),
             .isSlanted = wholeNumber(pattern, FC_SLANT, FC_SLANT_ROMAN) != FC_SLANT_ROMAN,
-            .hasUsualWidth = wholeNumber(pattern, FC_WIDTH, FC_WIDTH_NORMAL) == FC_WIDTH_NORMAL};
+            .hasNormalWidth = wholeNumber(pattern, FC_WIDTH, FC_WIDTH_NORMAL) == FC_WIDTH_NORMAL};
 }
 
 template <class Take>
@@ -51,7 +51,7 @@ void forEachFont(FcSetName set, Take const& take)
 
 } // namespace
 
-std::string FontFace::humanName() const
+std::string FontFace::fullName() const
 {
     bool const isPlain =
         style.isEmpty() || style == QLatin1String("Regular") || style == QLatin1String("Book");

@@ -14,10 +14,10 @@ struct FontFace {
     QString style;    ///< "SemiBold Italic"
     int weight = 400; ///< As in OpenType: 100 to 900.
     bool isSlanted = false;
-    bool hasUsualWidth = true; ///< Neither condensed nor expanded.
+    bool hasNormalWidth = true; ///< Neither condensed nor expanded.
 
     /// "Nunito Sans Medium", and the family alone for its regular font.
-    std::string humanName() const;
+    std::string fullName() const;
 };
 
 /// The fonts that fontconfig knows.

@@ -23,7 +23,7 @@ bool areNeighbors(QRectF const& upper, QRectF const& lower)
 }
 
 /// Gives rows that differ little from their neighbours the same edges.
-void straighten(std::span<QRectF> rows, double leastStep)
+void straighten(std::span<QRectF> rows, double minStep)
 {
     bool isChanged = true;
     while (isChanged) {
@@ -31,13 +31,13 @@ void straighten(std::span<QRectF> rows, double leastStep)
         for (std::size_t n = 0; n + 1 < rows.size(); ++n) {
             QRectF& a = rows[n];
             QRectF& b = rows[n + 1];
-            if (a.left() != b.left() && std::abs(a.left() - b.left()) < leastStep) {
+            if (a.left() != b.left() && std::abs(a.left() - b.left()) < minStep) {
                 double const left = std::min(a.left(), b.left());
                 a.setLeft(left);
                 b.setLeft(left);
                 isChanged = true;
             }
-            if (a.right() != b.right() && std::abs(a.right() - b.right()) < leastStep) {
+            if (a.right() != b.right() && std::abs(a.right() - b.right()) < minStep) {
                 double const right = std::max(a.right(), b.right());
                 a.setRight(right);
                 b.setRight(right);
@@ -50,7 +50,7 @@ void straighten(std::span<QRectF> rows, double leastStep)
 /// Where rows overlap, the wider one keeps its height; where they leave a slit, the narrower one
 /// fills it. One with too little left of it to be rounded
 /// becomes as wide as its neighbours.
-void share(std::span<QRectF> rows, double leastHeight)
+void share(std::span<QRectF> rows, double minHeight)
 {
     for (std::size_t n = 1; n < rows.size(); ++n) {
         QRectF& upper = rows[n - 1];
@@ -61,7 +61,7 @@ void share(std::span<QRectF> rows, double leastHeight)
             upper.setBottom(lower.top());
     }
     for (std::size_t n = 1; n + 1 < rows.size(); ++n) {
-        if (rows[n].height() >= leastHeight)
+        if (rows[n].height() >= minHeight)
             continue;
         QRectF& neighbor = rows[n - 1].width() < rows[n + 1].width() ? rows[n - 1] : rows[n + 1];
         rows[n].setLeft(neighbor.left());

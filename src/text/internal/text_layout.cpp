@@ -19,12 +19,12 @@ namespace {
 /// the breaks. At this size the usual pictures of emoji are as large as they are stored.
 constexpr int emPixels = 109;
 
-constexpr double leastLineHeight = 1.12, mostLineHeight = 1.35; ///< In ems, between baselines.
-constexpr double leastInkGap = 0.04; ///< In ems, between the letters of two lines.
+constexpr double minLineHeight = 1.12, maxLineHeight = 1.35; ///< In ems, between baselines.
+constexpr double minInkGap = 0.04; ///< In ems, between the letters of two lines.
 
 /// One line as the text engine sets it; the places of its glyphs begin at (0, 0) on the baseline.
-struct SetLine {
-    std::vector<SetGlyphs> glyphs;
+struct ShapedLine {
+    std::vector<PlacedGlyphs> glyphs;
     double width = 0;
     QRectF ink;
 };
@@ -55,7 +55,7 @@ bool isColored(QRawFont const& font)
     return !font.fontTable("CBLC").isEmpty() || !font.fontTable("sbix").isEmpty();
 }
 
-void move(SetGlyphs& glyphs, QPointF const& by)
+void move(PlacedGlyphs& glyphs, QPointF const& by)
 {
     auto positions = glyphs.run.positions();
     for (QPointF& position : positions)
@@ -74,10 +74,10 @@ QFont sized(QFont font)
 }
 
 /// Sets pieces of text in one font.
-class LineSetter {
+class LineShaper {
 public:
     /// `text` is all that will be set.
-    LineSetter(CaptionStyle const& style, QString const& text, FontRegistry const& fonts)
+    LineShaper(CaptionStyle const& style, QString const& text, FontRegistry const& fonts)
         : m_font(sized(fonts.find(style.fontName).font)),
           m_choice(m_font, text),
           m_spacing(double(style.letterSpacing) / style.fontSize * emPixels)
@@ -89,7 +89,7 @@ public:
     /// What is added after each letter of a text.
     double spacingIn(QString const& text) const { return isJoinedScript(text) ? 0 : m_spacing; }
 
-    SetLine set(QString const& text, Qt::LayoutDirection direction) const
+    ShapedLine set(QString const& text, Qt::LayoutDirection direction) const
     {
         double const spacing = spacingIn(text);
         QFont font = m_font;
@@ -110,7 +110,7 @@ public:
         }
         layout.endLayout();
 
-        SetLine made;
+        ShapedLine made;
         if (!line.isValid())
             return made;
         for (QGlyphRun const& run : layout.glyphRuns())
@@ -125,10 +125,10 @@ public:
 private:
     /// Where letters are drawn so tightly that they run backwards, the line lies left of where it
     /// begins.
-    static void straighten(SetLine& line)
+    static void straighten(ShapedLine& line)
     {
         double left = 0, right = 0;
-        for (SetGlyphs const& glyphs : line.glyphs) {
+        for (PlacedGlyphs const& glyphs : line.glyphs) {
             auto const positions = glyphs.run.positions();
             auto const advances =
                 glyphs.run.rawFont().advancesForGlyphIndexes(glyphs.run.glyphIndexes());
@@ -143,11 +143,11 @@ private:
             return;
         line.width = right - left;
         line.ink.translate(-left, 0);
-        for (SetGlyphs& glyphs : line.glyphs)
+        for (PlacedGlyphs& glyphs : line.glyphs)
             move(glyphs, {-left, 0});
     }
 
-    static void add(QGlyphRun const& run, SetLine& to)
+    static void add(QGlyphRun const& run, ShapedLine& to)
     {
         QRawFont const font = run.rawFont();
         auto const indexes = run.glyphIndexes();
@@ -171,13 +171,13 @@ private:
 };
 
 /// What a font's lines look like, in ems.
-struct LineShape {
+struct LineMetrics {
     double height;  ///< Between baselines.
     double capital; ///< The height of capitals.
     double below;   ///< How far usual letters reach below the baseline.
 };
 
-LineShape lineShape(QFont const& font, bool isUppercase)
+LineMetrics lineMetrics(QFont const& font, bool isUppercase)
 {
     QRawFont const raw = QRawFont::fromFont(font);
     double const em = emPixels;
@@ -188,7 +188,7 @@ LineShape lineShape(QFont const& font, bool isUppercase)
             below = std::max(below, raw.boundingRect(glyph).bottom() / em);
     }
     double const natural = (raw.ascent() + raw.descent()) / em;
-    return {std::clamp(natural, leastLineHeight, mostLineHeight), std::clamp(capital, 0.4, 1.0),
+    return {std::clamp(natural, minLineHeight, maxLineHeight), std::clamp(capital, 0.4, 1.0),
             std::min(below, 0.4)};
 }
 
@@ -203,8 +203,8 @@ QString drawnText(std::string const& utf8, bool isUppercase)
 {
     // No more bytes than could be drawn: a character has at most four.
     QString text = QString::fromUtf8(
-        utf8.data(), qsizetype(std::min(utf8.size(), std::size_t(drawnCharacters) * 4)));
-    text.truncate(drawnCharacters);
+        utf8.data(), qsizetype(std::min(utf8.size(), std::size_t(maxCharacters) * 4)));
+    text.truncate(maxCharacters);
     text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
     for (QChar& c : text) {
         if (c == u'\r' || c == u'\v' || c == u'\f' || c == QChar::LineSeparator ||
@@ -226,7 +226,7 @@ struct Piece {
 /// Cuts a paragraph where lines may break, and what is too long for a line anywhere.
 class Pieces {
 public:
-    Pieces(QString const& paragraph, LineSetter const& setter, Qt::LayoutDirection direction,
+    Pieces(QString const& paragraph, LineShaper const& setter, Qt::LayoutDirection direction,
            double maxWidth)
         : m_paragraph(paragraph), m_setter(setter), m_direction(direction)
     {
@@ -294,20 +294,20 @@ private:
     }
 
     QString const& m_paragraph;
-    LineSetter const& m_setter;
+    LineShaper const& m_setter;
     Qt::LayoutDirection m_direction;
     QHash<QString, double> m_widths;
     std::vector<Piece> m_pieces;
 };
 
-std::vector<SetLine> linesOf(QString const& paragraph, LineSetter const& setter, double maxWidth)
+std::vector<ShapedLine> linesOf(QString const& paragraph, LineShaper const& setter, double maxWidth)
 {
     auto const direction = paragraph.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight;
     Pieces const pieces(paragraph, setter, direction, maxWidth);
     std::vector<WordPiece> measures;
     for (Piece const& piece : pieces.all())
         measures.push_back(piece.measure);
-    std::vector<SetLine> lines;
+    std::vector<ShapedLine> lines;
     std::size_t next = 0;
     for (std::size_t const count : balancedLines(measures, maxWidth)) {
         Piece const& first = pieces.all()[next];
@@ -320,26 +320,26 @@ std::vector<SetLine> linesOf(QString const& paragraph, LineSetter const& setter,
     return lines;
 }
 
-bool isBlank(SetLine const& line)
+bool isBlank(ShapedLine const& line)
 {
     return line.glyphs.empty();
 }
 
 /// Puts the lines under each other.
-TextLayout stacked(std::vector<SetLine> set, LineShape const& shape, double unit)
+TextLayout stacked(std::vector<ShapedLine> set, LineMetrics const& shape, double unit)
 {
     TextLayout layout;
     layout.unit = unit;
     double const em = emPixels;
     double baseline = (shape.below + shape.capital) * em;
-    SetLine const* above = nullptr;
+    ShapedLine const* above = nullptr;
     double aboveBaseline = 0;
-    for (SetLine& line : set) {
+    for (ShapedLine& line : set) {
         if (above) {
             baseline = aboveBaseline + shape.height * em;
             double const gap = baseline + line.ink.top() - aboveBaseline - above->ink.bottom();
             if (!isBlank(line) && !isBlank(*above))
-                baseline += std::max(0.0, leastInkGap * em - gap);
+                baseline += std::max(0.0, minInkGap * em - gap);
         }
         TextLine made;
         made.baseline = baseline * unit;
@@ -349,7 +349,7 @@ TextLayout stacked(std::vector<SetLine> set, LineShape const& shape, double unit
         QPointF const place(-line.width / 2, baseline);
         QRectF const ink = line.ink.translated(place);
         made.ink = {ink.topLeft() * unit, ink.size() * unit};
-        for (SetGlyphs& glyphs : line.glyphs) {
+        for (PlacedGlyphs& glyphs : line.glyphs) {
             move(glyphs, place);
             made.glyphs.push_back(glyphs);
         }
@@ -367,9 +367,9 @@ TextLayout layOut(std::string const& text, CaptionStyle const& style, double max
                   FontRegistry const& fonts)
 {
     QString const drawn = drawnText(text, style.uppercase);
-    LineSetter const setter(style, drawn, fonts);
+    LineShaper const setter(style, drawn, fonts);
     double const unit = double(style.fontSize) / emPixels;
-    std::vector<SetLine> lines;
+    std::vector<ShapedLine> lines;
     for (QString const& paragraph : drawn.split(u'\n')) {
         auto more = linesOf(paragraph.trimmed(), setter, maxWidth / unit);
         std::ranges::move(more, std::back_inserter(lines));
@@ -377,13 +377,13 @@ TextLayout layOut(std::string const& text, CaptionStyle const& style, double max
     while (!lines.empty() && isBlank(lines.back()))
         lines.pop_back();
     lines.erase(lines.begin(), std::ranges::find_if_not(lines, isBlank));
-    return stacked(std::move(lines), lineShape(setter.font(), style.uppercase), unit);
+    return stacked(std::move(lines), lineMetrics(setter.font(), style.uppercase), unit);
 }
 
 QPainterPath TextLayout::contours(TextLine const& line) const
 {
     QPainterPath path;
-    for (SetGlyphs const& glyphs : line.glyphs) {
+    for (PlacedGlyphs const& glyphs : line.glyphs) {
         if (glyphs.isColored)
             continue;
         QRawFont const font = glyphs.run.rawFont();

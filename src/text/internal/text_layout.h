@@ -13,7 +13,7 @@
 namespace framewright {
 
 /// Glyphs of one font, in the layout's units, which `TextLayout::unit` turns into points.
-struct SetGlyphs {
+struct PlacedGlyphs {
     QGlyphRun run; ///< Its own bounding rectangle may be that of another place.
     QRectF ink;
     /// Whether they are pictures in colour, which have no contours.
@@ -27,7 +27,7 @@ struct TextLine {
     double letterTop = 0;    ///< The line's part of the block, as high for every line without
     double letterBottom = 0; ///< letters that reach out of it: capitals stand in its middle.
     QRectF ink;              ///< What is drawn; empty when it says nothing.
-    std::vector<SetGlyphs> glyphs;
+    std::vector<PlacedGlyphs> glyphs;
 
     bool isBlank() const { return glyphs.empty(); }
 };
@@ -45,7 +45,7 @@ struct TextLayout {
 
 /// The most characters of a text that are drawn. More don't fit any picture: at eight points, the
 /// smallest size there is, a canvas of 9:16 holds about as many.
-inline constexpr int drawnCharacters = 40'000;
+inline constexpr int maxCharacters = 40'000;
 
 /// Sets a text in the style's font, in lines of at most `maxWidth` points.
 ///

@@ -18,7 +18,7 @@ namespace {
 
 constexpr double pointsAcross = 1080; ///< Of the canvas, whatever its width.
 constexpr double edgeFraction = 0.03; ///< What stays free at the canvas's edges, of its width.
-constexpr double largestScale = 50, smallestScale = 0.01;
+constexpr double maxScale = 50, minScale = 0.01;
 constexpr double farAway = 1e6; ///< Pixels; beyond that numbers lose their fractions.
 
 double finite(double value, double fallback, double least, double most)
@@ -69,11 +69,9 @@ class PlacedText {
 public:
     PlacedText(TextBlock const& block, FontRegistry const& fonts)
         : style(drawnStyle(block.style)),
-          unit(block.canvas.width / pointsAcross *
-               finite(block.scale, 1, smallestScale, largestScale)),
+          unit(block.canvas.width / pointsAcross * finite(block.scale, 1, minScale, maxScale)),
           layout(layOut(block.text, style,
-                        widestLine(style, finite(block.scale, 1, smallestScale, largestScale)),
-                        fonts))
+                        widestLine(style, finite(block.scale, 1, minScale, maxScale)), fonts))
     {
         for (TextLine const& line : layout.lines) {
             if (line.isBlank())
@@ -220,7 +218,7 @@ public:
     void drawEmoji()
     {
         for (TextLine const& line : m_text.layout.lines) {
-            for (SetGlyphs const& glyphs : line.glyphs) {
+            for (PlacedGlyphs const& glyphs : line.glyphs) {
                 if (glyphs.isColored && isSeen(line))
                     drawEmoji(glyphs);
             }
@@ -299,7 +297,7 @@ private:
 
     /// The font engine draws these pictures well in one size only, that of the layout; so they are
     /// drawn there and scaled as pictures are.
-    void drawEmoji(SetGlyphs const& glyphs)
+    void drawEmoji(PlacedGlyphs const& glyphs)
     {
         if (!emoji) {
             emoji.emplace(m_area.size(), QImage::Format_ARGB32_Premultiplied);

@@ -105,12 +105,12 @@ double contrast(CaptionStyle const& style, double footage)
 
 } // namespace
 
-TEST(BuiltInLooks, AreReadableOnAnyFootage)
+TEST(BuiltInStyles, AreReadableOnAnyFootage)
 {
-    for (auto const looks : {CaptionStyle::textPresets(), CaptionStyle::presets()}) {
-        for (CaptionStyle const& look : looks) {
+    for (auto const styles : {CaptionStyle::textPresets(), CaptionStyle::presets()}) {
+        for (CaptionStyle const& style : styles) {
             for (double const footage : {255.0, 128.0, 0.0})
-                EXPECT_GE(contrast(look, footage), 130) << look.name << " on " << footage;
+                EXPECT_GE(contrast(style, footage), 130) << style.name << " on " << footage;
         }
     }
 }
