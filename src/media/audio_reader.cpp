@@ -16,20 +16,20 @@ namespace framewright {
 
 namespace {
 
-/// So much before a wanted sample is decoded anew after a jump: codecs build on what went before,
-/// and the resampler looks around each sample. Seconds.
+/// Seconds decoded ahead of the wanted sample after a seek: codecs predict from earlier blocks, and
+/// the resampler's filter spans neighbouring samples.
 constexpr double preroll = 0.3;
 
-/// A jump forward by less is made by reading on. Seconds.
+/// Up to this many seconds ahead, decoding what is in between is cheaper than seeking.
 constexpr double maxReadAhead = 0.5;
 
-/// Damage at the very end counts as not being there: see VideoReader. Seconds.
+/// Seconds of damage at the end that count as silence: see VideoReader.
 constexpr double toleratedLoss = 0.5;
 
 AVStream& audioOf(MediaInput const& input)
 {
     if (!input.audio())
-        throw failure(MediaError::Cause::unsupported, input.path(), "has no sound.");
+        throw failure(MediaError::Cause::unsupported, input.path(), "has no audio.");
     return *input.audio();
 }
 
@@ -61,13 +61,13 @@ public:
         m_converter.take(from, interleaved.subspan(std::size_t(silent) * 2));
         if (m_hole && m_hole->begin < first + count && m_hole->end > from)
             throw damage(m_input.path(),
-                         fmt::format("its sound at {:.2f} s cannot be decoded",
+                         fmt::format("its audio at {:.2f} s cannot be decoded",
                                      double(std::max(from, m_hole->begin)) / sampleRate));
     }
 
 private:
     struct Hole {
-        std::int64_t begin; ///< In samples given out.
+        std::int64_t begin; ///< In output samples.
         std::int64_t end;
     };
 
@@ -78,8 +78,8 @@ private:
         return audio;
     }
 
-    /// Starts converting at the last sample before `output` from which on everything is as if it
-    /// had been read from the beginning.
+    /// Restarts conversion far enough before `output` that its samples equal those of a read from
+    /// the start. Seeks further back until the decoder gives a block before that point.
     void seekTo(std::int64_t output)
     {
         int const rate = m_decoder.sampleRate();
@@ -101,7 +101,7 @@ private:
         }
         m_isAtEnd = false;
         m_converter.startAt(start);
-        // Blocks that cannot be decoded for want of those before them are no damage.
+        // Codecs that depend on earlier blocks fail on the first ones after a seek: not damage.
         while (m_pending && m_pending->endPosition() <= start)
             m_pending = m_decoder.next();
         m_isPositioned = true;
@@ -146,8 +146,8 @@ private:
     AudioDecoder m_decoder;
     StereoConverter m_converter;
     std::optional<AudioBlock> m_pending; ///< Decoded, not converted yet.
-    std::optional<Hole> m_hole;          ///< The last stretch that could not be decoded.
-    bool m_isPositioned = false;         ///< The converter stands at a known sample.
+    std::optional<Hole> m_hole;          ///< The last range that could not be decoded.
+    bool m_isPositioned = false;         ///< False until a seek has succeeded.
     bool m_isAtEnd = false;
 };
 

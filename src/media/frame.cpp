@@ -20,7 +20,7 @@ namespace framewright {
 
 namespace {
 
-/// No picture needs more; larger ones are a mistake or an attack.
+/// Larger frames are a mistake or an attack.
 constexpr std::size_t maxFrameBytes = std::size_t{4} << 30;
 
 bool isChroma(PixelLayout layout, int index)
@@ -28,7 +28,7 @@ bool isChroma(PixelLayout layout, int index)
     return layout.model == PixelLayout::Model::yuv && (index == 1 || index == 2);
 }
 
-/// A side of a subsampled plane: an odd one keeps its last sample.
+/// The length of a side after subsampling, rounded up: an odd side keeps its last sample.
 int subsampled(int side, int shift)
 {
     return (side + (1 << shift) - 1) >> shift;
@@ -46,7 +46,7 @@ PlaneSize planeSize(PixelLayout layout, int width, int height, int index)
     return {subsampled(width, layout.chromaShiftX), subsampled(height, layout.chromaShiftY)};
 }
 
-/// Which of an AVFrame's pointers holds a plane.
+/// The plane's index in AVFrame::data: alpha is always the fourth.
 int slot(PixelLayout layout, int index)
 {
     return layout.model == PixelLayout::Model::gray && index == 1 ? 3 : index;
@@ -80,7 +80,7 @@ Frame::Frame(int width, int height, PixelLayout layout, ColorTags colors)
         offsets[std::size_t(i)] = bytes;
         bytes += stride * std::size_t(rows);
     }
-    // Vector code may read a little past the last row.
+    // SIMD code may read past the last row by up to a vector.
     AVBufferRef* const memory = frameMemory(bytes + rowAlignment);
     frame.buf[0] = memory;
     for (int i = 0; i < layout.planeCount(); ++i)

@@ -6,8 +6,8 @@
 
 namespace framewright {
 
-/// How the samples of a picture lie in memory. Every layout is planar, 8 bits in a byte or 9 to 16
-/// in the low bits of a native 16-bit word.
+/// The memory layout of a frame's samples. Always planar: 8 bits in a byte, or 9 to 16 in the low
+/// bits of a native 16-bit word.
 struct PixelLayout {
     enum class Model { yuv, gray, gbr };
 
@@ -15,7 +15,7 @@ struct PixelLayout {
     int bitDepth = 8;
     int chromaShiftX = 1; ///< log2 of the horizontal chroma subsampling: 1 for 4:2:0 and 4:2:2.
     int chromaShiftY = 1;
-    bool hasAlpha = false; ///< A further plane, last.
+    bool hasAlpha = false; ///< In one more plane, the last.
 
     int planeCount() const { return (model == Model::gray ? 1 : 3) + (hasAlpha ? 1 : 0); }
     int bytesPerSample() const { return bitDepth > 8 ? 2 : 1; }
@@ -26,14 +26,14 @@ struct PixelLayout {
     bool operator==(PixelLayout const&) const = default;
 };
 
-/// What the samples mean, in the code points of ITU-T H.273. 2 is "unspecified".
+/// What the samples mean, in code points of ITU-T H.273; 2 is "unspecified".
 struct ColorTags {
     int primaries = 2; ///< 1 BT.709, 9 BT.2020, …
     int transfer = 2;  ///< 1 BT.709, 16 PQ, 18 HLG, …
     int matrix = 2;    ///< 1 BT.709, 6 BT.601, 9 BT.2020, 0 RGB
     bool isFullRange = false;
-    /// Horizontal place of chroma samples: true for the middle between luma samples (MPEG-1, JPEG),
-    /// false for above the left one (MPEG-2, the usual).
+    /// Horizontal chroma siting: midway between luma samples (MPEG-1, JPEG), or co-sited with the
+    /// left one (MPEG-2, the default).
     bool chromaIsCentered = false;
 
     static constexpr ColorTags bt709() { return {1, 1, 1, false, false}; }
@@ -44,10 +44,10 @@ struct ColorTags {
     bool operator==(ColorTags const&) const = default;
 };
 
-/// One picture. Copies share the pixels: a copy costs an allocation, not a picture.
+/// One frame of video. Copies share their pixels, so copying is cheap.
 ///
-/// Pixels are changed through `writablePlane` only, which first makes them this Frame's own, so no
-/// other copy ever sees the change. Different copies may be used on different threads.
+/// Copy on write: pixels change through `writablePlane` only, which first copies them if another
+/// Frame shares them. Different copies may be used on different threads.
 class Frame {
 public:
     struct Plane {
@@ -63,10 +63,10 @@ public:
         int height;
     };
 
-    /// Pixels undefined. Throws std::bad_alloc, also for sizes no picture can have.
+    /// Pixels undefined. Throws std::bad_alloc, also for impossible sizes.
     Frame(int width, int height, PixelLayout layout, ColorTags colors);
 
-    class Storage; ///< The media module's own.
+    class Storage; ///< Defined inside the media module.
     explicit Frame(std::unique_ptr<Storage> storage) noexcept;
 
     Frame(Frame const& other);
@@ -82,10 +82,9 @@ public:
 
     Plane plane(int index) const;
 
-    /// The plane for changing; copies the pixels first when another Frame shares them.
     WritablePlane writablePlane(int index);
 
-    /// Whether both show the very same pixels in memory.
+    /// Whether both refer to the same memory.
     bool sharesPixelsWith(Frame const& other) const;
 
     Storage const& storage() const { return *m_storage; }
@@ -94,8 +93,8 @@ private:
     std::unique_ptr<Storage> m_storage; ///< Never null, but in a moved-from Frame.
 };
 
-/// Gives the memory that is kept for coming pictures back to the system. Pictures in use stay.
-/// To be called after a long run, an export for instance; from any thread.
+/// Returns the memory pooled for future frames to the system; frames in use are unaffected. Call it
+/// after a long run such as an export. Any thread.
 void releaseSpareFrames();
 
 } // namespace framewright

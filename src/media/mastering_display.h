@@ -2,7 +2,7 @@
 
 namespace framewright {
 
-/// The screen that HDR footage was graded on, as its file tells (SMPTE ST 2086).
+/// The display that HDR footage was graded on, from the file's metadata (SMPTE ST 2086).
 struct MasteringDisplay {
     struct Chromaticity { ///< CIE 1931.
         double x = 0;

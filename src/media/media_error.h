@@ -12,7 +12,7 @@ namespace framewright {
 class MediaError : public std::runtime_error {
 public:
     enum class Cause {
-        missing,     ///< No such file, or not ours to read.
+        missing,     ///< No such file, or no permission.
         unsupported, ///< A format or codec this build can't handle, or no media at all.
         damaged,     ///< The data contradicts itself. Trying again won't help.
         resources,   ///< Memory or disk space ran out. Trying again may help.

@@ -10,8 +10,7 @@
 
 namespace framewright {
 
-/// How a stored picture is turned to stand upright: first mirrored left to right where it is, then
-/// turned clockwise by quarter turns.
+/// How to turn stored frames upright: first mirror them left to right, then rotate clockwise.
 struct Orientation {
     int quarterTurns = 0; ///< 0 to 3, clockwise.
     bool isMirrored = false;
@@ -21,21 +20,21 @@ struct Orientation {
     bool operator==(Orientation const&) const = default;
 };
 
-/// The facts of a media file.
+/// What a media file contains.
 struct MediaInfo {
     MediaKind kind = MediaKind::video;
     double duration = 0; ///< Seconds, to the end of the longest stream; 0 for a photo.
 
-    bool hasVideo = false; ///< A picture that moves or a photo; a cover picture of music is none.
-    int width = 0;         ///< Pixels as stored, before the orientation, with square pixels.
+    bool hasVideo = false; ///< Video or a photo; the cover art of music doesn't count.
+    int width = 0;         ///< As stored, before the orientation, in square pixels.
     int height = 0;
     Orientation orientation;
     double frameRate = 0;                      ///< Average, frames per second; 0 for a photo.
     bool isHDR = false;                        ///< PQ or HLG.
-    std::optional<MasteringDisplay> mastering; ///< When the container names it.
+    std::optional<MasteringDisplay> mastering; ///< From the container.
     std::string videoCodec;
-    std::string videoTag; ///< Of the codec in the container: "avc1", "hvc1"; may be empty.
-    ColorTags colors;     ///< As the file says, of a video.
+    std::string videoTag; ///< The container's code for the codec ("avc1", "hvc1"); may be empty.
+    ColorTags colors;     ///< As tagged in the file; video only.
 
     bool hasAudio = false;
     int channels = 0;
@@ -46,14 +45,14 @@ struct MediaInfo {
     int displayHeight() const { return orientation.swapsSides() ? width : height; }
 };
 
-/// Looks into a file by its content, whatever its name says. Blocks: reads the file's head, and
-/// all of a sound file whose head doesn't tell its exact length.
+/// Probes a file by its content, whatever its name. Blocks: it reads the file's header, and all of
+/// an audio file whose header doesn't give the exact duration.
 ///
-/// Photos are described upright. Where a video's pixels are not square, `width` is the one that
-/// makes them so; its pictures come as stored and have to be drawn into that width.
+/// Photos are described upright. For video with non-square pixels `width` is the square-pixel
+/// width; its frames are decoded as stored and have to be scaled to that.
 ///
-/// Only local files are opened, and never what refers to other files (playlists, concat lists).
-/// Throws MediaError: missing, a folder, empty, no media, a picture too large to be real.
+/// Opens local, self-contained files only, never what refers to others (playlists, concat lists).
+/// Throws MediaError: missing, a folder, empty, no media, implausibly large dimensions.
 MediaInfo probeMedia(std::filesystem::path const& file);
 
 } // namespace framewright

@@ -7,9 +7,9 @@ namespace framewright {
 
 MediaTime MediaTime::fromSeconds(double seconds)
 {
-    // Far beyond any film, and far from where the conversion to an integer is undefined.
+    // Longer than any film, and well below where the conversion to an integer overflows.
     constexpr double longest = 1e15;
-    if (!(seconds > 0)) // Also what is not a number.
+    if (!(seconds > 0)) // Also true for NaN.
         return {};
     return {std::llround(std::min(seconds * timescale, longest))};
 }

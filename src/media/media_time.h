@@ -5,13 +5,14 @@
 
 namespace framewright {
 
-/// A time as the media engine counts it: in 600ths of a second, never negative.
+/// A time as the rendering engine counts it: in 600ths of a second, never negative. A multiple of
+/// the usual frame rates, so that frame times are exact.
 struct MediaTime {
     static constexpr std::int64_t timescale = 600;
 
     std::int64_t value = 0;
 
-    /// The nearest 600th; 0 for what lies before.
+    /// Rounds to the nearest 600th; negative times become 0.
     static MediaTime fromSeconds(double seconds);
 
     double seconds() const { return double(value) / timescale; }

@@ -16,7 +16,8 @@ namespace framewright {
 
 namespace {
 
-/// The picture alone: no marks of the file it may come from, which would change how it is coded.
+/// A reference to the pixels without what the source file attached to them (frame type,
+/// interlacing, side data), which would influence the encoder.
 FrameHandle plainReference(Frame const& frame, std::int64_t time)
 {
     auto reference = made<FrameHandle>(av_frame_clone(&avFrame(frame)));
@@ -51,7 +52,7 @@ public:
     {
         if (frame.width() != m_videoEncoder->width || frame.height() != m_videoEncoder->height ||
             formatOf(frame.layout()) != m_videoEncoder->pix_fmt)
-            throw std::invalid_argument("The picture is not of the movie's size and layout.");
+            throw std::invalid_argument("The frame's size or layout is not the movie's.");
         encode(plainReference(frame, m_frameCount).get());
         ++m_frameCount;
     }
@@ -66,7 +67,7 @@ public:
     }
 
 private:
-    /// Null to write out what the encoder holds back.
+    /// Null drains the encoder.
     void encode(AVFrame const* frame)
     {
         forgetLibraryMessages();

@@ -9,7 +9,7 @@ namespace framewright {
 
 namespace {
 
-/// The rows of BT.709 for full-range RGB to limited-range Y'CbCr, in 65536ths.
+/// BT.709 from full-range RGB to limited-range Y'CbCr, in 65536ths.
 struct Matrix {
     static constexpr int shift = 16;
     int luma[3];
@@ -75,7 +75,7 @@ Frame readPhoto(std::filesystem::path const& file, int maxSide)
         throw failure(MediaError::Cause::unsupported, file, "is not a photo.");
     QImage const image = decodePhoto(opened, format, file, std::max(1, maxSide));
 
-    // Premultiplied colours are the picture on black; what its alpha then holds no longer matters.
+    // Premultiplied colours are the image composited on black; the alpha can then be ignored.
     auto const onBlack =
         image.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32;
     QImage const pixels = image.convertToFormat(onBlack);

@@ -6,14 +6,14 @@
 
 namespace framewright {
 
-/// Reads a photo upright (its orientation applied), no side longer than `maxSide` pixels, what is
-/// transparent on black. An animated picture gives its first frame.
+/// Reads a photo with its orientation applied, scaled down so that no side exceeds `maxSide` pixels
+/// and composited on black. An animated image gives its first frame.
 ///
-/// The result is 4:4:4 with 8 bits in BT.709, limited range: what the canvas of most pieces has,
-/// so that only the scaling is left to do. Colour profiles are not applied. Blocks, for up to a
-/// second with the largest photos.
+/// The result is 8-bit 4:4:4 in limited-range BT.709, the colours of the usual canvas, so that only
+/// scaling is left to do. Colour profiles are not applied. Blocks, up to a second for the largest
+/// photos.
 ///
-/// Throws MediaError, also when the file's end is missing.
+/// Throws MediaError, also for a truncated file.
 Frame readPhoto(std::filesystem::path const& file, int maxSide);
 
 } // namespace framewright

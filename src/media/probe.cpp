@@ -34,7 +34,7 @@ Orientation orientationOf(AVStream const& stream)
         av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, &size));
     if (!matrix || size < 9 * sizeof(std::int32_t))
         return {};
-    // The stored x axis points along (a, b) in the upright picture, the y axis along (c, d).
+    // In the upright image the stored x axis points along (a, b), the y axis along (c, d).
     double a = matrix[0];
     double b = matrix[1];
     double const c = matrix[3];
@@ -50,13 +50,13 @@ Orientation orientationOf(AVStream const& stream)
     return orientation;
 }
 
-/// Pixels that are not square are made so by the width: the height keeps its lines.
+/// The width in square pixels. The height is kept, so that no lines are resampled.
 int squareWidth(AVFormatContext& format, AVStream& stream)
 {
     int const width = stream.codecpar->width;
     AVRational const aspect = av_guess_sample_aspect_ratio(&format, &stream, nullptr);
     double const ratio = aspect.num > 0 && aspect.den > 0 ? av_q2d(aspect) : 1;
-    if (ratio < 0.1 || ratio > 10) // No camera's; a mistake of the file.
+    if (ratio < 0.1 || ratio > 10) // Implausible: an error in the file.
         return width;
     return std::clamp(int(std::lround(width * ratio)), 1, maxImageSide);
 }
@@ -103,11 +103,11 @@ void addAudioFacts(MediaInfo& info, AVStream const& stream)
     info.audioCodec = avcodec_get_name(stream.codecpar->codec_id);
 }
 
-/// What the decoder drops at the end of a packet and its duration still holds.
+/// The encoder's padding at the end of a packet, as far as the packet's duration includes it.
 std::int64_t droppedAtEnd(AVPacket const& packet, AVStream const& stream,
                           AVInputFormat const& format)
 {
-    if (std::strcmp(format.name, "ogg") == 0) // Its durations are without it.
+    if (std::strcmp(format.name, "ogg") == 0) // Its durations exclude the padding.
         return 0;
     std::size_t size = 0;
     std::uint8_t const* const skip =
@@ -119,7 +119,7 @@ std::int64_t droppedAtEnd(AVPacket const& packet, AVStream const& stream,
     return av_rescale_q(samples, {1, stream.codecpar->sample_rate}, stream.time_base);
 }
 
-/// Reads all packets, without decoding, to where the last one ends.
+/// The end of the last packet, found by reading all of them without decoding.
 double measuredEnd(MediaInput& input)
 {
     PacketHandle const packet = newPacket();
@@ -129,7 +129,7 @@ double measuredEnd(MediaInput& input)
             if (!input.read(*packet))
                 return end;
         } catch (MediaError const&) {
-            return end; // What cannot be read has no length.
+            return end; // What cannot be read doesn't count.
         }
         AVStream const& stream = *input.format()->streams[packet->stream_index];
         if ((&stream == input.video() || &stream == input.audio()) &&
@@ -169,7 +169,7 @@ MediaInfo probeMedia(std::filesystem::path const& file)
     input.findEncoderDelay();
     MediaInfo info;
     info.kind = input.video() ? MediaKind::video : MediaKind::audio;
-    // Opening them finds out what cannot be decoded before it is asked for.
+    // Opening the decoders reports an unsupported codec now rather than at the first frame.
     if (AVStream* const video = input.video()) {
         input.openDecoder(*video, 1);
         addVideoFacts(info, *input.format(), *video);

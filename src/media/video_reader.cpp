@@ -18,20 +18,19 @@ namespace framewright {
 
 namespace {
 
-/// A seek throws away what the decoder has begun, so it must spare at least this. Seconds.
+/// Seeks only to keyframes at least this many seconds ahead: a seek discards what the decoder's
+/// threads have in flight.
 constexpr double minSeekGain = 0.3;
 
-/// Where the file has no index of what lies ahead, a jump this far tries its luck. Seconds.
+/// In a file without an index of what is ahead, distances above this many seconds are sought.
 constexpr double blindSeek = 5;
 
-/// Pictures that no other needs are left out on the way to the wanted one, up to so many pictures
-/// before it, and so many seconds at the most. Where a gap between two of them is longer, the right
-/// one may be left out at first, which is noticed.
+/// How long before the wanted frame skipping stops: this many frames, at most so many seconds.
 constexpr double marginFrames = 3;
 constexpr double longestMargin = 0.5;
 
-/// Data that cannot be decoded at the very end counts as not being there: recorders that were
-/// stopped hard leave such ends in otherwise good files. The picture before it stays. Seconds.
+/// Seconds of undecodable data at the end that are tolerated, and the last good frame shown there:
+/// recorders that lost power leave such ends in otherwise good files.
 constexpr double toleratedLoss = 0.5;
 
 constexpr auto never = std::numeric_limits<std::int64_t>::min();
@@ -39,12 +38,29 @@ constexpr auto never = std::numeric_limits<std::int64_t>::min();
 AVStream& videoOf(MediaInput const& input)
 {
     if (!input.video())
-        throw failure(MediaError::Cause::unsupported, input.path(), "has no picture.");
+        throw failure(MediaError::Cause::unsupported, input.path(), "has no video.");
     return *input.video();
 }
 
 } // namespace
 
+/// Finds the frame for a time.
+///
+/// The problem: a compressed frame can be decoded only after the frames it refers to, back to a
+/// keyframe, and containers are vague about where those are. Indexes may count in decoding times,
+/// which run ahead of display times; a keyframe of an open GOP doesn't suffice for the frames shown
+/// just before it; variable frame rates make the frame at a given time unpredictable.
+///
+/// The method: keep the current frame and the one after it, since only the next frame's time says
+/// how long the current one is shown. A time ahead is reached by decoding on, unless the index has
+/// a keyframe further ahead. A time behind is sought: start at the keyframe before it, decode, and
+/// if the first frame that comes out is already too late, start again from 1, 2, 4, … seconds
+/// earlier until one is early enough.
+///
+/// Most of a seek's cost is decoding frames nobody will see, so frames that no other refers to are
+/// skipped until shortly before the wanted time. In a file with long gaps between frames the wanted
+/// one may itself be among them. The decoder reports the latest time it skipped; if that is after
+/// the frame found, the seek is repeated without skipping.
 class VideoReader::Impl {
 public:
     Impl(std::filesystem::path const& file, int threads, ReadingActivity activity)
@@ -61,7 +77,7 @@ public:
         if (!shows(time))
             moveTo(time);
         if (m_missing && time >= *m_missing)
-            throw damage(m_input.path(), fmt::format("its picture at {:.2f} s cannot be decoded",
+            throw damage(m_input.path(), fmt::format("its video at {:.2f} s cannot be decoded",
                                                      std::max(0.0, seconds)));
         if (!m_shown)
             m_shown = m_converter.frameOf(*m_current->frame);
@@ -69,7 +85,7 @@ public:
     }
 
 private:
-    /// Seconds in the stream's time base, rounded down.
+    /// In the stream's time base, rounded down.
     std::int64_t unitsOf(double seconds) const
     {
         constexpr double longest = 1e15;
@@ -77,7 +93,6 @@ private:
         return std::isnan(units) ? 0 : std::int64_t(std::clamp(units, -longest, longest));
     }
 
-    /// Whether the current picture is the one for `time`.
     bool shows(std::int64_t time) const
     {
         return m_current && (m_isFirst || time >= m_current->time) &&
@@ -122,14 +137,12 @@ private:
         return !knowsAhead && time > *readUpTo + unitsOf(blindSeek);
     }
 
-    /// Makes a picture at or before `time` the current one, or the first picture.
+    /// Makes a frame at or before `time` the current one, or else the first frame.
     void seekTo(std::int64_t time, std::int64_t skipUntil)
     {
         m_current.reset();
         std::int64_t const start = m_input.firstTime(m_stream);
         std::int64_t from = time;
-        // The index may count in decoding times, and a keyframe may be damaged or not be enough
-        // for the pictures shown before it: then it goes back further.
         for (double back = 1;; back *= 2) {
             m_isFirst = from <= start;
             if (m_isFirst)
@@ -142,7 +155,7 @@ private:
             from -= unitsOf(back);
         }
         if (!m_next)
-            throw damage(m_input.path(), "none of its pictures can be decoded");
+            throw damage(m_input.path(), "none of its video can be decoded");
         advance();
     }
 
@@ -175,11 +188,11 @@ private:
     PlanarConverter m_converter;
 
     std::optional<TimedFrame> m_current;
-    std::optional<TimedFrame> m_next;      ///< The picture after it.
-    bool m_isFirst = false;                ///< Nothing comes before the current picture.
-    bool m_isLast = false;                 ///< Nothing comes after it.
+    std::optional<TimedFrame> m_next;
+    bool m_isFirst = false;                ///< m_current is the first frame of the stream.
+    bool m_isLast = false;                 ///< m_current is the last frame of the stream.
     std::optional<std::int64_t> m_missing; ///< From here to m_next nothing could be decoded.
-    std::optional<Frame> m_shown;          ///< m_current as it was given out.
+    std::optional<Frame> m_shown;          ///< m_current, converted.
 };
 
 VideoReader::VideoReader(std::filesystem::path const& file, int threads, ReadingActivity activity)

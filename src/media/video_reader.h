@@ -9,31 +9,31 @@
 
 namespace framewright {
 
-/// Reads the pictures of a video file by time.
+/// Reads the frames of a video file by time.
 ///
-/// Time 0 is the file's own beginning, edit lists honoured. Pictures are as stored: planar, not
-/// turned. Formats that are not planar are converted when they are decoded. Colours the file does
-/// not name are filled in by the usual guess: HD is BT.709, smaller pictures are BT.601.
+/// Time 0 is the start of the file, with edit lists applied. Frames are as stored, not rotated;
+/// formats that are not planar are converted. Colour tags missing from the file are filled in as
+/// players do: BT.709 for HD, BT.601 below.
 ///
-/// Asking again for a time within the same picture gives the same pixels without any work. One
+/// Asking again for a time within the same frame costs nothing and gives the same pixels. One
 /// thread at a time.
 class VideoReader {
 public:
-    /// Throws MediaError when the file cannot be opened or has no picture.
-    /// `threads`: of the decoder; 0 lets it choose.
+    /// `threads`: of the decoder; 0 lets it choose. Throws MediaError when the file cannot be
+    /// opened or has no video.
     explicit VideoReader(std::filesystem::path const& file, int threads = 0,
                          ReadingActivity activity = {});
     ~VideoReader();
     VideoReader(VideoReader&&) noexcept;
     VideoReader& operator=(VideoReader&&) noexcept;
 
-    /// The picture shown at `seconds`: the last one at or before it, the first one for times
-    /// before it, the last one for times after the end. A picture that begins less than
-    /// `timeTolerance` later counts as begun.
+    /// The frame shown at `seconds`: the last one that begins at or before it. Earlier times give
+    /// the first frame, later ones the last. A frame that begins less than `timeTolerance` later
+    /// counts as begun, since times computed from frame numbers may fall just short.
     ///
-    /// Reading forward never seeks unless a keyframe ahead makes it cheaper. Throws MediaError
-    /// when the data is damaged there; the reader can be asked for another time afterwards. If
-    /// less than half a second at the very end is damaged, the last good picture stays instead.
+    /// Reads forward without seeking unless a keyframe ahead makes that cheaper. Throws MediaError
+    /// when the data there is damaged; other times can still be read. Damage within half a second
+    /// of the end shows the last good frame instead.
     Frame frameAt(double seconds);
 
 private:

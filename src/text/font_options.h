@@ -5,16 +5,16 @@
 
 namespace framewright {
 
-/// A font that is offered for captions and texts.
+/// A font offered for captions and texts.
 struct FontOption {
-    std::string_view displayName; ///< What people pick it by: "Strong (Bebas Neue)".
-    std::string_view fontName;    ///< What a style stores: "BebasNeue-Regular".
+    std::string_view displayName; ///< "Strong (Bebas Neue)"
+    std::string_view fontName;    ///< As styles store it: "BebasNeue-Regular".
 };
 
-/// Those fonts, in the order they are offered. The first sixteen are carried by the application.
+/// In the order they are offered. The first sixteen come with the application.
 std::span<FontOption const> fontOptions();
 
-/// The weights that "system:" and "mono:" may be followed by, from the lightest on.
+/// The weights that may follow "system:" and "mono:", lightest first.
 std::span<std::string_view const> fontWeightNames();
 
 } // namespace framewright

@@ -19,14 +19,14 @@ namespace {
 
 QString const emojiFamily = QStringLiteral("Noto Color Emoji");
 
-/// Left to itself Qt sets light Arabic and Hebrew in the lightest DejaVu Sans, which has neither.
+/// Left to choose, Qt sets light Arabic and Hebrew in DejaVu Sans ExtraLight, which has neither.
 QStringList const scriptFamilies{
     QStringLiteral("Noto Sans Arabic"),        QStringLiteral("Noto Sans Arabic UI"),
     QStringLiteral("Noto Sans Hebrew"),        QStringLiteral("Noto Sans Devanagari"),
     QStringLiteral("Noto Sans Devanagari UI"),
 };
 
-/// The family that has the letters of other languages which one of the carried fonts lacks.
+/// The family that supplies letters a carried font lacks, chosen to match its kind.
 QString companionOf(QString const& family)
 {
     switch (impliedTraits(family.toStdString()).kind) {
@@ -44,14 +44,14 @@ QString companionOf(QString const& family)
 
 } // namespace
 
-/// Whether a character is to be seen: neither white space nor one that only steers others.
+/// Whether a character is visible: neither white space nor a format character.
 bool isDrawn(char32_t letter)
 {
     bool const isVariationSelector = (letter >= 0xFE00 && letter <= 0xFE0F) ||
                                      (letter >= 0xE0100 && letter <= 0xE01EF) ||
                                      (letter >= 0x180B && letter <= 0x180F) || letter == 0x034F;
     if (letter < 0x80 || isVariationSelector)
-        return false; // Every font has ASCII.
+        return false; // ASCII needs no check: every font has it.
     switch (QChar::category(letter)) {
     case QChar::Other_Control:
     case QChar::Other_Format:
@@ -64,9 +64,9 @@ bool isDrawn(char32_t letter)
     }
 }
 
-/// Everything is written once, in `load`, and only read then; but for the answers kept.
+/// Immutable after `load`, except for the caches.
 struct FontRegistry::Fonts {
-    /// fontconfig knows its files by the shortest path.
+    /// Normalized, because fontconfig reports normalized paths.
     explicit Fonts(std::filesystem::path const& carriedFonts)
         : folder(std::filesystem::absolute(carriedFonts).lexically_normal())
     {
@@ -90,9 +90,9 @@ struct FontRegistry::Fonts {
     std::vector<Missing> missing;
     FontFace lastResort{.family = QStringLiteral("Sans Serif"), .style = {}};
 
-    std::mutex guard; ///< Of `answers` and `hasLetter`.
+    std::mutex guard; ///< Of the caches.
     std::unordered_map<std::string, Found> answers;
-    std::unordered_map<char32_t, bool> hasLetter; ///< Those that were looked for.
+    std::unordered_map<char32_t, bool> hasLetter;
 };
 
 void FontRegistry::Fonts::load()
@@ -131,7 +131,7 @@ void FontRegistry::Fonts::load()
         if (why == unusable.end())
             continue;
         std::string const name(carried.fontName);
-        // Also the same font, where that is installed.
+        // The same font may be installed.
         FontFace const* const same = named(name);
         FontFace const& used = same ? *same : nearest(impliedTraits(name));
         missing.push_back({name, used.fullName(), why->second});
@@ -145,7 +145,7 @@ FontFace const* FontRegistry::Fonts::named(std::string const& fontName) const
 {
     auto found = byName.find(fontName);
     if (found == byName.end()) {
-        // One that should have been carried may be installed, under the name it has there.
+        // A carried font that is missing may be installed, under its PostScript name.
         auto const carried =
             std::ranges::find(carriedFonts(), std::string_view(fontName), &CarriedFont::fontName);
         if (carried != carriedFonts().end())
@@ -157,7 +157,7 @@ FontFace const* FontRegistry::Fonts::named(std::string const& fontName) const
 FontFace const* FontRegistry::Fonts::nearestOfFamily(QString const& family, int weight) const
 {
     auto const [begin, end] = families.equal_range(family);
-    // Any upright one of the usual width is nearer than others.
+    // Upright faces of normal width come before all others.
     auto const distance = [&](auto const& entry) {
         FontFace const& face = entry.second;
         return std::abs(face.weight - weight) + (face.isSlanted ? 1000 : 0) +
@@ -224,7 +224,7 @@ void FontRegistry::load() const
 
 FontRegistry::Found FontRegistry::find(std::string const& fontName) const
 {
-    // Names come from documents: there may be any number, each is worked out in no time.
+    // Names come from documents, so their number is unbounded. Resolving one again is cheap.
     constexpr std::size_t answersKept = 500;
     load();
     std::lock_guard const lock(m_fonts->guard);

@@ -12,28 +12,27 @@
 
 namespace framewright {
 
-/// Finds the fonts that styles name: those the application carries, the system and monospaced ones,
-/// and whatever is installed.
+/// Finds the fonts that styles name: carried ones (shipped with the application), the system and
+/// monospaced ones, and whatever is installed.
 ///
-/// The carried ones are registered with Qt the first time anything is asked, which takes tens of
-/// milliseconds; `load` gets that done ahead. Everything may be called on any thread, and waits for
-/// that. One registry per process, since Qt's fonts are the process's; there must be a
-/// QGuiApplication.
+/// The first call registers the carried fonts with Qt, which takes tens of milliseconds; `load`
+/// does that ahead of time. Any thread may call. Needs a QGuiApplication, and one registry per
+/// process is enough, since fonts are registered per process.
 class FontRegistry {
 public:
-    /// `carriedFonts` is the folder of the files that come with the application.
+    /// `carriedFonts` is the folder of the font files that come with the application.
     explicit FontRegistry(std::filesystem::path const& carriedFonts);
     ~FontRegistry();
     FontRegistry(FontRegistry const&) = delete;
     FontRegistry& operator=(FontRegistry const&) = delete;
 
     struct Found {
-        QFont font; ///< Family, style and weight are set, colour emoji come next; no size yet.
+        QFont font; ///< With fallback families, colour emoji among them; without a size.
         std::optional<std::string>
             substitute; ///< The font used instead, when it isn't the one asked for.
     };
 
-    /// The font that a style's `fontName` names, else the nearest there is. Never fails.
+    /// The font named by a style's `fontName`, or the most similar one available. Never fails.
     Found find(std::string const& fontName) const;
 
     struct Missing {
@@ -43,18 +42,17 @@ public:
         Why why;
     };
 
-    /// The fonts that should have come with the application and can't be used, and that of the
-    /// emoji where it isn't installed.
+    /// The carried fonts that are absent or damaged, and the emoji font if it isn't installed.
     std::vector<Missing> missingCarried() const;
 
-    /// The letters that no font has, each once and the first ten only, in the order of the text:
-    /// boxes are drawn for them. Letters that were asked about before cost nearly nothing.
+    /// Which letters of a text no font has, so that boxes are drawn for them: each once, in order,
+    /// at most ten. Results are cached by letter.
     std::vector<std::string> lettersWithoutFont(std::string const& text) const;
 
-    /// The PostScript names of all fonts there are, sorted.
+    /// The PostScript names of all available fonts, sorted.
     std::vector<std::string> const& installedNames() const;
 
-    /// Registers the carried fonts now, if that has not been done.
+    /// Registers the carried fonts now, unless that has been done.
     void load() const;
 
 private:

@@ -6,7 +6,7 @@ namespace framewright {
 
 namespace {
 
-/// Marks of Greek letters, apart from them.
+/// Combining marks of Greek letters.
 enum Mark : char16_t {
     grave = 0x300,
     acute = 0x301,
@@ -22,7 +22,7 @@ bool isAccent(QChar c)
     return c.unicode() == grave || c.unicode() == acute || c.unicode() == circumflex;
 }
 
-/// Whether capitals go without it. They keep the dots that part two vowels, and the iota below.
+/// Whether capitals drop it. They keep the diaeresis and the iota subscript.
 bool isLost(QChar c)
 {
     return isAccent(c) || c.unicode() == lengthened || c.unicode() == shortened ||
@@ -49,7 +49,7 @@ struct Letter {
     QString marks;
 };
 
-/// "Or", which keeps its accent when it stands alone: without it, it would be the article.
+/// Whether it is the word ή, "or". It keeps its accent; without, it would read as the article η.
 bool isOr(QString const& text, Letter const& letter)
 {
     return (text[letter.start] == u'η' || text[letter.start] == u'Η') &&
@@ -57,7 +57,7 @@ bool isOr(QString const& text, Letter const& letter)
            !isLetterAt(text, letter.start - 1) && !isLetterAt(text, letter.end);
 }
 
-/// Leaves out what Greek capitals go without.
+/// Removes the marks that Greek capitals don't have.
 QString plainGreek(QString const& decomposed)
 {
     QString plain;
@@ -75,7 +75,7 @@ QString plainGreek(QString const& decomposed)
         marks.removeIf(isLost);
         if (isOr(decomposed, letter))
             marks = QChar(acute);
-        // An accent on the first of two vowels told that they are spoken apart.
+        // An accent on the first of two vowels marked them as separate; now a diaeresis must.
         else if (wasAccented && letter.marks.isEmpty() && QStringLiteral("ιυΙΥ").contains(c))
             marks = QChar(0x308);
         wasAccented = std::ranges::any_of(letter.marks, isAccent) && !letter.has(0x308);
@@ -85,7 +85,7 @@ QString plainGreek(QString const& decomposed)
     return plain;
 }
 
-/// Georgian has capitals for whole words only, which hardly a font has.
+/// Georgian capitals (Mtavruli) are for whole words only, and few fonts have them.
 bool isGeorgian(QChar c)
 {
     return c.unicode() >= 0x10D0 && c.unicode() <= 0x10FF;

@@ -5,9 +5,9 @@
 
 namespace framewright {
 
-/// A drawn picture and where it goes: 8-bit RGBA, premultiplied, rows without padding.
+/// An image and its place on the canvas: 8-bit RGBA, premultiplied, rows without padding.
 struct PlacedImage {
-    int x = 0; ///< Its left and upper edge, in pixels of the canvas; may lie outside it.
+    int x = 0; ///< Left and upper edge in pixels of the canvas; may be outside it.
     int y = 0;
     int width = 0;
     int height = 0;

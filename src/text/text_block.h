@@ -7,17 +7,17 @@
 
 namespace framewright {
 
-/// Words as they are to be drawn on a canvas.
+/// A text to be drawn on a canvas.
 ///
-/// Lengths of the style are points: 1/1080 of the canvas width. So lines break at the same words
-/// whatever the size of the canvas.
+/// Lengths in the style are in points, 1/1080 of the canvas width, so that lines break at the same
+/// words on a canvas of any size.
 struct TextBlock {
-    /// What stands at (x, y): the middle of the block's upper edge, of the block, or of its lower
-    /// edge. Boxes, outlines and shadows lie outside the block.
+    /// Which point of the block is at (x, y): the middle of its upper edge, its centre, or the
+    /// middle of its lower edge. Boxes, outlines and shadows extend beyond the block.
     enum class Anchor { top, center, bottom };
     enum class Edges {
-        free,   ///< The block may stand partly outside the canvas.
-        inside, ///< It is moved onto the canvas, box and outline too, where it fits.
+        free,   ///< The block may be partly outside the canvas.
+        inside, ///< The block, its box and its outline are moved onto the canvas if they fit.
     };
 
     std::string text;
@@ -25,7 +25,7 @@ struct TextBlock {
     PixelSize canvas;
     double x = 0; ///< In pixels of the canvas.
     double y = 0;
-    double scale = 1; ///< Of all lengths of the style but the widest line's.
+    double scale = 1; ///< Multiplies all lengths of the style except the maximal line width.
     Anchor anchor = Anchor::center;
     Edges edges = Edges::free;
 

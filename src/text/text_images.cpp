@@ -21,7 +21,7 @@ std::shared_ptr<PlacedImage const> TextImages::image(TextBlock const& block) con
 {
     if (auto found = known(block))
         return found;
-    // Not under the lock: a long text would hold up everybody.
+    // Not under the lock, or a long text would block everybody. Two threads may draw the same one.
     auto const made = std::make_shared<PlacedImage const>(paintText(block, *m_fonts));
     keep(block, made);
     return made;

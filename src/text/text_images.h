@@ -11,15 +11,15 @@
 
 namespace framewright {
 
-/// Draws texts and keeps those that were drawn last. Any thread may call.
+/// Draws texts and caches the most recently used images. Any thread may call.
 class TextImages {
 public:
-    /// It keeps at most `keptBytes` of pixels.
+    /// Caches at most `keptBytes` of pixels.
     explicit TextImages(std::shared_ptr<FontRegistry const> fonts,
                         std::size_t keptBytes = std::size_t(24) << 20);
 
-    /// The text as it is seen on its canvas; empty when nothing of it is. Equal blocks give equal
-    /// images, on any thread. There must be a QGuiApplication.
+    /// The visible part of the text; empty when there is none. Equal blocks give equal images on
+    /// any thread. Needs a QGuiApplication.
     std::shared_ptr<PlacedImage const> image(TextBlock const& block) const;
 
 private:
@@ -34,7 +34,7 @@ private:
     std::shared_ptr<FontRegistry const> m_fonts;
     std::size_t m_keptBytes;
     mutable std::mutex m_mutex;
-    mutable std::list<Kept> m_kept; ///< The last one used first.
+    mutable std::list<Kept> m_kept; ///< Most recently used first.
 };
 
 } // namespace framewright

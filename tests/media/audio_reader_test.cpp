@@ -232,7 +232,7 @@ TEST(AudioReader, ReportsWhereAudioIsDamaged)
             ADD_FAILURE() << "nothing was said at " << second;
         } catch (MediaError const& error) {
             EXPECT_EQ(error.cause, MediaError::Cause::damaged);
-            EXPECT_EQ(error.what(), "cut sound.mp4 is incomplete or damaged: its sound at " +
+            EXPECT_EQ(error.what(), "cut sound.mp4 is incomplete or damaged: its audio at " +
                                         std::to_string(second) + ".50 s cannot be decoded.");
         }
     }

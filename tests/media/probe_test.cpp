@@ -158,15 +158,15 @@ TEST(ProbeMedia, ReportsWhatIsWrongWithAFile)
                  " is incomplete or damaged: its index contradicts itself.", Cause::damaged},
             Case{"cut.jpg", jpeg.substr(0, jpeg.size() - 20), endMissing, Cause::damaged},
             Case{"huge.png", pngHeader(100000, 100000),
-                 " claims a picture of 100000 × 100000" + tooLarge, Cause::unsupported},
+                 " claims a size of 100000 × 100000" + tooLarge, Cause::unsupported},
             Case{
                 "huge.gif",
                 "GIF89a\xFF\xFF\xFF\xFF\x80\0\0\0\0\0\xFF\xFF\xFF,\0\0\0\0\xFF\xFF\xFF\xFF\0\x02\x02\x4C\x01\0;"s,
-                " claims a picture of 65535 × 65535" + tooLarge, Cause::unsupported},
+                " claims a size of 65535 × 65535" + tooLarge, Cause::unsupported},
             Case{
                 "huge.jpg",
                 "\xFF\xD8\xFF\xC0\0\x0B\x08\xFF\xDC\xFF\xDC\x01\x01\x11\0\xFF\xDA\0\x08\x01\x01\0\0\x3F\0\0\xFF\xD9"s,
-                " claims a picture of 65500 × 65500" + tooLarge, Cause::unsupported},
+                " claims a size of 65500 × 65500" + tooLarge, Cause::unsupported},
         }) {
         auto const [sentence, cause] = failureOf([&] { probeMedia(fileOf(c.name, c.content)); });
         EXPECT_THAT(sentence, testing::StartsWith(c.name + " "));
@@ -188,9 +188,9 @@ TEST(ProbeMedia, ReportsWhatIsWrongWithAFile)
     EXPECT_EQ(failureOf([&] {
                   AudioReader{madeWith("mute.mp4", numberedInput(2, "25") + quickly)};
               }).first,
-              "mute.mp4 has no sound.");
+              "mute.mp4 has no audio.");
     EXPECT_EQ(failureOf([&] { VideoReader{madeWith("tone.wav", tone)}; }).first,
-              "tone.wav has no picture.");
+              "tone.wav has no video.");
     EXPECT_EQ(failureOf([&] { readPhoto(smallMovie(), 100); }).first, "small.mp4 is not a photo.");
 }
 

@@ -23,6 +23,14 @@ CaptionStyle style(char const* font, float size, float spacing = 0)
 
 } // namespace
 
+TEST(TextLayout, KeepsInkOfLinesApart)
+{
+    // At the font's line height alone the marks would reach 11 points into the descenders.
+    TextLayout const layout = layOut("gjpy\nẪ", style("DejaVuSans", 100), 900, fonts());
+    ASSERT_EQ(layout.lines.size(), 2U);
+    EXPECT_NEAR(layout.lines[1].ink.top() - layout.lines[0].ink.bottom(), 4, 0.1);
+}
+
 TEST(TextLayout, BreaksLongWordsIntoEvenParts)
 {
     char const* const word = "Superlangesdonaudampfschifffahrtsgesellschaftskapitänswort";

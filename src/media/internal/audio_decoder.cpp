@@ -13,7 +13,7 @@ namespace framewright {
 
 namespace {
 
-/// Behind so many packets without sound nothing more is expected.
+/// After this many undecodable packets in a row the stream counts as ended.
 constexpr int maxFailuresInARow = 1000;
 
 } // namespace
@@ -25,12 +25,12 @@ AudioDecoder::AudioDecoder(MediaInput& input, AVStream& stream)
       m_packet(newPacket()),
       m_nextStamp(input.zero(stream))
 {
-    // What is to be skipped is reported, not cut away: samples keep their places.
+    // Trimming is reported, not applied, by the decoder: SampleClock needs whole blocks.
     m_decoder->flags2 |= AV_CODEC_FLAG2_SKIP_MANUAL;
     input.readOnly(stream);
     m_first = decoded();
     if (!m_first)
-        throw damage(input.path(), "none of its sound can be decoded");
+        throw damage(input.path(), "none of its audio can be decoded");
     m_sampleRate = m_first->frame->sample_rate;
     m_clock.emplace(input, stream,
                     SampleClock::FirstBlock{m_first->frame->pts, m_first->frame->nb_samples,
@@ -61,7 +61,7 @@ AudioBlock AudioDecoder::placed(Decoded decoded)
     if (auto const end = m_clock->end(); end && block.position + block.end > *end)
         block.end =
             std::max<int>(block.begin, int(std::max<std::int64_t>(0, *end - block.position)));
-    if (decoded.frame->flags & AV_FRAME_FLAG_DISCARD) // Outside of what an edit list shows.
+    if (decoded.frame->flags & AV_FRAME_FLAG_DISCARD) // Cut away by the edit list.
         block.end = block.begin;
     block.frame = std::move(decoded.frame);
     return block;
@@ -76,7 +76,7 @@ std::optional<AudioDecoder::Decoded> AudioDecoder::decoded()
             throw std::bad_alloc();
         if (result == AVERROR_EOF || m_failuresInARow > maxFailuresInARow)
             return std::nullopt;
-        // A stream that changes its rate half-way is not worth more than silence there.
+        // If a stream changes its sample rate midway, the rest is treated as damaged.
         bool const isUsable = result >= 0 && frame->nb_samples > 0 && frame->sample_rate > 0 &&
                               (m_sampleRate == 0 || frame->sample_rate == m_sampleRate);
         if (result == AVERROR(EAGAIN) ? !feed() : !isUsable) {
@@ -90,8 +90,8 @@ std::optional<AudioDecoder::Decoded> AudioDecoder::decoded()
     }
 }
 
-/// Gives a block its stamp, which is the end of the one before where it brings none. False when
-/// that is unknown too: in Ogg behind a seek, until a page tells the time.
+/// Sets a block's timestamp; one without continues from the block before. False when that is
+/// unknown too: in Ogg after a seek, until the next page with a timestamp.
 bool AudioDecoder::setStamp(AVFrame& frame)
 {
     if (frame.best_effort_timestamp != AV_NOPTS_VALUE)
@@ -119,7 +119,7 @@ AudioDecoder::Decoded AudioDecoder::withTrimming(FrameHandle frame)
     return block;
 }
 
-/// Gives the decoder one packet. False when that failed.
+/// Sends the decoder one packet. False when that fails.
 bool AudioDecoder::feed()
 {
     try {

@@ -9,8 +9,8 @@
 
 namespace framewright {
 
-/// Decoded sound: the samples [begin, end) of `frame`, the first of which is the file's sample
-/// `position`, counted in the stream's own rate from the beginning of the file.
+/// Decoded audio: the samples [begin, end) of `frame`. The first of them is sample `position` of
+/// the file, at the stream's own rate.
 struct AudioBlock {
     FrameHandle frame;
     int begin = 0;
@@ -21,29 +21,28 @@ struct AudioBlock {
     std::int64_t endPosition() const { return position + length(); }
 };
 
-/// Decodes a sound stream block by block, without what its encoder put before and behind it.
+/// Decodes an audio stream block by block, trimming the encoder's delay and padding.
 class AudioDecoder {
 public:
-    /// Reads the first block. Throws MediaError when there is none.
+    /// Decodes the first block. Throws MediaError when there is none.
     AudioDecoder(MediaInput& input, AVStream& stream);
 
     int sampleRate() const { return m_sampleRate; }
 
-    /// The next block that has samples; nothing at the end. Blocks may leave gaps, and the first
-    /// after a seek to the middle of the file may be wrong in codecs that build on what went
-    /// before.
+    /// The next block that has samples; nothing at the end. There may be gaps between blocks. The
+    /// first ones after a seek may be wrong with codecs that predict from earlier blocks.
     std::optional<AudioBlock> next();
 
-    /// Whether something right before the block that `next` gave could not be decoded; at the end,
-    /// anything since the last seek.
+    /// Whether data right before the last block returned could not be decoded; at the end, any data
+    /// since the last seek.
     bool isDamagedBefore() const { return m_isDamaged; }
 
-    /// Goes on shortly before a sample of the stream, as far as the file can tell where that is.
+    /// Continues shortly before a sample, as precisely as the file's index allows.
     void seek(std::int64_t position);
     void seekToStart();
 
 private:
-    /// A block as the decoder gave it, its `pts` set.
+    /// A whole block, with its `pts` set.
     struct Decoded {
         FrameHandle frame;
         int skippedInFront = 0;
@@ -61,15 +60,15 @@ private:
     AVStream& m_stream;
     CodecHandle m_decoder;
     PacketHandle m_packet;
-    std::optional<Decoded> m_first; ///< Until `next` gives it out.
+    std::optional<Decoded> m_first; ///< Until `next` returns it.
     int m_sampleRate = 0;
     std::optional<SampleClock> m_clock;
     std::optional<std::int64_t> m_expected;
-    std::optional<std::int64_t> m_nextStamp; ///< For a block that has none itself.
+    std::optional<std::int64_t> m_nextStamp; ///< For a block without a timestamp.
     bool m_isDamaged = false;
     bool m_hasFailed = false; ///< Since the last seek.
     int m_failuresInARow = 0;
-    std::optional<std::int64_t> m_skipUntil; ///< Packets that end before are not decoded.
+    std::optional<std::int64_t> m_skipUntil; ///< Packets that end earlier are not decoded.
 };
 
 } // namespace framewright

@@ -16,8 +16,9 @@ namespace {
 
 constexpr int channels = 2;
 
-/// Blocks that the encoder hears before the first one. It takes whatever follows on silence for an
-/// attack and codes it in a manner that gives nothing for 9 ms without the block before.
+/// Frames fed to the encoder before the first one. After silence it would take any start for a
+/// transient and switch to short windows, which decode to nothing for 9 ms if the frame before is
+/// missing.
 constexpr int leadIn = 2;
 
 } // namespace
@@ -75,8 +76,8 @@ void AudioStream::writeBlock()
     beginBlock();
 }
 
-/// The first block forwards and backwards, so that it begins without an attack. None of this gets
-/// into the file.
+/// Feeds the first block, then the same mirrored, so that the audio continues from it without a
+/// transient. The resulting packets have negative timestamps and are discarded.
 void AudioStream::writeLeadIn()
 {
     for (int number = -leadIn; number < 0; ++number) {
@@ -95,7 +96,7 @@ void AudioStream::writeLeadIn()
 void AudioStream::finish()
 {
     if (m_blockLength > 0) {
-        // The encoder reads on behind the last samples.
+        // The encoder reads a whole frame, also past nb_samples.
         av_samples_set_silence(m_block->extended_data, m_blockLength,
                                m_encoder->frame_size - m_blockLength, channels,
                                m_encoder->sample_fmt);
@@ -112,7 +113,7 @@ void AudioStream::encode(AVFrame const* frame)
         result = avcodec_receive_packet(m_encoder.get(), m_packet.get());
         if (result == AVERROR(EAGAIN) || result == AVERROR_EOF)
             return;
-        // What comes before the sound is left out, rather than told of in an edit list.
+        // Priming packets are discarded: see the class.
         if (result >= 0 && m_packet->pts >= 0)
             m_file.write(*m_packet, *m_stream, *m_encoder);
         av_packet_unref(m_packet.get());

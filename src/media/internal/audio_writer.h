@@ -6,7 +6,8 @@
 
 namespace framewright {
 
-/// Writes an M4A: 48 kHz stereo as AAC, the index in front. Appears and fails like a MovieWriter.
+/// Writes 48 kHz stereo to an M4A as AAC. Creates and replaces its file, and fails, like a
+/// MovieWriter.
 class AudioWriter {
 public:
     explicit AudioWriter(std::filesystem::path const& file, int bitRate = 160'000);
@@ -16,7 +17,7 @@ public:
 
     void write(std::span<float const> interleaved);
 
-    /// Writes what is still held back and the index, and flushes the file to disk.
+    /// Drains the encoder, writes the index, flushes to disk and renames the file.
     void finish();
 
 private:

@@ -12,7 +12,7 @@ extern "C" {
 
 namespace framewright {
 
-/// Frees what the library frees through a pointer to the pointer.
+/// For objects whose release function takes a pointer to the pointer.
 template <auto release>
 struct AVRelease {
     template <class T>
@@ -32,7 +32,7 @@ using PacketHandle = std::unique_ptr<AVPacket, AVRelease<av_packet_free>>;
 using ResamplerHandle = std::unique_ptr<SwrContext, AVRelease<swr_free>>;
 using ScalerHandle = std::unique_ptr<SwsContext, SwsRelease>;
 
-/// `object` in its handle. Throws std::bad_alloc when the library gave none.
+/// Takes ownership of a new object. Throws std::bad_alloc for null.
 template <class Handle>
 Handle made(typename Handle::pointer object)
 {

@@ -17,7 +17,7 @@ namespace framewright {
 
 namespace {
 
-// Fewer calls into the system than the library's usual 32 KiB, still small beside a picture.
+// Fewer system calls than with the library's default of 32 KiB, and still small beside a frame.
 constexpr int bufferBytes = 128 * 1024;
 
 } // namespace

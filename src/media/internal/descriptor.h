@@ -10,7 +10,7 @@ struct AVIOContext;
 
 namespace framewright {
 
-/// An open file descriptor, closed with its owner.
+/// Owns an open file descriptor.
 class Descriptor {
 public:
     Descriptor() = default;
@@ -28,16 +28,16 @@ public:
 
     std::int64_t size() const;
 
-    /// Up to bytes.size() bytes from `position` on, fewer only at the end of the file; a negative
-    /// errno when reading fails.
+    /// Reads bytes.size() bytes from `position` on, fewer only at the end of the file. Returns
+    /// their number, or a negative errno.
     std::int64_t readAt(std::int64_t position, std::span<std::uint8_t> bytes) const;
 
 private:
     int m_number = -1;
 };
 
-/// The media library's reading and writing on a descriptor, with a position of its own, so that
-/// no file name is ever handed to it. The descriptor outlives it.
+/// Lets the media library read or write an open descriptor. It never gets a file name, which it
+/// might take for a URL or an option. Has its own position; the descriptor must outlive it.
 class DescriptorIO {
 public:
     enum class Access { read, write };
@@ -48,8 +48,8 @@ public:
 
     AVIOContext* context() const { return m_context; }
 
-    std::function<void()> onWrite; ///< Called after each piece that went to the file.
-    std::function<bool()> mayRead; ///< Called before each piece that is read; false refuses it.
+    std::function<void()> onWrite; ///< Called after each write.
+    std::function<bool()> mayRead; ///< Called before each read; false makes it fail.
 
 private:
     static int readSome(void* self, std::uint8_t* bytes, int size);

@@ -22,7 +22,7 @@ CodecHandle newEncoder(AVCodec const* codec, char const* name, std::filesystem::
         throw failure(MediaError::Cause::unsupported, file,
                       fmt::format("couldn't be written: the encoder {} is not installed.", name));
     auto encoder = made<CodecHandle>(avcodec_alloc_context3(codec));
-    // The container keeps the parameter sets once, in its index.
+    // MP4 stores the parameter sets once, in its index, not with every keyframe.
     encoder->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
     return encoder;
 }
@@ -35,8 +35,8 @@ void open(AVCodecContext& encoder, std::filesystem::path const& file)
         throw libraryFailure(file, "written", result);
 }
 
-/// Keeps noise, water and confetti from filling what no platform takes: 20 Mbit/s at 1080p, which
-/// ordinary footage stays below, and no more than that in any one second.
+/// Limits the bit rate to 20 Mbit/s at 1080p, over any one second. Ordinary footage stays below;
+/// noise, water and confetti at constant quality would exceed what platforms accept.
 void setCap(AVCodecContext& encoder)
 {
     constexpr double atFullHD = 20e6;
@@ -78,8 +78,7 @@ CodecHandle openVideoEncoder(MovieSettings const& settings, std::filesystem::pat
     encoder->framerate = {settings.framesPerSecond, 1};
     encoder->thread_count = settings.threads;
     encoder->max_b_frames = 2;
-    // Half a second between keyframes, none referring across: quick to seek in, and what lies
-    // between two of them can be cut out and put elsewhere as it is.
+    // Closed GOPs of half a second: quick to seek in, and each can be cut out without re-encoding.
     encoder->gop_size = std::max(1, settings.framesPerSecond / 2);
     encoder->flags |= AV_CODEC_FLAG_CLOSED_GOP;
     encoder->pix_fmt = formatOf(isHLG ? PixelLayout::yuv420p10() : PixelLayout::yuv420p8());
@@ -90,7 +89,7 @@ CodecHandle openVideoEncoder(MovieSettings const& settings, std::filesystem::pat
     av_opt_set_double(encoder->priv_data, "crf", settings.quality, 0);
     av_opt_set(encoder->priv_data, "profile", isHLG ? "main10" : "high", 0);
     if (isHLG) {
-        // The tag under which players look for HEVC whose parameter sets stand in the index.
+        // Some players accept HEVC in MP4 only under this tag: all parameter sets in the index.
         encoder->codec_tag = MKTAG('h', 'v', 'c', '1');
         std::string parameters = "log-level=none:open-gop=0";
         if (settings.mastering)

@@ -7,11 +7,11 @@
 
 namespace framewright {
 
-/// The picture encoder of a movie, opened; its times count frames. Throws MediaError, which
-/// names `file`, when the settings cannot be encoded.
+/// An open video encoder with the frame as its time base. Throws MediaError, naming `file`, when
+/// the settings cannot be encoded.
 CodecHandle openVideoEncoder(MovieSettings const& settings, std::filesystem::path const& file);
 
-/// The sound encoder: AAC-LC, 48 kHz stereo; its times count samples.
+/// An open AAC-LC encoder for 48 kHz stereo with the sample as its time base.
 CodecHandle openAudioEncoder(int bitRate, std::filesystem::path const& file);
 
 } // namespace framewright

@@ -15,21 +15,27 @@ namespace framewright {
 
 namespace {
 
-/// A pool given up lives on until the last of its pictures comes back.
-struct GiveUp {
+// A frame takes several megabytes, and rendering makes a few for each one it puts out. malloc gets
+// and returns blocks of that size with a system call each, and the kernel then clears them page by
+// page at first touch. So buffers are pooled by size. Few sizes are in use at any time: the canvas,
+// each source and the scaler's intermediate frames; pools beyond that are dropped, least recently
+// used first. The pools are the library's: their buffers are reference-counted and may be returned
+// on any thread.
+
+/// The library frees a pool when the last of its buffers has been returned.
+struct Uninit {
     void operator()(AVBufferPool* pool) const { av_buffer_pool_uninit(&pool); }
 };
 
 struct Pool {
     std::size_t bytes;
-    std::unique_ptr<AVBufferPool, GiveUp> buffers;
+    std::unique_ptr<AVBufferPool, Uninit> buffers;
 };
 
-// An export needs canvas, source and half-way pictures; what goes beyond is not used again soon.
 constexpr std::size_t maxPools = 8;
 
 std::mutex poolsMutex;
-std::list<Pool> pools; ///< The last used first.
+std::list<Pool> pools; ///< Most recently used first.
 
 void freeAligned(void*, std::uint8_t* data)
 {
@@ -62,7 +68,7 @@ AVBufferRef* frameMemory(std::size_t bytes)
         AVBufferPool* const made = av_buffer_pool_init2(bytes, nullptr, allocateAligned, nullptr);
         if (!made)
             throw std::bad_alloc();
-        pools.push_front({bytes, std::unique_ptr<AVBufferPool, GiveUp>(made)});
+        pools.push_front({bytes, std::unique_ptr<AVBufferPool, Uninit>(made)});
         if (pools.size() > maxPools)
             pools.pop_back();
     }

@@ -6,10 +6,11 @@ struct AVBufferRef;
 
 namespace framewright {
 
-/// Every plane begins at a multiple of this, and every row of one.
+/// Alignment of every plane and of every row, in bytes: enough for the widest SIMD loads.
 inline constexpr std::size_t rowAlignment = 64;
 
-/// Memory for one picture, from a pool for pictures of that size. Throws std::bad_alloc.
+/// A buffer for one frame, from the pool for frames of that size. Throws std::bad_alloc. Any
+/// thread.
 AVBufferRef* frameMemory(std::size_t bytes);
 
 } // namespace framewright

@@ -34,13 +34,12 @@ void check(heif_error const& error, std::filesystem::path const& file)
         throw std::bad_alloc();
     if (error.code == heif_error_Unsupported_filetype ||
         error.code == heif_error_Unsupported_feature)
-        throw failure(MediaError::Cause::unsupported, file,
-                      "is a photo in a format that cannot be read here.");
+        throw failure(MediaError::Cause::unsupported, file, "is a photo in an unsupported format.");
     throw damage(file, error.message && *error.message ? validUtf8(error.message)
-                                                       : "its picture cannot be decoded");
+                                                       : "its image cannot be decoded");
 }
 
-/// The picture a HEIF file is for. Its size is already that of the upright picture.
+/// The primary image of a HEIF file. The library reports its size after rotation.
 class HeifFile {
 public:
     HeifFile(Descriptor const& opened, std::filesystem::path const& file)
@@ -83,8 +82,8 @@ QImage decodeHeif(Descriptor const& opened, std::filesystem::path const& file)
 {
     HeifFile const heif(opened, file);
     heif_image* decoded = nullptr;
-    // The library turns the picture upright by the file's own properties; the EXIF orientation
-    // that phones write as well says the same once more and is left alone.
+    // The library applies the rotation from the HEIF properties. The EXIF orientation that phones
+    // write as well repeats it and must not be applied again.
     check(heif_decode_image(heif.handle(), &decoded, heif_colorspace_RGB,
                             heif_chroma_interleaved_RGBA, nullptr),
           file);
@@ -95,7 +94,7 @@ QImage decodeHeif(Descriptor const& opened, std::filesystem::path const& file)
     int const width = heif_image_get_width(decoded, heif_channel_interleaved);
     int const height = heif_image_get_height(decoded, heif_channel_interleaved);
     if (!pixels || width <= 0 || height <= 0)
-        throw damage(file, "its picture cannot be decoded");
+        throw damage(file, "its image cannot be decoded");
     auto const format = heif_image_handle_is_premultiplied_alpha(heif.handle())
                             ? QImage::Format_RGBA8888_Premultiplied
                             : QImage::Format_RGBA8888;

@@ -20,7 +20,7 @@ namespace framewright {
 
 namespace {
 
-/// The first message since forgetLibraryMessages(): what follows it is mostly its consequence.
+/// The first message since forgetLibraryMessages(): later ones are mostly its consequences.
 thread_local std::string libraryMessage;
 
 void keepMessage(void*, int level, char const* format, va_list arguments)

@@ -29,7 +29,7 @@ std::string_view textAt(std::span<std::uint8_t const> head, std::size_t from, st
 Descriptor openMediaFile(std::filesystem::path const& file)
 {
     using enum MediaError::Cause;
-    // Without O_NONBLOCK a pipe that nobody writes to would hold us here.
+    // Without O_NONBLOCK, opening a pipe without a writer would block.
     Descriptor opened(::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
     if (!opened && (errno == ENOENT || errno == ENOTDIR))
         throw failure(missing, file, "does not exist.");
@@ -86,11 +86,11 @@ void checkImageSize(std::int64_t width, std::int64_t height, std::filesystem::pa
 {
     if (width > maxImageSide || height > maxImageSide)
         throw failure(MediaError::Cause::unsupported, file,
-                      fmt::format("claims a picture of {} × {} pixels; no side may be longer than "
+                      fmt::format("claims a size of {} × {} pixels; no side may be longer than "
                                   "{} pixels.",
                                   width, height, maxImageSide));
     if (width <= 0 || height <= 0)
-        throw damage(file, "its picture has no size");
+        throw damage(file, "its width or height is missing");
 }
 
 } // namespace framewright

@@ -8,22 +8,22 @@
 
 namespace framewright {
 
-/// Opens a local file for reading. Never blocks: pipes and devices are refused.
-/// Throws MediaError when there is no such file, or it is a folder, empty or not to be read.
+/// Opens a local file for reading. Never blocks, since pipes and devices are refused. Throws
+/// MediaError when the file is missing, unreadable, empty or a folder.
 Descriptor openMediaFile(std::filesystem::path const& file);
 
-/// The first bytes of a file: enough to tell its kind.
+/// The first bytes of a file, enough to recognize its format.
 std::vector<std::uint8_t> readHead(Descriptor const& opened, std::filesystem::path const& file);
 
 enum class PhotoFormat { none, jpeg, png, webp, tiff, gif, heif };
 
-/// Told by the signature; `none` when the file is no photo.
+/// Recognized by its signature; `none` when the file is no photo.
 PhotoFormat photoFormat(std::span<std::uint8_t const> head);
 
-/// No picture's side may be longer: more memory than any camera's picture needs is an attack.
+/// Longer sides are rejected: no camera needs them, and a crafted header could exhaust memory.
 inline constexpr int maxImageSide = 16384;
 
-/// Throws MediaError when a picture claims sides that no real one has.
+/// Throws MediaError for an implausible size.
 void checkImageSize(std::int64_t width, std::int64_t height, std::filesystem::path const& file);
 
 } // namespace framewright

@@ -14,8 +14,7 @@ namespace framewright {
 
 namespace {
 
-/// Formats that hold their media themselves. Playlists and the like would have us read whatever
-/// other file or address they name.
+/// Self-contained formats only: a playlist would make us open whatever file or address it names.
 constexpr std::string_view demuxers[] = {
     "mov,mp4,m4a,3gp,3g2,mj2",
     "matroska,webm",
@@ -46,17 +45,17 @@ constexpr std::string_view demuxers[] = {
     "tta",
 };
 
-/// Sound formats whose head does not tell the exact length; their files are small.
+/// Audio formats whose header does not give the exact duration; their files are small.
 constexpr std::string_view needFullScan[] = {"mp3", "ogg", "aac", "ac3", "eac3", "dts", "amr"};
 
-// One byte pattern in a megabyte of anything can look like the start of a sound frame.
+// At a score of 1, a stray byte pattern in any file passes for the start of an audio frame.
 constexpr int minProbeScore = 2;
 
 constexpr int maxStreams = 100;
 constexpr std::int64_t maxProbeBytes = 8 << 20;
 constexpr std::int64_t maxAnalyzedMicroseconds = 5'000'000;
 
-/// Larger moving pictures than any camera makes.
+/// More than any camera records.
 constexpr std::int64_t maxMoviePixels = std::int64_t{16384} * 8192;
 
 int refuseToOpen(AVFormatContext*, AVIOContext**, char const*, int, AVDictionary**)
@@ -94,7 +93,7 @@ AVStream* chosen(AVFormatContext& format, AVMediaType type)
 AVCodec const* decoderOf(AVStream const& stream)
 {
     AVCodecID const id = stream.codecpar->codec_id;
-    // The usual decoders drop the second picture that holds the alpha of WebM.
+    // WebM stores alpha as a second frame, which the library's native decoders ignore.
     if (av_dict_get(stream.metadata, "alpha_mode", nullptr, 0)) {
         char const* const name = id == AV_CODEC_ID_VP9   ? "libvpx-vp9"
                                  : id == AV_CODEC_ID_VP8 ? "libvpx"
@@ -131,7 +130,7 @@ MediaInput::MediaInput(Descriptor opened, std::filesystem::path const& file, Det
     openContainer();
     chooseStreams();
     findStreamFacts(detail);
-    chooseStreams(); // Some streams are found, and some become known, only by their packets.
+    chooseStreams(); // Again: some streams are discovered or identified by their packets only.
     if (!m_video && !m_audio)
         throw notMedia(m_path);
     checkStreams();
@@ -200,7 +199,7 @@ void MediaInput::checkStreams() const
     if (m_video)
         checkImageSize(m_video->codecpar->width, m_video->codecpar->height, m_path);
     if (m_audio && m_audio->codecpar->sample_rate <= 0)
-        throw damage(m_path, "its sound has no sample rate");
+        throw damage(m_path, "its audio has no sample rate");
 }
 
 void MediaInput::readOnly(AVStream const& stream)
@@ -238,13 +237,13 @@ std::int64_t MediaInput::zero(AVStream const& stream) const
     }
     std::int64_t const begin =
         first ? av_rescale_q(first->start_time, first->time_base, stream.time_base) : 0;
-    // AVI stamps pictures in decoding order, so all are shown late by the decoder's delay.
+    // AVI numbers frames in decoding order, so all are displayed late by the reordering delay.
     return begin + (is("avi") ? stream.codecpar->video_delay : 0);
 }
 
 void MediaInput::findEncoderDelay()
 {
-    // An edit list has moved the first packet before 0. Where there is none, it lies at 0.
+    // With an edit list the first packet is before 0 and nothing needs correcting.
     AVIndexEntry const* const first = m_audio ? avformat_index_get_entry(m_audio, 0) : nullptr;
     if (!isMov() || !first || first->timestamp != 0)
         return;
@@ -285,9 +284,9 @@ CodecHandle MediaInput::openDecoder(AVStream const& stream, int threads) const
     AVCodec const* const codec = decoderOf(stream);
     if (!codec) {
         char const* const kind =
-            stream.codecpar->codec_type == AVMEDIA_TYPE_VIDEO ? "picture" : "sound";
+            stream.codecpar->codec_type == AVMEDIA_TYPE_VIDEO ? "video" : "audio";
         throw failure(MediaError::Cause::unsupported, m_path,
-                      fmt::format("holds {} in the format {}, which cannot be decoded here.", kind,
+                      fmt::format("contains {} in the unsupported format {}.", kind,
                                   avcodec_get_name(stream.codecpar->codec_id)));
     }
     auto decoder = made<CodecHandle>(avcodec_alloc_context3(codec));
@@ -326,8 +325,8 @@ bool MediaInput::read(AVPacket& packet)
     return true;
 }
 
-/// Whether the end that was just met is not where the data should end: the index of MP4 names
-/// data behind it, in a stream that is being read; Matroska is in the middle of an element.
+/// Whether the end just reached is premature: an MP4's index refers to data beyond it, in a stream
+/// that is being read, or a Matroska element is incomplete.
 bool MediaInput::isTruncated() const
 {
     if (librarySaid("ended prematurely"))
@@ -347,7 +346,7 @@ bool MediaInput::isTruncated() const
 
 std::int64_t MediaInput::firstTime(AVStream& stream) const
 {
-    // Elsewhere the index begins wherever something was first looked for.
+    // In other formats the index is built while reading, so it starts wherever that started.
     AVIndexEntry const* const first = isMov() ? avformat_index_get_entry(&stream, 0) : nullptr;
     if (first)
         return first->timestamp;
@@ -356,8 +355,7 @@ std::int64_t MediaInput::firstTime(AVStream& stream) const
 
 bool MediaInput::seeksReliably() const
 {
-    // The library's search in Ogg now and then takes the time it looked for for that of the page
-    // it found.
+    // When seeking in Ogg, the library sometimes assigns the requested time to the page it found.
     return !is("ogg");
 }
 
@@ -377,7 +375,7 @@ void MediaInput::seekToStart(AVStream& stream)
     m_isTruncationReported = false;
     forgetLibraryMessages();
     int result = -1;
-    // Formats whose times may jump are searched for a time; their first packet is simply the first.
+    // Formats with discontinuous timestamps are sought by bytes: the first packet is at byte 0.
     if (!(m_format->iformat->flags & AVFMT_TS_DISCONT) || is("ogg"))
         result =
             av_seek_frame(m_format.get(), stream.index, firstTime(stream), AVSEEK_FLAG_BACKWARD);

@@ -10,20 +10,20 @@
 
 namespace framewright {
 
-/// A movie or sound file opened for reading, with the streams that count: one of moving pictures
-/// and one of sound, the default ones where there are several.
+/// A video or audio file opened for reading, with at most one video and one audio stream: the
+/// default ones where there are several.
 ///
-/// Reads nothing but the one file: the demuxers are those of self-contained formats, and whatever
-/// a file asks to have opened besides is refused. One thread at a time.
+/// Reads nothing but this file: only demuxers of self-contained formats are allowed, and requests
+/// of theirs to open other files are refused. One thread at a time.
 class MediaInput {
 public:
-    /// What a reader wants to know before the first packet.
+    /// How much to find out before the first packet.
     enum class Detail {
-        forReading, ///< What the container says, where that is enough to decode.
-        complete,   ///< Also what only the coded data tells.
+        forReading, ///< The container's header, where that is enough to decode.
+        complete,   ///< Also what is known only from the coded data.
     };
 
-    /// Throws MediaError when it cannot be opened or is no media file.
+    /// Throws MediaError when the file cannot be opened or is no media file.
     MediaInput(Descriptor opened, std::filesystem::path const& file, Detail detail,
                ReadingActivity activity = {});
 
@@ -32,41 +32,39 @@ public:
     AVStream* video() const { return m_video; } ///< Null when there is none.
     AVStream* audio() const { return m_audio; }
 
-    /// Reads only the packets of one stream from now on.
+    /// Discards the packets of all other streams from now on.
     void readOnly(AVStream const& stream);
 
-    /// Where time 0 of the file lies, in the time base of one of its streams.
+    /// The timestamp that is time 0 of the file, in the time base of `stream`.
     ///
-    /// MP4, MOV and Matroska count from 0 and mean it: a stream may begin later. Elsewhere the
-    /// first time is arbitrary and the earliest stream begins at 0.
+    /// In MP4, MOV and Matroska it is 0, and a stream may begin later. Other formats start at
+    /// arbitrary timestamps; there the earliest stream begins at time 0.
     std::int64_t zero(AVStream const& stream) const;
 
-    /// What an encoder put before the first real sample, where the container says so but counts
-    /// it as time: `zero` of the sound lies behind it from now on. To be called before the first
-    /// packet is read.
+    /// Measures the encoder's delay where the container declares it but includes it in its
+    /// timestamps; `zero` of the audio stream is moved behind it. Call it before reading packets.
     void findEncoderDelay();
 
-    /// Where a stream ends, in seconds after time 0; below 0 when only reading it all can tell.
+    /// When a stream ends, in seconds after time 0; negative if only reading all of it can tell.
     double end(AVStream const& stream) const;
 
-    /// Opens a decoder for a stream. Throws MediaError.
+    /// Throws MediaError when the codec is unsupported or its parameters are damaged.
     CodecHandle openDecoder(AVStream const& stream, int threads) const;
 
-    /// Reads the next packet. False at the end; throws MediaError for damage, after which reading
-    /// may go on.
+    /// Reads the next packet. False at the end. Throws MediaError for damage; reading may continue
+    /// after it.
     bool read(AVPacket& packet);
 
-    /// The time of the first packet of a stream, as far as it is known.
+    /// The timestamp of a stream's first packet, as far as it is known.
     std::int64_t firstTime(AVStream& stream) const;
 
-    /// The next packets read are those from a keyframe on, if all goes well the last one at or
-    /// before `time`. Throws MediaError.
+    /// Moves to a keyframe, ideally the last one at or before `time`. Throws MediaError.
     void seek(AVStream& stream, std::int64_t time);
 
-    /// The next packets read are the first ones of a stream. Throws MediaError.
+    /// Moves to a stream's first packet. Throws MediaError.
     void seekToStart(AVStream& stream);
 
-    /// Whether `seek` finds its place and the packets behind it have their right times.
+    /// Whether `seek` finds its target and the packets after it have correct timestamps.
     bool seeksReliably() const;
 
 private:
@@ -84,13 +82,13 @@ private:
     bool hasAbsoluteTimes() const;
 
     std::filesystem::path m_path;
-    std::unique_ptr<Descriptor> m_file;    ///< Where it is must not change: m_io refers to it.
-    std::unique_ptr<ReadingWatch> m_watch; ///< And to it.
+    std::unique_ptr<Descriptor> m_file;    ///< On the heap: m_io keeps a reference
+    std::unique_ptr<ReadingWatch> m_watch; ///< to each when this object is moved.
     std::unique_ptr<DescriptorIO> m_io;
     std::unique_ptr<AVFormatContext, CloseInput> m_format;
     AVStream* m_video = nullptr;
     AVStream* m_audio = nullptr;
-    std::int64_t m_encoderDelay = 0;     ///< In the time base of the sound.
+    std::int64_t m_encoderDelay = 0;     ///< In the time base of the audio.
     bool m_isTruncationReported = false; ///< That it is cut short, since the last seek.
 };
 

@@ -14,8 +14,7 @@ namespace {
 
 constexpr char const* written = "written";
 
-/// A name of its own, whatever else is being written there. It is not made from the target's
-/// name, which may already be as long as a name can be.
+/// A random name. It is not derived from the target's, which may already have the maximal length.
 std::filesystem::path temporaryBeside(std::filesystem::path const& target)
 {
     std::random_device random;
@@ -25,7 +24,7 @@ std::filesystem::path temporaryBeside(std::filesystem::path const& target)
     return target.parent_path() / (name + ".part");
 }
 
-/// Makes a rename in `folder` last through a power failure. Not all file systems can: no matter.
+/// Makes a rename in `folder` durable. Best effort: not all file systems support it.
 void flushFolder(std::filesystem::path const& folder)
 {
     Descriptor const open(
@@ -68,7 +67,7 @@ Mp4File::~Mp4File()
         ::unlink(m_temporary.c_str());
 }
 
-/// The index is moved by reading back what was written, through a second access to the file.
+/// To move the index to the front, the muxer reads back what it wrote; this opens the same file.
 int Mp4File::openForReading(AVFormatContext* format, AVIOContext** io, char const*, int flags,
                             AVDictionary**)
 {
@@ -106,12 +105,10 @@ AVStream* Mp4File::addStream(AVCodecContext const& encoder)
 void Mp4File::begin()
 {
     AVDictionary* options = nullptr;
-    // No edit lists: not all players and platforms heed them. Pictures are shown from 0 on because
-    // reordering is told in offsets that may be negative, sound because nothing comes before it.
     av_dict_set(&options, "movflags", "+faststart+write_colr+negative_cts_offsets", 0);
     av_dict_set(&options, "use_editlist", "0", 0);
     av_dict_set(&options, "avoid_negative_ts", "disabled", 0);
-    // Lengths count in this: exact to the sample, and to the frame at all usual rates.
+    // The unit of durations: a multiple of the sample rate and of all usual frame rates.
     av_dict_set(&options, "movie_timescale", "48000", 0);
     int const result = avformat_write_header(m_format.get(), &options);
     av_dict_free(&options);
@@ -145,13 +142,13 @@ void Mp4File::finish(std::function<void(std::filesystem::path const& written)> c
     flushFolder(m_target.parent_path());
 }
 
-/// A piece after the other, so that a slow disk shows that it gets on.
+/// In blocks, so that progress is reported on a slow disk too.
 void Mp4File::flush()
 {
-    constexpr std::int64_t piece = 16 << 20;
-    for (std::int64_t from = 0; from < m_file.size(); from += piece) {
-        // A mere help: what counts is fsync's answer.
-        ::sync_file_range(m_file.number(), from, piece,
+    constexpr std::int64_t chunk = 16 << 20;
+    for (std::int64_t from = 0; from < m_file.size(); from += chunk) {
+        // Only spreads the work; errors are reported by fsync.
+        ::sync_file_range(m_file.number(), from, chunk,
                           SYNC_FILE_RANGE_WAIT_BEFORE | SYNC_FILE_RANGE_WRITE |
                               SYNC_FILE_RANGE_WAIT_AFTER);
         if (m_activity)

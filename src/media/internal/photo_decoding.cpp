@@ -11,10 +11,10 @@ namespace framewright {
 
 namespace {
 
-/// No photo's file is larger, but for a malicious one.
+/// Larger files are not photos, or crafted to exhaust memory.
 constexpr std::int64_t maxPhotoBytes = std::int64_t{1} << 30;
 
-/// Four bytes for each pixel of the largest picture.
+/// Four bytes per pixel of the largest accepted image.
 constexpr int maxDecodedMebibytes = 1024;
 
 char const* readerName(PhotoFormat format)
@@ -35,8 +35,9 @@ char const* readerName(PhotoFormat format)
     }
 }
 
-/// Whether a JPEG's last mark is there. Decoders fill in gray for what a cut took away and report
-/// nothing, so this looks for itself: from segment to segment, through the coded data of each scan.
+/// Whether a JPEG has its end-of-image marker. The decoder fills a truncated file with gray and
+/// reports nothing, so this walks the segments itself, scanning the entropy-coded data for the next
+/// marker (ITU-T T.81, B.1.1: 0xFF followed by neither 0, 0xFF nor a restart marker).
 bool isCompleteJpeg(QByteArray const& bytes)
 {
     constexpr int startOfScan = 0xDA;
@@ -49,7 +50,7 @@ bool isCompleteJpeg(QByteArray const& bytes)
     };
     qsizetype at = 2;
     while (at + 1 < size) {
-        if (!isMark(at)) { // Filling between segments, or the coded data of a scan.
+        if (!isMark(at)) { // Fill bytes, or entropy-coded data.
             ++at;
             continue;
         }
@@ -107,8 +108,8 @@ private:
     {
         if (m_reader.error() == QImageReader::UnsupportedFormatError)
             return failure(MediaError::Cause::unsupported, m_file,
-                           "is a photo in a format that cannot be read here.");
-        return damage(m_file, "its picture cannot be decoded");
+                           "is a photo in an unsupported format.");
+        return damage(m_file, "its image cannot be decoded");
     }
 
     std::filesystem::path m_file;

@@ -9,10 +9,10 @@
 
 namespace framewright {
 
-/// The size of a photo as it stands upright, from its head. Throws MediaError.
+/// The size of a photo after its orientation is applied, from its header. Throws MediaError.
 QSize photoSize(Descriptor const& opened, PhotoFormat format, std::filesystem::path const& file);
 
-/// The photo upright, scaled down smoothly so that no side is longer than `maxSide`.
+/// The photo with its orientation applied, scaled down smoothly to sides of at most `maxSide`.
 QImage decodePhoto(Descriptor const& opened, PhotoFormat format, std::filesystem::path const& file,
                    int maxSide);
 
@@ -20,10 +20,10 @@ QImage decodePhoto(Descriptor const& opened, PhotoFormat format, std::filesystem
 QSize heifSize(Descriptor const& opened, std::filesystem::path const& file);
 QImage decodeHeif(Descriptor const& opened, std::filesystem::path const& file);
 
-/// The whole content of a photo's file.
+/// The content of a photo's file. Throws MediaError for more than a gigabyte.
 QByteArray wholeFile(Descriptor const& opened, std::filesystem::path const& file);
 
-/// `size` made no larger than `maxSide`, in proportion, no side below 1.
+/// `size` reduced in proportion to sides of at most `maxSide` and at least 1.
 QSize fitted(QSize size, int maxSide);
 
 } // namespace framewright

@@ -51,7 +51,7 @@ std::optional<PixelLayout> described(AVPixelFormat format)
                        description->log2_chroma_w, description->log2_chroma_h, hasAlpha};
 }
 
-/// The plain format of every layout, in the library's order: the usual ones come first.
+/// The plain format of every layout, in the library's order: common ones come first.
 std::vector<Known> const& knownFormats()
 {
     static std::vector<Known> const known = [] {

@@ -27,7 +27,7 @@ bool isUnspecified(int tag)
     return tag == unspecified || tag == 3; // 3 is reserved.
 }
 
-/// Vector code that works on the picture later takes whole vectors from where its rows begin.
+/// SIMD code downstream loads aligned vectors from the start of each row.
 bool isAligned(AVFrame const& frame, int planes)
 {
     auto const alignment = std::uintptr_t(av_cpu_max_align());

@@ -5,21 +5,21 @@
 
 namespace framewright {
 
-/// Makes Frames of decoded pictures: by reference where their format is planar, else converted
-/// to the nearest planar one. One thread at a time.
+/// Turns decoded frames into Frames: by reference where their format is planar, else converted to
+/// the nearest planar format. One thread at a time.
 class PlanarConverter {
 public:
-    /// Colours that the picture does not name are guessed: see `guessedColors`.
+    /// Missing colour tags are filled in by `guessedColors`.
     Frame frameOf(AVFrame const& decoded);
 
 private:
     Frame converted(AVFrame const& decoded);
 
-    ScalerHandle m_scaler; ///< Kept from picture to picture.
+    ScalerHandle m_scaler; ///< Reused while the format stays the same.
 };
 
-/// The tags of a picture, what it does not say filled in as players do: HD is BT.709, smaller
-/// pictures are BT.601, JPEG-like ones have the primaries of screens.
+/// The stored tags, with missing ones filled in as players do: BT.709 for HD, BT.601 below, and for
+/// JPEG-like ones the primaries of sRGB.
 ColorTags guessedColors(ColorTags stored, PixelLayout::Model model, int width, int height);
 
 } // namespace framewright

@@ -9,12 +9,11 @@ namespace framewright {
 
 namespace {
 
-/// Stamps may be off by this before they count as a real gap or overlap. Less than lips and voice
-/// may be apart, more than the clocks of telephones jitter. In seconds.
+/// Seconds by which a timestamp may be off before it counts as a real gap or overlap: below what is
+/// noticed between lips and voice, above the jitter of phones.
 constexpr double jitter = 0.02;
 
-/// But all blocks that come late or early by this for so long are where their stamps say: phones
-/// give their first block the time that the microphone took to start. In seconds.
+/// A deviation of this many seconds, to the same side for this many blocks, is real.
 constexpr double persistentShift = 0.01;
 constexpr int persistentBlocks = 8;
 
@@ -34,8 +33,9 @@ SampleClock::SampleClock(MediaInput const& input, AVStream& stream, FirstBlock c
     bool const isMov = std::strncmp(input.format()->iformat->name, "mov", 3) == 0;
     AVCodecID const codec = stream.codecpar->codec_id;
     std::int64_t const raw = stamped(first.stamp);
-    m_grid = codec == AV_CODEC_ID_VORBIS ? 1 : std::max(1, first.length); // Its blocks vary.
-    // A beginning that is rounded to the stamp's unit is the round sample it stands for.
+    // Vorbis blocks vary in length.
+    m_grid = codec == AV_CODEC_ID_VORBIS ? 1 : std::max(1, first.length);
+    // Undo the rounding of the first timestamp: streams begin at the encoder delay or on the grid.
     std::int64_t const multiple = std::llround(double(raw) / double(m_grid)) * m_grid;
     m_anchor = raw;
     if (std::abs(raw + first.skipped) <= m_stampUnit)
@@ -64,8 +64,8 @@ bool SampleClock::isNear(std::int64_t a, std::int64_t b) const
     return std::abs(a - b) <= std::int64_t(jitter * m_rate);
 }
 
-/// Whether this block of the index and the next ones are all off to the same side by more than
-/// jitter is, if it is placed at `expected`.
+/// Whether this block of the index and the next ones all deviate to the same side if this one is
+/// placed at `expected`.
 bool SampleClock::isPersistentlyShifted(int entry, std::int64_t expected, int blockLength) const
 {
     auto const least = std::int64_t(persistentShift * m_rate);
@@ -109,13 +109,13 @@ void SampleClock::findEndOfAudio(MediaInput const& input, FirstBlock const& firs
     int const count = avformat_index_get_entries_count(&m_stream);
     if (count == 0 || m_stream.duration == AV_NOPTS_VALUE || m_stream.duration <= 0)
         return;
-    // What an edit list counts begins behind the encoder's lead-in; without one it is counted in.
+    // The duration excludes the encoder delay if there is an edit list, and includes it otherwise.
     bool const isLeadInCounted = input.zero(m_stream) > 0;
     std::int64_t const begin = stamped(avformat_index_get_entry(&m_stream, 0)->timestamp) +
                                (isLeadInCounted ? 0 : first.skipped);
     std::int64_t const end =
         begin + av_rescale_q(m_stream.duration, m_stream.time_base, {1, m_rate});
-    // The length that a file in fragments gives may be that of its first one only.
+    // A fragmented file's duration may be that of its first fragment only.
     std::int64_t const lastBlock =
         stamped(avformat_index_get_entry(&m_stream, count - 1)->timestamp);
     if (lastBlock < end + 4 * std::int64_t(first.length))

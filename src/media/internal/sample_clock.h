@@ -8,36 +8,44 @@
 
 namespace framewright {
 
-/// Tells at which sample of a sound stream a decoded block begins.
+/// Determines at which sample of an audio stream a decoded block begins.
 ///
-/// Containers stamp blocks in milliseconds, or with the jitter of the clock that recorded them.
-/// Placed by their stamps alone they would overlap or leave gaps, each a click. So blocks whose
-/// stamps are off by little follow each other directly; in MP4 and MOV only if they don't stay
-/// off. What is given is the same whether a block is reached by reading on or by a jump:
-/// - In MP4 and MOV, whose index lists all blocks, it is counted from the beginning of the file.
-/// - Elsewhere it is the stamp, moved to a multiple of the block length from the first block. That
-///   fails where stamps jitter by more than their own unit, and for blocks of varying length that
-///   are stamped in milliseconds (Vorbis in WebM): there a jump may be off by half a millisecond.
+/// The problem: timestamps are too coarse to place blocks by. Matroska rounds them to milliseconds,
+/// 48 samples; phones record the jitter of their clocks. Placed by timestamps alone, blocks overlap
+/// or leave gaps, and each is a click. Counting samples from the start would be seamless, but real
+/// gaps do exist, and a seek must find the position that reading from the start arrives at;
+/// otherwise the same cut would sound different each time.
+///
+/// The method: a block whose timestamp is off by less than 20 ms follows the one before it. To get
+/// the same answer after a seek:
+/// - MP4 and MOV list all blocks in their index, so positions are computed for the whole file when
+///   it is opened. Small deviations that persist over many blocks are real and move the audio:
+///   phones stamp the first block with the time at which recording was requested, and the rest with
+///   when the microphone delivered.
+/// - Elsewhere blocks of constant length begin at multiples of it from the first block, and the
+///   timestamp selects the multiple.
+///
+/// The limits: outside MP4, seeking can be off where timestamps jitter by more than their unit, and
+/// by half a millisecond for blocks of varying length stamped in milliseconds (Vorbis in WebM).
 class SampleClock {
 public:
-    /// What is known of the first block of the stream.
     struct FirstBlock {
         std::int64_t stamp; ///< In the stream's time base.
         int length;         ///< In samples, as decoded.
-        int skipped;        ///< Of these, what the encoder put in front.
+        int skipped;        ///< How many of them are encoder delay.
         int sampleRate;
     };
 
     SampleClock(MediaInput const& input, AVStream& stream, FirstBlock const& first);
 
-    /// The sample at which the block with this stamp begins. `expected`: where the block before it
-    /// ended, when blocks are read one after the other.
+    /// The sample at which the block with this timestamp begins. `expected`: where the previous
+    /// block ended, unless this is the first one after a seek.
     std::int64_t position(std::int64_t stamp, std::optional<std::int64_t> expected) const;
 
-    /// The stamp to seek to for a sample.
+    /// The timestamp to seek to for a sample.
     std::int64_t stampOf(std::int64_t position) const;
 
-    /// The sample from which on only the encoder's padding follows, where the container tells.
+    /// Where the encoder's padding begins, if the container says.
     std::optional<std::int64_t> end() const { return m_end; }
 
 private:
@@ -50,9 +58,9 @@ private:
     AVStream& m_stream;
     std::int64_t m_zero;
     int m_rate;
-    std::int64_t m_anchor = 0;             ///< Of the first block.
+    std::int64_t m_anchor = 0;             ///< The first block's position.
     std::int64_t m_grid = 1;               ///< Blocks begin at multiples of it from the anchor.
-    std::int64_t m_stampUnit = 1;          ///< In samples, rounded up.
+    std::int64_t m_stampUnit = 1;          ///< The timestamps' resolution in samples, rounded up.
     std::vector<std::int64_t> m_positions; ///< Of each entry of the file's index, or empty.
     std::optional<std::int64_t> m_end;
 };

@@ -18,10 +18,10 @@ namespace {
 constexpr int outputRate = AudioReader::sampleRate;
 constexpr int outputChannels = 2;
 
-/// Gaps are filled piece by piece: one may be longer than memory.
+/// Gaps are filled in chunks, since a damaged file may have one that exceeds memory.
 constexpr std::int64_t maxSilenceChunk = 16384;
 
-/// Planes that begin `offset` samples into those of a frame.
+/// The planes of a frame from sample `offset` on.
 std::vector<std::uint8_t const*> planesFrom(AVFrame const& frame, int offset)
 {
     auto const format = static_cast<AVSampleFormat>(frame.format);
@@ -34,9 +34,9 @@ std::vector<std::uint8_t const*> planesFrom(AVFrame const& frame, int offset)
     return planes;
 }
 
-/// What each source channel gives to left and right, where the library's own mix is not wanted:
-/// mono is heard at full level on both sides, of unnamed channels the first two are the sides.
-/// Empty for layouts that the library mixes.
+/// Mixing coefficients where the library's defaults are unsuitable: mono goes to both sides at full
+/// level (not at -3 dB), and of channels without a layout the first two are left and right. Empty
+/// for layouts that the library mixes.
 std::vector<double> customMixMatrix(AVChannelLayout const& layout)
 {
     auto const channels = std::size_t(layout.nb_channels);
@@ -144,7 +144,7 @@ void StereoConverter::convert(std::uint8_t const** planes, int count)
     if (got < 0)
         throw libraryFailure(m_path, "read", got);
     m_ready.resize(before + std::size_t(got) * outputChannels);
-    // Files with floating-point samples may hold what is no number; it must not spread.
+    // Floating-point files may contain NaN and infinity, which mixing would spread.
     std::replace_if(
         m_ready.begin() + std::ptrdiff_t(before), m_ready.end(),
         [](float sample) { return !std::isfinite(sample); }, 0.0F);

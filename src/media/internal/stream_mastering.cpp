@@ -14,11 +14,11 @@ namespace framewright {
 
 namespace {
 
-// The units in which streams count.
+// The units of the HEVC SEI message.
 constexpr int chromaticityUnits = 50'000;
 constexpr int luminanceUnits = 10'000;
 
-/// Rounded to what a stream can say, so that a display read from one compares equal to itself.
+/// Rounded to the precision of the bit stream, so that a value survives being written and read.
 double number(AVRational value, int units)
 {
     return std::round(av_q2d(value) * units) / units;

@@ -9,13 +9,13 @@ struct AVStream;
 
 namespace framewright {
 
-/// What a stream's container says of it; nothing when that is missing or incomplete.
+/// From the stream's container; nothing when it is missing or incomplete.
 std::optional<MasteringDisplay> masteringDisplayOf(AVStream const& stream);
 
-/// Has the container say it. Throws std::bad_alloc.
+/// Throws std::bad_alloc.
 void setMasteringDisplay(AVStream& stream, MasteringDisplay const& display);
 
-/// As x265 wants to be told of it, for the stream itself.
+/// The encoder option with which x265 writes it into the bit stream.
 std::string masteringParameter(MasteringDisplay const& display);
 
 } // namespace framewright

@@ -10,13 +10,13 @@ namespace framewright {
 
 namespace {
 
-/// Behind so many packets without a picture nothing more is expected. Far more than any damage
-/// that a recording survives, and read in no time.
+/// After this many undecodable packets in a row the stream counts as ended: more than any damage
+/// worth skipping, and quickly read.
 constexpr int maxFailuresInARow = 500;
 
 constexpr auto never = std::numeric_limits<std::int64_t>::min();
 
-/// Broadcast streams mark packets after every hiccup of the receiver; most decode all the same.
+/// Transport streams flag packets as corrupt after any reception error; most still decode.
 bool overreportsCorruption(AVFormatContext const& format)
 {
     return std::strcmp(format.iformat->name, "mpegts") == 0;
@@ -57,7 +57,7 @@ std::optional<TimedFrame> VideoDecoder::next()
             if (time == AV_NOPTS_VALUE)
                 time = m_lastEnd.value_or(m_input.zero(m_stream));
             if (m_lastTime && time <= *m_lastTime)
-                continue; // A decoder that learns only now how far pictures are out of order.
+                continue; // The decoder has only now detected the reordering depth.
             noteMissing(time);
             m_lastTime = time;
             m_lastEnd = time + lengthOf(*m_frame);
@@ -128,7 +128,7 @@ std::int64_t VideoDecoder::lengthOf(AVFrame const& frame) const
 void VideoDecoder::noteMissing(std::int64_t before)
 {
     auto const upTo = m_expected.upper_bound(before);
-    // Without a failure they are the invisible pictures and second fields that some formats have.
+    // Without a failure these are the hidden frames and second fields of some formats.
     if (m_failures > 0) {
         bool const isEnd = before == std::numeric_limits<std::int64_t>::max();
         if (!m_expected.empty() && *m_expected.begin() < before)

@@ -9,35 +9,35 @@
 
 namespace framewright {
 
-/// A decoded picture and the time from which it is shown, in its stream's time base.
+/// A decoded frame and its display time in the stream's time base.
 struct TimedFrame {
     FrameHandle frame;
     std::int64_t time = 0;
 };
 
-/// Decodes the pictures of a stream one after the other, in the order they are shown.
+/// Decodes the frames of a stream in display order.
 ///
-/// Damaged data is passed over; what is missing for it is remembered.
+/// Skips damaged data and reports which frames are missing because of it.
 class VideoDecoder {
 public:
     VideoDecoder(MediaInput& input, AVStream& stream, int threads);
 
-    /// The next picture, always later than the one before it; nothing after the last one.
+    /// The next frame, always later than the one before; nothing after the last.
     std::optional<TimedFrame> next();
 
-    /// The time of the first picture that is known to be missing right before the one that `next`
-    /// gave, or at the end when it gave none.
+    /// The time of the first frame known to be missing right before the one returned last, or at
+    /// the end of the stream.
     std::optional<std::int64_t> missing() const { return m_missing; }
 
-    /// Goes on from a keyframe, if all goes well the last one from which the picture at `time` can
-    /// be decoded. Pictures before `skipUntil` that no other needs may be left out on the way.
+    /// Continues from a keyframe, ideally the last one from which the frame at `time` can be
+    /// decoded. Frames before `skipUntil` that no other refers to may be skipped.
     void seek(std::int64_t time, std::int64_t skipUntil);
     void seekToStart(std::int64_t skipUntil);
 
-    /// The latest of the times whose pictures may have been left out since the last seek.
+    /// The latest time whose frame may have been skipped since the last seek.
     std::optional<std::int64_t> lastSkipped() const { return m_lastSkipped; }
 
-    /// The decoding time up to which the file has been read; nothing right after a seek.
+    /// The decoding time up to which packets have been read; nothing right after a seek.
     std::optional<std::int64_t> readUpTo() const { return m_readUpTo; }
 
 private:
@@ -57,10 +57,10 @@ private:
     std::optional<std::int64_t> m_readUpTo;
     std::int64_t m_skipUntil;
     std::optional<std::int64_t> m_lastSkipped;
-    std::optional<std::int64_t> m_lastEnd; ///< Of the picture given last.
+    std::optional<std::int64_t> m_lastEnd; ///< Of the last frame returned.
     std::optional<std::int64_t> m_lastTime;
     std::optional<std::int64_t> m_missing;
-    std::set<std::int64_t> m_expected; ///< Times of packets whose pictures have not come yet.
+    std::set<std::int64_t> m_expected; ///< Times of packets whose frames are still to come.
     int m_failures = 0;                ///< Since the last seek.
     int m_failuresInARow = 0;
 };

@@ -27,7 +27,7 @@ constexpr std::array carried{
     CarriedFont{"CaveatRoman-Bold", "Caveat-Bold"},
     CarriedFont{"ProtestRevolution-Regular", "ProtestRevolution-Regular"},
 
-    // Letters of these two that are published apart.
+    // Subsets of two of the above, published as separate families.
     CarriedFont{"NeonderthawExtended-Regular", "NeonderthawExtended-Regular"},
     CarriedFont{"NeonderthawVietnamese-Regular", "NeonderthawVietnamese-Regular"},
     CarriedFont{"ProtestRevolutionExtended-Regular", "ProtestRevolutionExtended-Regular"},
@@ -46,13 +46,13 @@ constexpr std::array carried{
     CarriedFont{"mono:bold", "JetBrainsMono-Bold"},
     CarriedFont{"mono:heavy", "JetBrainsMono-ExtraBold"},
 
-    // Hebrew in any of them.
+    // Hebrew for all of the above.
     CarriedFont{"NotoSansHebrew-Light", "NotoSansHebrew-Light"},
     CarriedFont{"NotoSansHebrew-Regular", "NotoSansHebrew-Regular"},
     CarriedFont{"NotoSansHebrew-SemiBold", "NotoSansHebrew-SemiBold"},
     CarriedFont{"NotoSansHebrew-Bold", "NotoSansHebrew-Bold"},
 
-    // Stand-ins for fonts that may not be carried.
+    // Substitutes for fonts whose licence doesn't allow shipping them.
     CarriedFont{"NunitoSans-Medium", "NunitoSans-Medium"},
     CarriedFont{"NunitoSans-SemiBold", "NunitoSans-SemiBold"},
     CarriedFont{"NunitoSans-Bold", "NunitoSans-Bold"},
@@ -63,7 +63,7 @@ constexpr std::array carried{
 
 using Words = std::pair<std::string_view, FontKind>;
 
-/// What in a name tells its kind. The first that is found counts.
+/// Words in a font's name that indicate its kind. The first match counts.
 constexpr std::array kindWords{
     Words{"courier", FontKind::typewriter},
     Words{"typewriter", FontKind::typewriter},
@@ -107,7 +107,7 @@ constexpr std::array kindWords{
 
 using Weight = std::pair<std::string_view, int>;
 
-/// What in a name tells its weight, the longer words before those they hold.
+/// Words in a font's name that indicate its weight, longer ones before those they contain.
 constexpr std::array weightWords{
     Weight{"thin", 100},  Weight{"extralight", 200}, Weight{"ultralight", 200},
     Weight{"light", 300}, Weight{"medium", 500},     Weight{"semibold", 600},
@@ -148,7 +148,7 @@ FontTraits impliedTraits(std::string_view fontName)
     if (auto const weight = std::ranges::find_if(weightWords, isIn); weight != weightWords.end())
         traits.weight = weight->second;
     else if (traits.kind == FontKind::condensed || traits.kind == FontKind::poster)
-        traits.weight = 700; // What is made for headlines is bold in its only weight.
+        traits.weight = 700; // Headline fonts come in one weight, which is bold.
     return traits;
 }
 

@@ -11,10 +11,10 @@ struct CarriedFont {
     std::string_view file;     ///< In the folder of the carried fonts, without ".ttf".
 };
 
-/// All of them. A file that has two names stands here twice.
+/// All of them. A file with two names appears twice.
 std::span<CarriedFont const> carriedFonts();
 
-/// What a font looks like, in so far as another can stand in for it.
+/// The traits by which a substitute for a font is chosen.
 enum class FontKind { sans, round, condensed, poster, serif, didone, mono, typewriter, script };
 
 struct FontTraits {
@@ -22,10 +22,10 @@ struct FontTraits {
     int weight = 400; ///< As in OpenType: 100 to 900.
 };
 
-/// The look that a font's name promises, for fonts that may not be there.
+/// Guesses the traits of a font, which may be unavailable, from the words in its name.
 FontTraits impliedTraits(std::string_view fontName);
 
-/// The families that can stand in for a kind, the nearest first. Further ones are as near as any.
+/// Families to substitute for a kind, the most similar first.
 std::span<std::string_view const> similarFamilies(FontKind kind);
 
 } // namespace framewright

@@ -17,7 +17,7 @@ struct Range {
     char32_t last;
 };
 
-/// The characters below U+1F000 that are emoji by themselves.
+/// The characters below U+1F000 with emoji presentation by default.
 constexpr std::array alwaysEmoji{
     Range{0x231A, 0x231B}, Range{0x23E9, 0x23EC}, Range{0x23F0, 0x23F0}, Range{0x23F3, 0x23F3},
     Range{0x25FD, 0x25FE}, Range{0x2614, 0x2615}, Range{0x2648, 0x2653}, Range{0x267F, 0x267F},
@@ -30,8 +30,8 @@ constexpr std::array alwaysEmoji{
     Range{0x2B55, 0x2B55},
 };
 
-/// Above, whole blocks are: also the few that Unicode calls text (🌡 🕊), which nobody has
-/// letters for.
+/// Above, whole blocks count, with the few whose default is text (🌡 🕊): no text font has
+/// them.
 constexpr std::array emojiBlocks{
     Range{0x1F004, 0x1F004}, Range{0x1F0CF, 0x1F0CF}, Range{0x1F18E, 0x1F18E},
     Range{0x1F191, 0x1F19A}, Range{0x1F201, 0x1F202}, Range{0x1F21A, 0x1F21A},
@@ -61,7 +61,7 @@ bool isTag(char32_t c)
     return c >= 0xE0020 && c <= 0xE007F;
 }
 
-/// May be made an emoji by what follows it.
+/// Whether a following selector or skin tone may turn it into an emoji.
 bool isSymbol(char32_t c)
 {
     return c == 0xA9 || c == 0xAE || (c >= 0x203C && c <= 0x3299);
@@ -72,19 +72,19 @@ bool isKeycapBase(char32_t c)
     return (c >= '0' && c <= '9') || c == '#' || c == '*';
 }
 
-/// Reads emoji off a text.
+/// Parses emoji sequences.
 class EmojiReader {
 public:
     explicit EmojiReader(QString const& text) : m_text(text) {}
 
-    /// Where the emoji that begins at `at` ends; `at` when none does.
+    /// The end of the emoji sequence that begins at `at`; `at` if there is none.
     qsizetype end(qsizetype at) const
     {
         qsizetype end = singleEnd(at);
         while (end > at && character(end) == joiner) {
             qsizetype const next = end + 1;
             qsizetype joined = singleEnd(next);
-            // Within a sequence a symbol needs no mark of its own.
+            // Within a sequence a symbol needs no selector.
             if (joined == next && isSymbol(character(next)))
                 joined = next + 1;
             if (joined == next)
@@ -97,7 +97,7 @@ public:
     qsizetype after(qsizetype at) const { return at + (character(at) > 0xFFFF ? 2 : 1); }
 
 private:
-    /// 0 behind the end.
+    /// 0 past the end.
     char32_t character(qsizetype at) const
     {
         if (at >= m_text.size())
@@ -108,7 +108,7 @@ private:
         return unit.unicode();
     }
 
-    /// As `end`, without what is joined to it.
+    /// The end of a single emoji, without any that are joined to it.
     qsizetype singleEnd(qsizetype at) const
     {
         char32_t const c = character(at);

@@ -6,7 +6,7 @@
 
 namespace framewright {
 
-/// A stretch of a text, in UTF-16 units.
+/// A range of a text, in UTF-16 code units.
 struct TextSpan {
     qsizetype start = 0;
     qsizetype length = 0;
@@ -14,15 +14,15 @@ struct TextSpan {
     bool operator==(TextSpan const&) const = default;
 };
 
-/// The family that emoji are drawn in. It may be missing.
+/// The family that emoji are drawn in. It may not be installed.
 QString emojiFamily();
 
-/// Where a text has emoji, each stretch as long as it goes; whole sequences, such as flags,
-/// keycaps, skin tones and families, are never cut.
+/// The ranges of a text that are emoji. Adjacent emoji form one range; sequences such as flags,
+/// keycaps, skin tones and families (Unicode Technical Standard 51) are never split.
 ///
-/// Those stretches are to be set in the emoji family first: many fonts of letters have a heart or a
-/// digit of their own, and would tear "❤️‍🔥" and "1️⃣" apart. Symbols that are letters
-/// unless somebody asks for the emoji (❤ ☀ ©) count where U+FE0F follows them.
+/// These ranges need the emoji family as their first choice: many text fonts have a heart or digits
+/// and would split "❤️‍🔥" and "1️⃣". Symbols with text presentation by default (❤ ☀ ©) count
+/// as emoji only before U+FE0F.
 std::vector<TextSpan> emojiRanges(QString const& text);
 
 } // namespace framewright

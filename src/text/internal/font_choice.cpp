@@ -15,13 +15,12 @@ namespace {
 
 constexpr QChar colorSelector = u'\uFE0F';
 
-/// How far from the middle of its letter the middle of a mark may stand: a part of the letter's
-/// width, or in ems for the narrow ones. Slanted letters have theirs a little aside.
+/// How far the centre of a mark may be from that of its letter: a fraction of the letter's width,
+/// or ems for narrow letters. Slanted fonts shift their marks sideways.
 constexpr double markTolerance = 0.4, minMarkTolerance = 0.12;
-constexpr double maxMarkHeight =
-    1.4; ///< Above the baseline, in ems; two above a capital are lower.
+constexpr double maxMarkHeight = 1.4; ///< Ems above the baseline; fits two marks on a capital.
 
-/// Families of many letters, for what neither a font nor its companion can set.
+/// A family with wide coverage, for what neither a font nor its companion has.
 QString widerFamily(QStringList const& families)
 {
     if (families.contains(QStringLiteral("Libre Baskerville")))
@@ -43,7 +42,7 @@ QStringList letterFamilies(QFont const& font)
     return families;
 }
 
-/// A font without those that stand in for it.
+/// `font` with this family and no fallbacks.
 QFont only(QString const& family, QFont font)
 {
     font.setFamilies({family});
@@ -57,8 +56,7 @@ bool isGreek(QChar c)
     return c.script() == QChar::Script_Greek && c.isLetter();
 }
 
-/// Whether the marks of the script's letters are drawn above and below them, and nothing else is
-/// changed by them.
+/// Whether marks in this script are simply drawn above or below their letters.
 bool isPlainScript(QChar c)
 {
     switch (c.script()) {
@@ -72,7 +70,7 @@ bool isPlainScript(QChar c)
     }
 }
 
-/// Whether it is a letter with marks, in one character or several.
+/// Whether it is a letter with marks, precomposed or not.
 bool hasMarks(QString const& cluster)
 {
     return cluster[0].decompositionTag() == QChar::Canonical ||
@@ -80,7 +78,7 @@ bool hasMarks(QString const& cluster)
                        [](QChar c) { return c.category() == QChar::Mark_NonSpacing; });
 }
 
-/// Glyphs as one font sets them, and how wide.
+/// A cluster shaped in one font.
 struct ShapedCluster {
     ShapedCluster(QString const& text, QFont const& font)
     {
@@ -98,8 +96,7 @@ struct ShapedCluster {
     QList<QGlyphRun> runs;
 };
 
-/// Whether the font has all of a cluster, and puts its marks where the letter is. Some fonts have
-/// marks for a few of their letters only, and leave them beside the others, or far above.
+/// Whether the font has all glyphs of a cluster and positions its marks on the letter.
 bool sets(QFont const& font, QString const& cluster)
 {
     QRawFont const raw = QRawFont::fromFont(font);
@@ -132,7 +129,7 @@ FontChoice::FontChoice(QFont font, QString const& text)
 {
 }
 
-/// One Greek letter among others is a symbol and may come from anywhere. Words are told by two.
+/// Two adjacent Greek letters make a word; one among others is a symbol.
 QString FontChoice::greekFamilyFor(QString const& text) const
 {
     QString letters;
@@ -188,7 +185,7 @@ void FontChoice::addCluster(QString const& cluster, Choice& to) const
         to.text += cluster;
         return;
     }
-    // Fonts have letters with their marks, or letters and marks, or both.
+    // A font may have the precomposed letter, or letter and mark, or both.
     QString const composed = cluster.normalized(QString::NormalizationForm_C);
     QString const decomposed = cluster.normalized(QString::NormalizationForm_D);
     for (QString const& family : m_families) {
@@ -208,7 +205,7 @@ void FontChoice::addCluster(QString const& cluster, Choice& to) const
 
 void FontChoice::addIn(QString const& family, QString const& text, Choice& to) const
 {
-    // One range for what stands side by side, so that it is set together.
+    // Adjacent clusters share a range, so that they are shaped together.
     auto& formats = to.formats;
     QStringList const families = QStringList(family) + m_font.families();
     if (!formats.isEmpty() && formats.back().start + formats.back().length == to.text.size() &&
@@ -222,15 +219,15 @@ void FontChoice::addIn(QString const& family, QString const& text, Choice& to) c
     to.text += text;
 }
 
-/// The selectors that make them emoji have done their work then; fonts don't have them, and
-/// sequences would be torn where one is looked for elsewhere.
+/// Removes the emoji selectors, which are redundant once the family is fixed: the font lacks them,
+/// and Qt would split sequences to look for them elsewhere.
 void FontChoice::addEmoji(QString const& emoji, Choice& to) const
 {
     QString shown = emoji;
     shown.remove(colorSelector);
     QTextCharFormat format;
     format.setFontFamilies(QStringList(emojiFamily()) + m_font.families());
-    // Pictures can't be made bolder; the font engine would leave them out.
+    // The font engine draws nothing when asked to embolden or slant bitmap glyphs.
     format.setFontWeight(QFont::Normal);
     format.setFontItalic(false);
     to.formats.append({int(to.text.size()), int(shown.size()), format});

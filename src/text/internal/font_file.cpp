@@ -17,7 +17,7 @@ std::uint32_t number(std::string_view bytes, std::size_t at, int length = 4)
     return value;
 }
 
-/// The sum of a table's numbers, the last one filled up with zeros.
+/// The sum of a table's 32-bit numbers, padded with zeros (OpenType, "Calculating checksums").
 std::uint32_t checksum(std::string_view table)
 {
     std::uint32_t sum = 0;
@@ -29,7 +29,7 @@ std::uint32_t checksum(std::string_view table)
     return sum + number(last, 0);
 }
 
-/// Empty when it can't be read.
+/// Empty if it can't be read.
 std::string contentOf(std::filesystem::path const& file)
 {
     std::error_code unreadable;
@@ -68,7 +68,7 @@ bool isWholeFontFile(std::filesystem::path const& file)
             return false;
         std::string_view const table = bytes.substr(offset, length);
         std::uint32_t sum = checksum(table);
-        // The table that holds the whole file's sum is summed up without that.
+        // "head" contains the checksum of the whole file, which its own doesn't include.
         if (bytes.substr(entry, 4) == "head" && length >= headerSize)
             sum -= number(table, 8);
         if (sum != number(bytes, entry + 4))

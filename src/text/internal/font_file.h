@@ -4,8 +4,8 @@
 
 namespace framewright {
 
-/// Whether a TrueType or OpenType file is whole: every table lies inside it and has the checksum
-/// that the file gives for it. What reads fonts takes damage for odd letters, or for none.
+/// Whether a TrueType or OpenType file is intact: every table is within the file and matches its
+/// checksum. Font engines don't check this and draw wrong letters, or none, from damaged files.
 bool isWholeFontFile(std::filesystem::path const& file);
 
 } // namespace framewright

@@ -8,7 +8,7 @@ namespace framewright {
 
 namespace {
 
-/// Empty when the pattern doesn't say.
+/// Empty if the pattern has no such property.
 char const* text(FcPattern const* pattern, char const* what)
 {
     FcChar8* value = nullptr;
@@ -41,7 +41,7 @@ void forEachFont(FcSetName set, Take const& take)
     FcFontSet const* const fonts = FcConfigGetFonts(nullptr, set);
     for (int i = 0; fonts && i < fonts->nfont; ++i) {
         FcPattern const* const pattern = fonts->fonts[i];
-        // The axes of a variable font have no name of their own; its instances are listed too.
+        // Skip the variable font itself; its named instances are listed as well.
         FcBool isVariable = FcFalse;
         FcPatternGetBool(pattern, FC_VARIABLE, 0, &isVariable);
         if (!isVariable && *text(pattern, FC_FAMILY))

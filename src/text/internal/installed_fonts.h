@@ -16,19 +16,19 @@ struct FontFace {
     bool isSlanted = false;
     bool hasNormalWidth = true; ///< Neither condensed nor expanded.
 
-    /// "Nunito Sans Medium", and the family alone for its regular font.
+    /// "Nunito Sans Medium"; the family alone for its regular face.
     std::string fullName() const;
 };
 
-/// The fonts that fontconfig knows.
+/// The fonts known to fontconfig.
 struct InstalledFonts {
-    std::map<std::string, FontFace> byPostScriptName; ///< Those of the system.
-    std::map<std::string, FontFace> byFile;           ///< Those this process has registered.
+    std::map<std::string, FontFace> byPostScriptName; ///< The system's.
+    std::map<std::string, FontFace> byFile;           ///< Those registered by this process.
 
     static InstalledFonts read();
 };
 
-/// Whether a font that fontconfig knows has this letter. Any thread, once fonts were read.
+/// Whether any font known to fontconfig has this letter. Any thread, once fonts have been read.
 bool isInAnyFont(char32_t letter);
 
 } // namespace framewright

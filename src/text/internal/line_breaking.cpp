@@ -7,7 +7,7 @@ namespace framewright {
 
 namespace {
 
-/// Widths are sums of rounded parts.
+/// For rounding errors in sums of widths.
 constexpr double tolerance = 1e-6;
 
 std::size_t fewestLines(std::span<WordPiece const> pieces, double maxWidth)
@@ -26,7 +26,7 @@ std::size_t fewestLines(std::span<WordPiece const> pieces, double maxWidth)
     return lines;
 }
 
-/// The best way to set the pieces up to one of them.
+/// The best way to break the pieces up to a given one.
 struct Best {
     std::size_t lines = std::numeric_limits<std::size_t>::max();
     double cost = 0;
@@ -48,7 +48,7 @@ std::vector<std::size_t> balancedLines(std::span<WordPiece const> pieces, double
     for (WordPiece const& piece : pieces)
         total += piece.width + piece.space;
     double const ideal = total / double(fewestLines(pieces, maxWidth));
-    // Worse than any raggedness that one line can have.
+    // A lone last piece costs more than any deviation of one line.
     double const loneliness = 4 * std::max(maxWidth, ideal) * std::max(maxWidth, ideal);
 
     std::vector<Best> best(pieces.size() + 1);

@@ -6,17 +6,21 @@
 
 namespace framewright {
 
-/// A piece of a paragraph that stays on one line.
+/// A part of a paragraph that is never broken.
 struct WordPiece {
     double width = 0; ///< Without the space that follows.
-    double space = 0; ///< What follows when the next piece stands on the same line.
+    double space = 0; ///< Between it and the next piece on the same line.
 };
 
-/// How many pieces each line holds, in order.
+/// The number of pieces on each line.
 ///
-/// No line is wider than `maxWidth`, but for a piece that is wider alone. There are as few lines as
-/// possible, they are about equally long, and the last one is no single piece where that can be
-/// had. No pieces make no lines.
+/// No line exceeds `maxWidth`, except for a single piece that does. There are as few lines as
+/// possible, of similar length, and the last one has more than one piece if possible: captions that
+/// are filled greedily end in a lone word. No pieces give no lines.
+///
+/// Minimizes the sum of squared deviations from the mean length by dynamic programming over the
+/// break positions, the method of Knuth and Plass ("Breaking paragraphs into lines", 1981) without
+/// stretching.
 std::vector<std::size_t> balancedLines(std::span<WordPiece const> pieces, double maxWidth);
 
 } // namespace framewright

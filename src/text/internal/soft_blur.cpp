@@ -9,19 +9,18 @@ namespace {
 
 constexpr int passes = 3;
 
-/// A mean over 2 * radius + 1 samples and a part of those beside them, so that any deviation can be
-/// met.
+/// A box of 2 * radius + 1 samples, plus a fraction of the two beside it.
 struct Mean {
     int radius = 0;
-    float edge = 0;  ///< What the samples beside them count.
-    float scale = 1; ///< One over all weights.
+    float edge = 0;  ///< The weight of the two beside it.
+    float scale = 1; ///< One over the sum of weights.
 
     explicit Mean(double sigma)
     {
         double const variance = sigma * sigma / passes;
         radius = int((std::sqrt(12 * variance + 1) - 1) / 2);
         double const count = 2.0 * radius + 1, next = radius + 1.0;
-        double const inner = radius * next * count / 3; // The squares of the distances.
+        double const inner = radius * next * count / 3; // The sum of squared distances.
         double const part = (variance * count - inner) / (2 * (next * next - variance));
         edge = float(std::clamp(part, 0.0, 1.0));
         scale = float(1 / (count + 2 * std::clamp(part, 0.0, 1.0)));
@@ -31,7 +30,7 @@ struct Mean {
 void blurRow(float const* from, float* to, int width, Mean const& mean)
 {
     auto const at = [&](int x) { return x >= 0 && x < width ? from[x] : 0.0F; };
-    double sum = 0; // Running sums of floats drift.
+    double sum = 0; // In float it would drift.
     for (int x = -mean.radius; x < mean.radius; ++x)
         sum += at(x);
     for (int x = 0; x < width; ++x) {
@@ -44,7 +43,6 @@ void blurRow(float const* from, float* to, int width, Mean const& mean)
 
 void blurColumns(Coverage const& from, Coverage& to, Mean const& mean)
 {
-    static_assert(sizeof(double) == 8);
     auto const width = std::size_t(from.width);
     std::vector<double> sums(width);
     std::vector<float> const nothing(width);

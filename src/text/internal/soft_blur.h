@@ -4,7 +4,7 @@
 
 namespace framewright {
 
-/// How visible something is, sample by sample, from 0 to 1.
+/// A mask: how much of each pixel is covered, from 0 to 1.
 struct Coverage {
     int width = 0;
     int height = 0;
@@ -14,12 +14,16 @@ struct Coverage {
     float const* row(int y) const { return samples.data() + std::size_t(y) * std::size_t(width); }
 };
 
-/// Blurs by three running means one after the other, which is a Gauss curve to the eye. `sigma` is
-/// its deviation in samples; 0 changes nothing. Outside there is nothing. The cost doesn't depend
-/// on `sigma`.
+/// An approximate Gaussian blur with standard deviation `sigma` in samples; 0 changes nothing.
+/// Samples outside count as 0.
+///
+/// Three box blurs in sequence approximate a Gaussian to within what the eye can see (central limit
+/// theorem), at a cost independent of `sigma`. Boxes of whole samples allow only certain
+/// deviations, so theirs have fractional edges, which allow any (Gwosdek et al., "Theoretical
+/// foundations of Gaussian convolution by extended box filtering", 2011).
 void blur(Coverage& coverage, double sigma);
 
-/// How far outwards a blur is seen, in samples.
+/// How far a blur extends, in samples.
 int blurReach(double sigma);
 
 } // namespace framewright

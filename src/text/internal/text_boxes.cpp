@@ -8,7 +8,8 @@ namespace framewright {
 
 namespace {
 
-/// How much of its radius a rounded corner's control points lie away from the corner.
+/// The distance from a corner to the Bézier control points of its rounding, relative to the radius:
+/// 1 - 4/3 (√2 - 1), the usual approximation of a quarter circle.
 constexpr double roundness = 1 - 0.5522847498;
 
 double length(QPointF const& vector)
@@ -16,14 +17,14 @@ double length(QPointF const& vector)
     return std::hypot(vector.x(), vector.y());
 }
 
-/// Whether rows belong to one shape. A slit between them would look like a mistake.
+/// Whether rows belong to one shape: a narrow slit between them would look like a mistake.
 bool areNeighbors(QRectF const& upper, QRectF const& lower)
 {
     return lower.top() - upper.bottom() < std::min(upper.height(), lower.height()) / 3;
 }
 
-/// Gives rows that differ little from their neighbours the same edges.
-void straighten(std::span<QRectF> rows, double minStep)
+/// Aligns the edges of neighbouring rows that differ by less than `minStep`.
+void alignEdges(std::span<QRectF> rows, double minStep)
 {
     bool isChanged = true;
     while (isChanged) {
@@ -47,10 +48,9 @@ void straighten(std::span<QRectF> rows, double minStep)
     }
 }
 
-/// Where rows overlap, the wider one keeps its height; where they leave a slit, the narrower one
-/// fills it. One with too little left of it to be rounded
-/// becomes as wide as its neighbours.
-void share(std::span<QRectF> rows, double minHeight)
+/// Makes rows adjoin: where they overlap, the wider one keeps its height, and the narrower one
+/// fills any slit. A row too low to be rounded then takes the width of its narrower neighbour.
+void adjoin(std::span<QRectF> rows, double minHeight)
 {
     for (std::size_t n = 1; n < rows.size(); ++n) {
         QRectF& upper = rows[n - 1];
@@ -72,7 +72,7 @@ void share(std::span<QRectF> rows, double minHeight)
     }
 }
 
-/// The corners, clockwise from the top left.
+/// The corners of the union, clockwise.
 std::vector<QPointF> cornersOf(std::span<QRectF const> rows)
 {
     std::vector<QPointF> corners;
@@ -88,7 +88,7 @@ std::vector<QPointF> cornersOf(std::span<QRectF const> rows)
         add(rows[n].bottomLeft());
         add(rows[n].topLeft());
     }
-    // Those on a straight edge would halve the radius of their neighbours.
+    // Points on straight edges would limit the radius of their neighbours.
     std::vector<QPointF> kept;
     for (std::size_t n = 0; n < corners.size(); ++n) {
         QPointF const& before = corners[(n + corners.size() - 1) % corners.size()];
@@ -132,8 +132,8 @@ QPainterPath boxAround(std::vector<QRectF> rows, double cornerRadius)
             ++to;
         std::span<QRectF> const group(rows.data() + from, to - from);
         double const lineHeight = group.front().height();
-        straighten(group, std::max(1.2 * cornerRadius, 0.15 * lineHeight));
-        share(group, cornerRadius);
+        alignEdges(group, std::max(1.2 * cornerRadius, 0.15 * lineHeight));
+        adjoin(group, cornerRadius);
         addRounded(cornersOf(group), cornerRadius, path);
     }
     return path;

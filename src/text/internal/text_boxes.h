@@ -7,9 +7,9 @@
 
 namespace framewright {
 
-/// One shape around rows that lie under each other: it hugs each of them, its corners are rounded
-/// outwards and inwards, and rows about as wide as their neighbour are made just as wide, so that
-/// there are no steps too small to be rounded. Rows that lie further apart get shapes of their own.
+/// The outline of a text's box: the union of its rows, from top to bottom, with convex and concave
+/// corners rounded. Rows of nearly the same width are made equal, since steps smaller than the
+/// radius could not be rounded. Rows with a gap between them get separate shapes.
 QPainterPath boxAround(std::vector<QRectF> rows, double cornerRadius);
 
 } // namespace framewright

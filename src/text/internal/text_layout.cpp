@@ -15,21 +15,21 @@ namespace framewright {
 
 namespace {
 
-/// Pixels of an em while lines are set. It doesn't depend on the size that is drawn, so neither do
-/// the breaks. At this size the usual pictures of emoji are as large as they are stored.
+/// The em size at which lines are shaped; see `layOut`. At this one the emoji font's bitmaps have
+/// their stored size.
 constexpr int emPixels = 109;
 
 constexpr double minLineHeight = 1.12, maxLineHeight = 1.35; ///< In ems, between baselines.
-constexpr double minInkGap = 0.04; ///< In ems, between the letters of two lines.
+constexpr double minInkGap = 0.04; ///< In ems, between the ink of two lines.
 
-/// One line as the text engine sets it; the places of its glyphs begin at (0, 0) on the baseline.
+/// A line as shaped by the text engine, starting at (0, 0) on the baseline.
 struct ShapedLine {
     std::vector<PlacedGlyphs> glyphs;
     double width = 0;
     QRectF ink;
 };
 
-/// Whether letters are joined or built up in ways that spacing would tear apart.
+/// Whether letters are joined, so that letter spacing would break them apart.
 bool isJoinedScript(QString const& text)
 {
     return std::ranges::any_of(text, [](QChar c) {
@@ -48,8 +48,8 @@ bool isJoinedScript(QString const& text)
     });
 }
 
-/// Whether a font's glyphs are pictures. Asking one of those for a contour leaves it without sizes
-/// for the rest of its life.
+/// Whether a font has bitmap glyphs. Asking such a font for a contour would permanently corrupt the
+/// sizes the engine reports for it.
 bool isColored(QRawFont const& font)
 {
     return !font.fontTable("CBLC").isEmpty() || !font.fontTable("sbix").isEmpty();
@@ -73,10 +73,10 @@ QFont sized(QFont font)
     return font;
 }
 
-/// Sets pieces of text in one font.
+/// Shapes lines of text in one font and its fallbacks.
 class LineShaper {
 public:
-    /// `text` is all that will be set.
+    /// `text` is the whole text, of which parts will be shaped.
     LineShaper(CaptionStyle const& style, QString const& text, FontRegistry const& fonts)
         : m_font(sized(fonts.find(style.fontName).font)),
           m_choice(m_font, text),
@@ -86,7 +86,7 @@ public:
 
     QFont const& font() const { return m_font; }
 
-    /// What is added after each letter of a text.
+    /// The letter spacing used for a text.
     double spacingIn(QString const& text) const { return isJoinedScript(text) ? 0 : m_spacing; }
 
     ShapedLine set(QString const& text, Qt::LayoutDirection direction) const
@@ -115,17 +115,17 @@ public:
             return made;
         for (QGlyphRun const& run : layout.glyphRuns())
             add(run, made);
-        // Spacing follows each letter, also the last one.
+        // The engine adds spacing after the last letter too.
         made.width = std::max(0.0, line.naturalTextWidth() - spacing);
         if (spacing < 0)
-            straighten(made);
+            moveToOrigin(made);
         return made;
     }
 
 private:
-    /// Where letters are drawn so tightly that they run backwards, the line lies left of where it
-    /// begins.
-    static void straighten(ShapedLine& line)
+    /// With spacing so negative that letters run backwards, a line extends to the left of its
+    /// origin. Moves it right and corrects its width.
+    static void moveToOrigin(ShapedLine& line)
     {
         double left = 0, right = 0;
         for (PlacedGlyphs const& glyphs : line.glyphs) {
@@ -170,11 +170,11 @@ private:
     double m_spacing;
 };
 
-/// What a font's lines look like, in ems.
+/// Vertical metrics, in ems.
 struct LineMetrics {
     double height;  ///< Between baselines.
     double capital; ///< The height of capitals.
-    double below;   ///< How far usual letters reach below the baseline.
+    double below;   ///< The descent of Latin letters.
 };
 
 LineMetrics lineMetrics(QFont const& font, bool isUppercase)
@@ -197,11 +197,11 @@ bool isSpace(QChar c)
     return c.isSpace() && c != QChar::Nbsp;
 }
 
-/// The text as it is drawn: newlines of one kind, no characters that control devices, in capitals
-/// where the style says so.
+/// The text as drawn: line breaks as "\n", without control characters, in capitals if the style
+/// asks for them.
 QString drawnText(std::string const& utf8, bool isUppercase)
 {
-    // No more bytes than could be drawn: a character has at most four.
+    // Don't decode more than is drawn: a character takes at most four bytes.
     QString text = QString::fromUtf8(
         utf8.data(), qsizetype(std::min(utf8.size(), std::size_t(maxCharacters) * 4)));
     text.truncate(maxCharacters);
@@ -216,14 +216,14 @@ QString drawnText(std::string const& utf8, bool isUppercase)
     return isUppercase ? capitals(text) : text;
 }
 
-/// A piece of a paragraph, and where it stands there.
+/// A part of a paragraph that stays on one line.
 struct Piece {
     qsizetype start;
     qsizetype end; ///< Without the spaces that follow.
     WordPiece measure;
 };
 
-/// Cuts a paragraph where lines may break, and what is too long for a line anywhere.
+/// Splits a paragraph where lines may break, and words too long for a line between any clusters.
 class Pieces {
 public:
     Pieces(QString const& paragraph, LineShaper const& setter, Qt::LayoutDirection direction,
@@ -256,7 +256,7 @@ private:
             addParts(start, end, space, maxWidth);
     }
 
-    /// Parts that are about equally long.
+    /// Splits a word into parts of similar length.
     void addParts(qsizetype start, qsizetype end, double space, double maxWidth)
     {
         QString const word = m_paragraph.mid(start, end - start);
@@ -287,7 +287,7 @@ private:
         auto const known = m_widths.constFind(text);
         if (known != m_widths.constEnd())
             return *known;
-        // Spacing between this piece and its neighbour, which a piece alone doesn't show.
+        // Includes the letter spacing to the next piece.
         double const width =
             std::max(0.0, m_setter.set(text, m_direction).width + m_setter.spacingIn(text));
         return *m_widths.insert(text, width);
@@ -325,7 +325,7 @@ bool isBlank(ShapedLine const& line)
     return line.glyphs.empty();
 }
 
-/// Puts the lines under each other.
+/// Stacks the lines, far enough apart that their ink doesn't touch.
 TextLayout stacked(std::vector<ShapedLine> set, LineMetrics const& shape, double unit)
 {
     TextLayout layout;

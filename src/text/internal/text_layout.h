@@ -12,45 +12,52 @@
 
 namespace framewright {
 
-/// Glyphs of one font, in the layout's units, which `TextLayout::unit` turns into points.
+/// Glyphs of one font, in the layout's units: multiply by `TextLayout::unit` for points.
 struct PlacedGlyphs {
-    QGlyphRun run; ///< Its own bounding rectangle may be that of another place.
+    QGlyphRun run; ///< Its boundingRect() is not updated when positions change; use `ink`.
     QRectF ink;
-    /// Whether they are pictures in colour, which have no contours.
-    bool isColored = false;
+    bool isColored = false; ///< Bitmap glyphs, which have no contours.
 };
 
-/// One line. Lengths are in points; (0, 0) is the middle of the block's upper edge.
+/// A line, in points, with (0, 0) at the middle of the block's upper edge.
 struct TextLine {
     double baseline = 0;
-    double width = 0;        ///< Of what it says, without spaces at its ends. It is centred on 0.
-    double letterTop = 0;    ///< The line's part of the block, as high for every line without
-    double letterBottom = 0; ///< letters that reach out of it: capitals stand in its middle.
-    QRectF ink;              ///< What is drawn; empty when it says nothing.
+    double width = 0;        ///< The advance width without spaces at the ends, centred on 0.
+    double letterTop = 0;    ///< The line's part of the block: capitals plus an equal margin above
+    double letterBottom = 0; ///< and below, whatever letters it has, so lines are equally high.
+    QRectF ink;              ///< The bounds of what is drawn; empty for a blank line.
     std::vector<PlacedGlyphs> glyphs;
 
     bool isBlank() const { return glyphs.empty(); }
 };
 
-/// A text broken into lines and set in its font.
+/// A text broken into lines and shaped.
 struct TextLayout {
     std::vector<TextLine> lines;
     double height = 0; ///< In points.
-    double unit = 1;   ///< How many points a unit of the glyphs' places and contours is.
+    double unit = 1;   ///< Points per unit of glyph positions and contours.
 
-    /// The contours of a line's letters in points, to be filled by the winding rule. Letters that
-    /// are pictures have none.
+    /// The contours of a line's letters in points, to be filled by the winding rule. Bitmap glyphs
+    /// have none.
     QPainterPath contours(TextLine const& line) const;
 };
 
-/// The most characters of a text that are drawn. More don't fit any picture: at eight points, the
-/// smallest size there is, a canvas of 9:16 holds about as many.
+/// The rest of a longer text is not drawn. About as many fit a 9:16 canvas at eight points, the
+/// smallest size.
 inline constexpr int maxCharacters = 40'000;
 
-/// Sets a text in the style's font, in lines of at most `maxWidth` points.
+/// Lays out a text in the style's font, in lines of at most `maxWidth` points.
 ///
-/// Lines are balanced; they break where the script allows it, a word that is too long anywhere
-/// between two characters. Newlines break always. Blank lines at either end are dropped.
+/// Lines are balanced. They break where the script allows (Unicode Standard Annex 14), words that
+/// are too long between any two grapheme clusters, and always at newlines. Blank lines at either
+/// end are dropped.
+///
+/// Shaping is always done at one em size and scaled by `unit`. Advances rounded or hinted at the
+/// size being drawn would let the same text break differently on a thumbnail and in the export.
+///
+/// Baselines are a fixed distance apart for each font, clamped so that fonts with extreme metrics
+/// still look like captions. Where the ink of two lines would touch, as with a script font's
+/// descenders above accented capitals, the lower one moves down until there is a gap.
 TextLayout layOut(std::string const& text, CaptionStyle const& style, double maxWidth,
                   FontRegistry const& fonts);
 

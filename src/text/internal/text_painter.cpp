@@ -16,17 +16,17 @@ namespace framewright {
 
 namespace {
 
-constexpr double pointsAcross = 1080; ///< Of the canvas, whatever its width.
-constexpr double edgeFraction = 0.03; ///< What stays free at the canvas's edges, of its width.
+constexpr double pointsAcross = 1080; ///< The width of any canvas in points.
+constexpr double edgeFraction = 0.03; ///< The margin at the canvas's edges, relative to its width.
 constexpr double maxScale = 50, minScale = 0.01;
-constexpr double farAway = 1e6; ///< Pixels; beyond that numbers lose their fractions.
+constexpr double farAway = 1e6; ///< In pixels; fractions get lost beyond.
 
 double finite(double value, double fallback, double least, double most)
 {
     return std::isfinite(value) ? std::clamp(value, least, most) : fallback;
 }
 
-/// The style with everything that isn't drawn switched off.
+/// The style, normalized and with invisible parts switched off.
 CaptionStyle drawnStyle(CaptionStyle const& style)
 {
     CaptionStyle drawn = normalized(style).style;
@@ -37,7 +37,7 @@ CaptionStyle drawnStyle(CaptionStyle const& style)
     return drawn;
 }
 
-/// The widest line, so that box and outline stay on the canvas too unless they leave no room.
+/// The maximal line width, leaving room for box and outline on the canvas if possible.
 double widestLine(CaptionStyle const& style, double scale)
 {
     double const asked = style.maxWidthFraction * pointsAcross / scale;
@@ -50,7 +50,7 @@ QRectF boxOf(TextLine const& line, double padding)
 {
     double const half = line.width / 2;
     double const left = std::min(-half, line.ink.left()), right = std::max(half, line.ink.right());
-    // Accents of capitals may reach into the padding.
+    // Accents on capitals may extend into the padding.
     double const reach = padding / 2;
     double const top = std::min(line.letterTop, line.ink.top() + reach);
     double const bottom = std::max(line.letterBottom, line.ink.bottom() - reach);
@@ -58,13 +58,13 @@ QRectF boxOf(TextLine const& line, double padding)
         .adjusted(-padding, -padding, padding, padding);
 }
 
-/// How far a shadow falls, in points. Blurred, it also spreads.
+/// The shadow's vertical offset in points.
 double shadowDrop(CaptionStyle const& style)
 {
     return 2 + style.shadowRadius / 4;
 }
 
-/// A text laid out and put in its place.
+/// A text laid out and positioned on the canvas.
 class PlacedText {
 public:
     PlacedText(TextBlock const& block, FontRegistry const& fonts)
@@ -88,7 +88,7 @@ public:
     /// From points to pixels of the canvas.
     QTransform transform() const { return QTransform(unit, 0, 0, unit, origin.x(), origin.y()); }
 
-    /// What a line draws but for its shadow, in points.
+    /// The bounds of a line with its outline and box, without its shadow, in points.
     QRectF reachOf(TextLine const& line) const
     {
         double const outline = style.outlineEnabled ? style.strokeWidth : 0;
@@ -96,10 +96,10 @@ public:
         return style.backgroundEnabled ? reach | boxOf(line, style.padding) : reach;
     }
 
-    /// Of the shadow's blur, in pixels.
+    /// The standard deviation of the shadow's blur, in pixels.
     double shadowSigma() const { return style.shadowRadius / 2 * unit; }
 
-    /// The pixels of the canvas that are drawn on.
+    /// The pixels of the canvas that the text may cover.
     QRect visible(PixelSize canvas) const
     {
         if (drawn.isEmpty())
@@ -112,12 +112,12 @@ public:
     }
 
     CaptionStyle style;
-    double unit; ///< Pixels of a point.
+    double unit; ///< Pixels per point.
     TextLayout layout;
-    std::vector<QRectF> rows; ///< Of the box, in points.
-    QRectF drawn;             ///< All but the shadow, in points.
-    double shadowReach = 0;   ///< In points.
-    QPointF origin;           ///< Where (0, 0) of the layout lies, in pixels.
+    std::vector<QRectF> rows; ///< The box's rows, in points.
+    QRectF drawn;             ///< The bounds without the shadow, in points.
+    double shadowReach = 0;   ///< How far the shadow extends beyond, in points.
+    QPointF origin;           ///< The position of the layout's (0, 0), in pixels.
 
 private:
     void place(TextBlock const& block)
@@ -146,7 +146,7 @@ private:
     }
 };
 
-/// A colour, not premultiplied, with parts from 0 to 1.
+/// A colour, not premultiplied, with components from 0 to 1.
 struct Paint {
     float red, green, blue, alpha;
 
@@ -159,11 +159,11 @@ struct Paint {
     }
 };
 
-/// A premultiplied pixel, with parts from 0 to 1.
+/// A premultiplied pixel, with components from 0 to 1.
 struct Pixel {
     float red = 0, green = 0, blue = 0, alpha = 0;
 
-    /// Puts paint on this much of it, in place of what is there.
+    /// Replaces this much of the pixel with paint.
     void replace(Paint const& paint, float coverage)
     {
         float const rest = 1 - coverage, part = coverage * paint.alpha;
@@ -183,12 +183,12 @@ struct Pixel {
     }
 };
 
-/// Draws the parts of a text, each on its own, into a part of the canvas.
+/// Draws the parts of a text as separate masks of a region of the canvas.
 class Masks {
 public:
     Masks(PlacedText const& text, QRect const& area) : m_text(text), m_area(area) {}
 
-    /// Letters, and outlined ones, on as many lines as are seen.
+    /// The letters, and the letters with their outline, of visible lines.
     void drawLetters()
     {
         QPainterPath filledLetters, outlined;
@@ -231,7 +231,7 @@ public:
             box = filled(toArea().map(boxAround(m_text.rows, m_text.style.cornerRadius)));
     }
 
-    /// After the others.
+    /// Call it last: it needs the other masks.
     void drawShadow()
     {
         if (!m_text.style.shadowEnabled)
@@ -249,7 +249,6 @@ public:
         blur(*shadow, m_text.shadowSigma());
     }
 
-    /// At full opacity.
     Pixel emojiPixel(int x, int y) const
     {
         QRgb const color = reinterpret_cast<QRgb const*>(emoji->constScanLine(y))[x];
@@ -258,7 +257,7 @@ public:
     }
 
     Coverage letters;
-    std::optional<Coverage> outline; ///< The letters with it.
+    std::optional<Coverage> outline; ///< Includes the letters.
     std::optional<Coverage> box;
     std::optional<Coverage> shadow;
     std::optional<QImage> emoji; ///< Premultiplied.
@@ -295,8 +294,8 @@ private:
         return made;
     }
 
-    /// The font engine draws these pictures well in one size only, that of the layout; so they are
-    /// drawn there and scaled as pictures are.
+    /// The font engine scales bitmap glyphs badly, so they are drawn at the layout's size, which is
+    /// their own, and scaled as an image.
     void drawEmoji(PlacedGlyphs const& glyphs)
     {
         if (!emoji) {
@@ -331,7 +330,7 @@ private:
     QRect m_area;
 };
 
-/// Lays the parts over each other.
+/// Composites the masks.
 class Blending {
 public:
     Blending(CaptionStyle const& style, Masks const& masks)

@@ -6,18 +6,23 @@
 
 namespace framewright {
 
-/// Draws a text: what of it lies on the canvas, so the cost is bounded by the canvas and not by
-/// the text. Any thread may call; equal blocks give equal images. There must be a QGuiApplication.
+/// Draws the part of a text that is on the canvas; the cost is bounded by the canvas, not the text.
+/// Any thread may call; equal blocks give equal images. Needs a QGuiApplication.
 ///
-/// From below: the box hugs the lines, padded. Without a box the letters cast the shadow, with one
-/// the box does, outwards. The outline lies outside the letters, `strokeWidth` wide. Then the
-/// letters, which are drawn in place of what is beneath them and not over it, so that letters one
-/// can see through show the box or the picture and never their own outline. Emoji are drawn in
-/// their own colours, without an outline.
+/// From bottom to top:
+/// - The shadow, cast by the box if there is one, else by the letters and their outline.
+/// - The box, which follows the lines with padding.
+/// - The outline, `strokeWidth` wide and entirely outside the letters. Painting a stroke centred on
+///   the contour over the letters would thin them, so it is filled first, at twice the width.
+/// - The letters. They replace what is beneath instead of blending with it: translucent letters
+///   show the box or the footage, never their own outline or shadow.
+/// - Emoji, in their own colours and without an outline.
 ///
-/// Places are rounded to half pixels. Nothing is made smaller to fit: what is larger than the
-/// canvas is cut by it. Values of the style that can't be drawn are taken as `normalized` takes
-/// them.
+/// Parts are drawn as coverage masks, which the shadow's blur needs, and composited pixel by pixel
+/// in floating point.
+///
+/// Positions are rounded to half pixels. Nothing is shrunk to fit the canvas. Invalid values in the
+/// style are replaced as by `normalized`.
 PlacedImage paintText(TextBlock const& block, FontRegistry const& fonts);
 
 } // namespace framewright
