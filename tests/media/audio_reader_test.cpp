@@ -20,10 +20,10 @@ namespace {
 
 constexpr double length = 5;
 
-/// Its decoder fills in noise, other noise each time.
+/// The decoder substitutes noise, which differs each time.
 constexpr double aacTolerance = 1e-3;
 
-/// A rising tone: no two of its moments are alike, so any shift shows.
+/// A rising tone: no two moments are alike, so any shift shows.
 double toneAt(double seconds)
 {
     if (seconds < 0 || seconds >= length)
@@ -31,7 +31,7 @@ double toneAt(double seconds)
     return 0.5 * std::sin(2 * std::numbers::pi * (150 * seconds + 250 * seconds * seconds));
 }
 
-/// The tone as ffmpeg input: left as it is, right inverted.
+/// The tone as ffmpeg input, inverted in the right channel.
 Arguments toneInput(int rate, int channels = 2)
 {
     fs::path const file =
@@ -65,8 +65,8 @@ std::vector<float> readInOrder(fs::path const& file, int samples)
     return all;
 }
 
-/// How far the sound is from the tone at `at`, in the mean over a moment. A shift by a single
-/// sample gives 0.03 in the first second and more later on.
+/// The RMS error against the tone around `at`. A shift by a single sample gives 0.03 in the first
+/// second and more later.
 double errorAt(std::vector<float> const& audio, double at, double begin)
 {
     constexpr int window = 4000;
@@ -82,8 +82,8 @@ struct EncodedTone {
     char const* name;
     int rate;
     Arguments encoding;
-    double tolerance = 1e-6; ///< Of a jump against reading in order.
-    int delay = 0;           ///< Of the encoder, in its samples, where the file does not tell it.
+    double tolerance = 1e-6; ///< After a seek, against reading in order.
+    int delay = 0;           ///< The encoder's, in samples, if the file doesn't declare it.
 };
 
 std::vector<EncodedTone> const& encodedTones()
@@ -103,7 +103,7 @@ std::vector<EncodedTone> const& encodedTones()
         {"22 aac.mp4", 22050, {"-c:a", "aac"}, aacTolerance},
         {"48 aac.mkv", 48000, {"-c:a", "aac"}, aacTolerance, 1024},
         {"44 aac.mkv", 44100, {"-c:a", "aac"}, aacTolerance, 1024},
-        // The clocks of telephones: stamps go to and fro, or all but the first come late.
+        // Clocks of phones: timestamps jitter, or all but the first are late.
         {"48 jitter.mp4",
          48000,
          {"-c:a", "aac", "-bsf:a", "setts=ts=TS+mod(N\\,2)*620"},
@@ -115,7 +115,7 @@ std::vector<EncodedTone> const& encodedTones()
          667},
         {"44 mp3.mp3", 44100, {"-c:a", "libmp3lame", "-b:a", "160k"}},
         {"44 mp3.mp4", 44100, {"-c:a", "libmp3lame"}},
-        // Its predictors are never quite in the same state again.
+        // The decoder's prediction never reaches quite the same state after a seek.
         {"48 opus.ogg", 48000, {"-c:a", "libopus", "-b:a", "128k"}, 2e-3},
         {"48 opus.webm", 48000, {"-c:a", "libopus", "-b:a", "128k"}, 2e-3},
         {"44 vorbis.ogg", 44100, {"-c:a", "libvorbis"}},
@@ -145,9 +145,9 @@ TEST(AudioReader, EverySampleIsAtItsPosition)
         auto const at = [&](double seconds) {
             return std::size_t(seconds * AudioReader::sampleRate) * 2;
         };
-        EXPECT_NEAR(read[at(2) + 1], -read[at(2)], 0.02) << "left and right keep their sides";
+        EXPECT_NEAR(read[at(2) + 1], -read[at(2)], 0.02) << "channels are not swapped";
         for (std::size_t i = at(length + 0.1); i < read.size(); ++i)
-            ASSERT_EQ(read[i], 0.0F) << "behind the end";
+            ASSERT_EQ(read[i], 0.0F) << "after the end";
     }
 }
 
@@ -156,7 +156,7 @@ TEST(AudioReader, SeekingGivesTheSameSamplesAsReadingOn)
     for (EncodedTone const& audio : encodedTones()) {
         SCOPED_TRACE(audio.name);
         if (std::string(audio.name).ends_with("vorbis.webm"))
-            continue; // Blocks of varying length, stamped in milliseconds.
+            continue; // Blocks of varying length with timestamps in milliseconds.
         auto const inOrder = readInOrder(made(audio), 6 * AudioReader::sampleRate);
         AudioReader reader(made(audio));
         std::mt19937 random(5);
@@ -191,13 +191,13 @@ TEST(AudioReader, ChannelsAreMixedToStereo)
     EXPECT_FLOAT_EQ(mono.first, mono.second);
 
     auto const surround = levels(madeWith("surround.wav", center + Arguments{"-c:a", "pcm_f32le"}));
-    EXPECT_NEAR(surround.first, 0.5 * std::sqrt(0.5), 0.002) << "the middle on both sides";
+    EXPECT_NEAR(surround.first, 0.5 * std::sqrt(0.5), 0.002) << "the centre on both sides";
     EXPECT_FLOAT_EQ(surround.first, surround.second);
 }
 
 TEST(AudioReader, HonoursTheStartTimeAndReadsTheDefaultTrack)
 {
-    // The first track is silence; the tone is the default one and starts late.
+    // The first track is silent; the default one has the tone and starts late.
     fs::path const file =
         madeWith("late tone.mp4",
                  Arguments{"-f", "lavfi", "-i", "anullsrc=d=6:r=48000", "-itsoffset", "0.75"} +
@@ -207,7 +207,7 @@ TEST(AudioReader, HonoursTheStartTimeAndReadsTheDefaultTrack)
     auto const audio = readInOrder(file, 7 * AudioReader::sampleRate);
     for (std::size_t i = 0; i < 34000 * 2; ++i)
         ASSERT_NEAR(audio[i], 0, 0.001);
-    // The edit list counts in milliseconds, and here from where the encoder's delay begins.
+    // The edit list is in milliseconds and includes the encoder delay here.
     double const begin = 0.728 + 1024.0 / 48000;
     for (double const at : {0.76, 3.0, 5.5})
         EXPECT_LT(errorAt(audio, at, begin), 0.02) << at;
@@ -221,22 +221,22 @@ TEST(AudioReader, ReportsWhereAudioIsDamaged)
 {
     fs::path const movie = madeWith(
         "whole.mp4", toneInput(48000) + Arguments{"-c:a", "aac", "-movflags", "+faststart"});
-    std::string const bytes = bytesOf(movie);
-    fs::path const cut = fileOf("cut sound.mp4", bytes.substr(0, bytes.size() * 6 / 10));
+    std::string const bytes = contentsOf(movie);
+    fs::path const cut = fileOf("cut audio.mp4", bytes.substr(0, bytes.size() * 6 / 10));
     AudioReader reader(cut);
     std::vector<float> some(4800);
     EXPECT_NO_THROW(reader.read(96000, some));
     for (int const second : {4, 3, 4}) {
         try {
             reader.read(second * 48000 + 24000, some);
-            ADD_FAILURE() << "nothing was said at " << second;
+            ADD_FAILURE() << "no error at " << second;
         } catch (MediaError const& error) {
             EXPECT_EQ(error.cause, MediaError::Cause::damaged);
-            EXPECT_EQ(error.what(), "cut sound.mp4 is incomplete or damaged: its audio at " +
+            EXPECT_EQ(error.what(), "cut audio.mp4 is incomplete or damaged: its audio at " +
                                         std::to_string(second) + ".50 s cannot be decoded.");
         }
     }
-    EXPECT_NO_THROW(reader.read(48000, some)) << "it can be asked for another time";
+    EXPECT_NO_THROW(reader.read(48000, some)) << "other times can still be read";
 }
 
 } // namespace framewright

@@ -2,22 +2,14 @@
 
 #include "media/made_media.h"
 
-#include <fstream>
-
 namespace framewright {
 
 using namespace std::string_literals;
 
-std::string bytesOf(std::filesystem::path const& file)
-{
-    std::ifstream in(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
-
 std::filesystem::path fileOf(std::string const& name, std::string const& bytes)
 {
     auto const file = testFolder() / name;
-    std::ofstream(file, std::ios::binary) << bytes;
+    put(file, bytes);
     return file;
 }
 

@@ -63,7 +63,7 @@ TEST(Frame, PlanesHaveTheSizeOfTheirSamples)
             EXPECT_EQ(reinterpret_cast<std::uintptr_t>(plane.data) % 64, 0u) << c.name << i;
             EXPECT_EQ(plane.stride % 64, 0) << c.name << i;
         }
-        fill(frame, 1); // The sanitizer watches the borders.
+        fill(frame, 1); // The address sanitizer checks the bounds.
     }
 }
 
@@ -78,11 +78,11 @@ TEST(Frame, CopiesShareUntilOneChanges)
     EXPECT_FALSE(second.sharesPixelsWith(first));
     EXPECT_EQ(first.plane(1).data[0], 10);
     EXPECT_EQ(second.plane(1).data[0], 99);
-    EXPECT_EQ(second.plane(0).data[40], 10) << "the other planes come along";
+    EXPECT_EQ(second.plane(0).data[40], 10) << "the other planes are copied too";
     EXPECT_EQ(second.colors(), ColorTags::bt709());
 
     auto const* const alone = second.plane(0).data;
-    EXPECT_EQ(second.writablePlane(0).data, alone) << "what is its own already is not copied";
+    EXPECT_EQ(second.writablePlane(0).data, alone) << "no copy without sharing";
 }
 
 TEST(Frame, MemoryIsReused)

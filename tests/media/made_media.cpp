@@ -1,10 +1,7 @@
 #include "media/made_media.h"
 
-#include <gtest/gtest.h>
+#include "platform/test_folder.h"
 
-#include <array>
-#include <cstdio>
-#include <cstdlib>
 #include <fstream>
 
 #include <fcntl.h>
@@ -20,21 +17,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-struct Folder {
-    Folder()
-    {
-        std::string pattern = fs::temp_directory_path() / "framewright-media-tests-XXXXXX";
-        path = ::mkdtemp(pattern.data());
-    }
-    ~Folder()
-    {
-        std::error_code ignored;
-        fs::remove_all(path, ignored);
-    }
-    fs::path path;
-};
-
-// Eight blocks in two rows, one for each bit of the number.
+// Eight blocks in two rows, one per bit of the number.
 constexpr int blockSide = 32;
 
 std::uint8_t levelAt(int number, int x, int y)
@@ -47,8 +30,8 @@ std::uint8_t levelAt(int number, int x, int y)
 
 fs::path const& testFolder()
 {
-    static Folder const folder;
-    return folder.path;
+    static TestFolder const folder;
+    return folder.path();
 }
 
 fs::path sharedMedia(std::string const& name)
@@ -78,8 +61,7 @@ std::string run(std::vector<std::string> arguments)
         ::waitpid(child, &status, 0);
     if (status != 0)
         ADD_FAILURE() << arguments[0] << " … " << arguments.back() << " failed.";
-    std::ifstream text(output);
-    return {std::istreambuf_iterator<char>(text), {}};
+    return contentsOf(output);
 }
 
 fs::path madeWith(std::string const& name, std::vector<std::string> arguments)

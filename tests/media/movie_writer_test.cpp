@@ -32,7 +32,7 @@ MovieSettings small()
     return settings;
 }
 
-/// A second of silence with a click at each of `clicks`, which are samples.
+/// Silence with a click at each of the samples `clicks`.
 std::vector<float> silenceWithClicks(int samples, std::vector<int> const& clicks)
 {
     std::vector<float> audio(std::size_t(samples) * 2);
@@ -41,7 +41,7 @@ std::vector<float> silenceWithClicks(int samples, std::vector<int> const& clicks
     return audio;
 }
 
-/// Where near a sample the sound is loudest.
+/// The loudest sample near `sample`.
 int loudestNear(std::vector<float> const& audio, int sample)
 {
     int loudest = std::max(0, sample - 1000);
@@ -110,7 +110,7 @@ TEST(MovieWriter, RoundTrips)
             writer.writeFrame(isHLG ? tenBit(numberedFrame(i)) : numberedFrame(i));
             writer.writeAudio(std::span(audio).subspan(std::size_t(i) * 3200, 3200));
         }
-        EXPECT_FALSE(fs::exists(file)) << "before it is finished";
+        EXPECT_FALSE(fs::exists(file)) << "before finish()";
         writer.finish();
 
         MediaInfo const info = probeMedia(file);
@@ -130,7 +130,7 @@ TEST(MovieWriter, RoundTrips)
     }
 }
 
-/// Without edit lists nothing can lie before time 0, where an AAC decoder would begin.
+/// There is no edit list to hide priming samples with, so there are none.
 TEST(AudioWriter, AudioThatStartsAtOnceIsHeardAtOnce)
 {
     for (int const samples : {48000, 1500}) {
@@ -142,7 +142,7 @@ TEST(AudioWriter, AudioThatStartsAtOnceIsHeardAtOnce)
         writer.write(audio);
         writer.finish();
 
-        EXPECT_EQ(bytesOf(file).find("edts"), std::string::npos);
+        EXPECT_EQ(contentsOf(file).find("edts"), std::string::npos);
         EXPECT_DOUBLE_EQ(probeMedia(file).duration, samples / 48000.0);
         std::vector<float> heard(audio.size());
         AudioReader(file).read(0, heard);
@@ -167,7 +167,7 @@ TEST(AudioWriter, RoundTrips)
     MediaInfo const info = probeMedia(file);
     EXPECT_EQ(info.kind, MediaKind::audio);
     EXPECT_DOUBLE_EQ(info.duration, 100000 / 48000.0);
-    EXPECT_EQ(bytesOf(file).substr(8, 3), "M4A");
+    EXPECT_EQ(contentsOf(file).substr(8, 3), "M4A");
     std::vector<float> heard(audio.size());
     AudioReader(file).read(0, heard);
     for (int const click : clicks)
@@ -177,8 +177,8 @@ TEST(AudioWriter, RoundTrips)
 TEST(MovieWriter, SuitsPlayersAndCutting)
 {
     fs::path const file = writtenMovie("players.mp4", small(), 60);
-    std::string const bytes = bytesOf(file);
-    EXPECT_LT(bytes.find("moov"), bytes.find("mdat")) << "the index is in front";
+    std::string const bytes = contentsOf(file);
+    EXPECT_LT(bytes.find("moov"), bytes.find("mdat")) << "the index comes first";
     EXPECT_EQ(bytes.substr(0, bytes.find("mdat")).find("edts"), std::string::npos);
     std::string const flags = probed(file, "v", "packet=flags");
     int sinceKeyframe = 15;
@@ -213,13 +213,13 @@ TEST(MovieWriter, LeavesNothingBehindUnlessFinished)
 {
     fs::path const folder = testFolder() / "exports";
     fs::create_directory(folder);
-    fs::path const file = folder / (std::string(250, 'x') + ".mp4"); // As long as a name can be.
-    std::ofstream(file) << "what was there before";
+    fs::path const file = folder / (std::string(250, 'x') + ".mp4"); // The maximal length.
+    std::ofstream(file) << "the old file";
     {
         MovieWriter writer(file, small());
         writer.writeFrame(numberedFrame(1));
     }
-    EXPECT_EQ(bytesOf(file), "what was there before");
+    EXPECT_EQ(contentsOf(file), "the old file");
     EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 1);
 
     MovieWriter writer(file, small());
@@ -252,7 +252,7 @@ TEST(MovieWriter, ReportsWhyItCannotWrite)
               std::pair("a.mp4 couldn't be written: No such file or directory."s,
                         MediaError::Cause::missing));
 
-    // As on a full disk.
+    // Acts like a full disk.
     rlimit before{};
     ::getrlimit(RLIMIT_FSIZE, &before);
     rlimit const little{5000, before.rlim_max};

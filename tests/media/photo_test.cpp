@@ -23,7 +23,7 @@ int lumaAt(Frame const& frame, int x, int y)
     return plane.data[y * plane.stride + x];
 }
 
-/// The luma in the middle of the four quarters: top left, top right, bottom left, bottom right.
+/// The luma at the centre of each quadrant: top left, top right, bottom left, bottom right.
 std::array<int, 4> quarters(Frame const& frame)
 {
     int const w = frame.width();
@@ -32,7 +32,7 @@ std::array<int, 4> quarters(Frame const& frame)
             lumaAt(frame, w / 4, 3 * h / 4), lumaAt(frame, 3 * w / 4, 3 * h / 4)};
 }
 
-/// 64 x 32, its quarters gray of 200, 150, 100 and 50 as RGB.
+/// 64 x 32, with quadrants of RGB gray 200, 150, 100 and 50.
 fs::path quarteredPhoto(std::string const& name, Arguments const& encoding)
 {
     return madeWith(name, Arguments{"-f", "lavfi", "-i",
@@ -52,8 +52,8 @@ int limited(int gray)
 TEST(ReadPhoto, AppliesEveryOrientation)
 {
     std::string const jpeg =
-        bytesOf(quarteredPhoto("quarters.jpg", {"-pix_fmt", "yuvj444p", "-q:v", "1"}));
-    // Which stored quarter is seen at the top left, top right, bottom left and bottom right.
+        contentsOf(quarteredPhoto("quarters.jpg", {"-pix_fmt", "yuvj444p", "-q:v", "1"}));
+    // Which stored quadrant is at the top left, top right, bottom left and bottom right.
     std::array<std::array<int, 4>, 8> const seen = {{{0, 1, 2, 3},
                                                      {1, 0, 3, 2},
                                                      {3, 2, 1, 0},
@@ -71,7 +71,7 @@ TEST(ReadPhoto, AppliesEveryOrientation)
         EXPECT_EQ(probeMedia(file).displayHeight(), photo.height());
         for (std::size_t i = 0; i < 4; ++i) {
             int const gray = 200 - 50 * seen[std::size_t(orientation) - 1][i];
-            EXPECT_NEAR(quarters(photo)[i], limited(gray), 3) << "quarter " << i;
+            EXPECT_NEAR(quarters(photo)[i], limited(gray), 3) << "quadrant " << i;
         }
     }
 }
@@ -115,7 +115,7 @@ TEST(ReadPhoto, ScalesDownButNeverUp)
 
 TEST(ReadPhoto, ConvertsColorsAndPutsTransparencyOnBlack)
 {
-    // Left red, right green of which nothing is to be seen.
+    // Red on the left, fully transparent green on the right.
     fs::path const file = madeWith(
         "colours.png", {"-f", "lavfi", "-i",
                         "color=black:s=64x32,format=rgba,geq=r='255*lt(X,32)':g='255*gt(X,31)':b=0:"

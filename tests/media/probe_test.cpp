@@ -26,16 +26,16 @@ namespace {
 Arguments const quickly = {"-c:v", "libx264", "-preset", "ultrafast"};
 Arguments const tone = {"-f", "lavfi", "-i", "sine=duration=2"};
 
-/// A second of numbered pictures with two seconds of sound.
+/// A second of numbered frames with two seconds of audio.
 fs::path smallMovie()
 {
     return madeWith("small.mp4", numberedInput(25, "25") + tone + quickly +
                                      Arguments{"-movflags", "+faststart"});
 }
 
-/// The sentence and cause with which `action` fails, or "no failure".
+/// The message and cause of the MediaError that `action` throws, or "no failure".
 template <class Action>
-std::pair<std::string, Cause> failureOf(Action action)
+std::pair<std::string, Cause> errorOf(Action action)
 {
     try {
         action();
@@ -45,10 +45,10 @@ std::pair<std::string, Cause> failureOf(Action action)
     return {"no failure", Cause::resources};
 }
 
-/// The small movie with this display matrix: where the x and the y axis point.
+/// The small movie with this display matrix: the directions of the x and y axes.
 fs::path turned(std::string const& name, int a, int b, int c, int d)
 {
-    std::string bytes = bytesOf(smallMovie());
+    std::string bytes = contentsOf(smallMovie());
     auto const one = [](int value) {
         return bigEndian(std::uint64_t(std::int64_t(value)) << 16, 4);
     };
@@ -63,7 +63,7 @@ TEST(ProbeMedia, ReportsWhatAFileContains)
 {
     MediaInfo const movie = probeMedia(smallMovie());
     EXPECT_EQ(movie.kind, MediaKind::video);
-    EXPECT_NEAR(movie.duration, 2, 0.001) << "the sound is longer than the picture";
+    EXPECT_NEAR(movie.duration, 2, 0.001) << "the audio is longer than the video";
     EXPECT_TRUE(movie.hasVideo && movie.hasAudio && !movie.isHDR);
     EXPECT_EQ(movie.displayWidth(), countWidth);
     EXPECT_EQ(movie.displayHeight(), countHeight);
@@ -79,7 +79,7 @@ TEST(ProbeMedia, ReportsWhatAFileContains)
     MediaInfo const music = probeMedia(cover);
     EXPECT_EQ(music.kind, MediaKind::audio);
     EXPECT_FALSE(music.hasVideo);
-    EXPECT_NEAR(music.duration, 2, 0.0001) << "without what the encoder put around it";
+    EXPECT_NEAR(music.duration, 2, 0.0001) << "without encoder delay and padding";
 
     MediaInfo const wide = probeMedia(
         madeWith("wide.mp4", numberedInput(5, "25") + Arguments{"-vf", "setsar=3/2"} + quickly));
@@ -118,12 +118,12 @@ TEST(ProbeMedia, UnderstandsEveryDisplayMatrix)
 
 TEST(ProbeMedia, ReportsWhatIsWrongWithAFile)
 {
-    std::string const movie = bytesOf(smallMovie());
+    std::string const movie = contentsOf(smallMovie());
     std::string const noMedia = " is not a video, photo or audio file.";
     std::string const endMissing = " is incomplete or damaged: its end is missing.";
     std::string const tooLarge = " pixels; no side may be longer than 16384 pixels.";
-    std::string const jpeg =
-        bytesOf(madeWith("whole.jpg", numberedInput(1, "1") + Arguments{"-pix_fmt", "yuvj420p"}));
+    std::string const jpeg = contentsOf(
+        madeWith("whole.jpg", numberedInput(1, "1") + Arguments{"-pix_fmt", "yuvj420p"}));
     fs::create_directory(testFolder() / "folder.mp4");
     ASSERT_EQ(::mkfifo((testFolder() / "pipe.mp4").c_str(), 0600), 0);
 
@@ -168,7 +168,7 @@ TEST(ProbeMedia, ReportsWhatIsWrongWithAFile)
                 "\xFF\xD8\xFF\xC0\0\x0B\x08\xFF\xDC\xFF\xDC\x01\x01\x11\0\xFF\xDA\0\x08\x01\x01\0\0\x3F\0\0\xFF\xD9"s,
                 " claims a size of 65500 × 65500" + tooLarge, Cause::unsupported},
         }) {
-        auto const [sentence, cause] = failureOf([&] { probeMedia(fileOf(c.name, c.content)); });
+        auto const [sentence, cause] = errorOf([&] { probeMedia(fileOf(c.name, c.content)); });
         EXPECT_THAT(sentence, testing::StartsWith(c.name + " "));
         EXPECT_THAT(sentence, testing::EndsWith(c.ending));
         EXPECT_EQ(cause, c.cause) << sentence;
@@ -180,18 +180,17 @@ TEST(ProbeMedia, ReportsWhatIsWrongWithAFile)
           std::tuple{"pipe.mp4", " is not a regular file.", Cause::unsupported}}) {
         fs::path const file = testFolder() / name;
         std::pair const expected{file.filename().string() + ending, cause};
-        EXPECT_EQ(failureOf([&] { probeMedia(file); }), expected);
-        EXPECT_EQ(failureOf([&] { VideoReader{file}; }), expected);
-        EXPECT_EQ(failureOf([&] { AudioReader{file}; }), expected);
-        EXPECT_EQ(failureOf([&] { readPhoto(file, 100); }), expected);
+        EXPECT_EQ(errorOf([&] { probeMedia(file); }), expected);
+        EXPECT_EQ(errorOf([&] { VideoReader{file}; }), expected);
+        EXPECT_EQ(errorOf([&] { AudioReader{file}; }), expected);
+        EXPECT_EQ(errorOf([&] { readPhoto(file, 100); }), expected);
     }
-    EXPECT_EQ(failureOf([&] {
-                  AudioReader{madeWith("mute.mp4", numberedInput(2, "25") + quickly)};
-              }).first,
-              "mute.mp4 has no audio.");
-    EXPECT_EQ(failureOf([&] { VideoReader{madeWith("tone.wav", tone)}; }).first,
+    EXPECT_EQ(
+        errorOf([&] { AudioReader{madeWith("mute.mp4", numberedInput(2, "25") + quickly)}; }).first,
+        "mute.mp4 has no audio.");
+    EXPECT_EQ(errorOf([&] { VideoReader{madeWith("tone.wav", tone)}; }).first,
               "tone.wav has no video.");
-    EXPECT_EQ(failureOf([&] { readPhoto(smallMovie(), 100); }).first, "small.mp4 is not a photo.");
+    EXPECT_EQ(errorOf([&] { readPhoto(smallMovie(), 100); }).first, "small.mp4 is not a photo.");
 }
 
 TEST(ProbeMedia, OpensFilesOfAnyName)
@@ -209,7 +208,7 @@ TEST(ProbeMedia, OpensFilesOfAnyName)
         EXPECT_NO_THROW(AudioReader(file).read(1000, audio)) << name;
 
         fs::path const broken = fileOf("broken " + name, "text");
-        std::string const sentence = failureOf([&] { probeMedia(broken); }).first;
+        std::string const sentence = errorOf([&] { probeMedia(broken); }).first;
         EXPECT_TRUE(isValidUtf8(sentence)) << sentence;
     }
 }
@@ -226,20 +225,20 @@ TEST(ProbeMedia, CorruptBytesOnlyCauseErrors)
         madeWith("small.webp", {"-i", smallMovie(), "-frames:v", "1"}),
     };
     for (int i = 0; i < 120; ++i) {
-        std::string bytes = bytesOf(whole[std::size_t(i) % whole.size()]);
+        std::string bytes = contentsOf(whole[std::size_t(i) % whole.size()]);
         for (int k = 0; k < 1 + i % 20; ++k)
             bytes[random() % bytes.size()] = char(random());
         if (i % 3 == 0)
             bytes.resize(random() % bytes.size());
         fs::path const file = fileOf("broken", bytes);
         std::vector<float> audio(2000);
-        failureOf([&] { probeMedia(file); });
-        failureOf([&] { readPhoto(file, 100); });
-        failureOf([&] { AudioReader(file).read(40000, audio); });
-        failureOf([&] {
+        errorOf([&] { probeMedia(file); });
+        errorOf([&] { readPhoto(file, 100); });
+        errorOf([&] { AudioReader(file).read(40000, audio); });
+        errorOf([&] {
             VideoReader reader(file, 2);
             for (double const time : {0.0, 0.9, 0.2, 5.0})
-                failureOf([&] { reader.frameAt(time); });
+                errorOf([&] { reader.frameAt(time); });
         });
     }
 }
@@ -298,9 +297,9 @@ TEST(ProbeMedia, RecognizesRealFiles)
         EXPECT_EQ(info.channels, c.channels) << c.name;
         EXPECT_EQ(info.isHDR, c.isHDR) << c.name;
     }
-    EXPECT_EQ(failureOf([] { probeMedia(sharedMedia("broken/text_renamed.mp4")); }).first,
+    EXPECT_EQ(errorOf([] { probeMedia(sharedMedia("broken/text_renamed.mp4")); }).first,
               "text_renamed.mp4 is not a video, photo or audio file.");
-    EXPECT_EQ(failureOf([] { readPhoto(sharedMedia("broken/truncated.jpg"), 500); }).first,
+    EXPECT_EQ(errorOf([] { readPhoto(sharedMedia("broken/truncated.jpg"), 500); }).first,
               "truncated.jpg is incomplete or damaged: its end is missing.");
     EXPECT_EQ(readPhoto(sharedMedia("photo/iphone_rot90.heic"), 1000).height(), 1000);
 }

@@ -37,7 +37,7 @@ TEST(ReadingWatch, IsCalledAtEveryStepAndMayStopAtAny)
         std::filesystem::path file;
         void (*read)(std::filesystem::path const&, double seconds, ReadingActivity);
         double seconds;
-        int atLeast; ///< Packets on the way.
+        int atLeast; ///< Packets to read.
     };
     Arguments const tone = {"-f", "lavfi", "-i", "sine=duration=20"};
     for (Case const& c : {
@@ -45,14 +45,14 @@ TEST(ReadingWatch, IsCalledAtEveryStepAndMayStopAtAny)
                   readFrame, 3.9, frames - 4},
              Case{madeWith("one keyframe.mkv", numberedInput(frames, "25") + oneKeyframe),
                   readFrame, 3.9, frames - 4},
-             // Its seeking can't be trusted, so it is read from the beginning.
+             // Seeking in Ogg is unreliable, so it is read from the start.
              Case{madeWith("far.ogg", tone + Arguments{"-c:a", "libvorbis"}), readAudio, 19, 300},
          }) {
         int calls = 0;
         c.read(c.file, c.seconds, [&] { ++calls; });
         EXPECT_GE(calls, c.atLeast) << c.file;
 
-        // While it is opened, on the way to the place, and for the very last step.
+        // While opening, while reading ahead, and at the last step.
         for (int const last : {1, 2, 3, 5, 10, calls / 2, calls - 1, calls}) {
             int told = 0;
             EXPECT_THROW(c.read(c.file, c.seconds,
@@ -62,7 +62,7 @@ TEST(ReadingWatch, IsCalledAtEveryStepAndMayStopAtAny)
                                 }),
                          Ended)
                 << c.file << " at call " << last;
-            EXPECT_LE(told, last + 2) << c.file << ": it read on";
+            EXPECT_LE(told, last + 2) << c.file << ": it continued";
         }
     }
 }

@@ -43,10 +43,10 @@ struct Movie {
     std::string rate;
     double framesPerSecond;
     Arguments encoding;
-    double firstTime = 0; ///< Where picture 0 begins.
+    double firstTime = 0; ///< When frame 0 begins.
 };
 
-/// One for each way in which containers and codecs keep time.
+/// One for each way in which containers and codecs represent time.
 std::vector<Movie> const& movies()
 {
     static std::vector<Movie> const all = {
@@ -95,7 +95,7 @@ TEST(VideoReader, GivesTheLastFrameAtOrBeforeTheTime)
             double const end = movie.firstTime + (n + 1) / movie.framesPerSecond;
             ASSERT_EQ(numberIn(reader.frameAt(begin)), n);
             Frame const again = reader.frameAt((begin + end) / 2);
-            // A container in milliseconds may begin the next picture half of one early.
+            // Timestamps in milliseconds may be half a millisecond early.
             ASSERT_EQ(numberIn(reader.frameAt(end - 0.0015)), n);
             ASSERT_TRUE(again.sharesPixelsWith(reader.frameAt(begin)));
         }
@@ -118,15 +118,15 @@ TEST(VideoReader, SeekingGivesTheSameFramesAsReadingOn)
             auto const n = std::uniform_int_distribution<int>(0, frameCount - 1)(random);
             Frame const frame =
                 jumping.frameAt(movie.firstTime + (n + 0.5) / movie.framesPerSecond);
-            ASSERT_EQ(numberIn(frame), n) << "jump " << i;
-            ASSERT_TRUE(samePixels(frame, inOrder[std::size_t(n)])) << "picture " << n;
+            ASSERT_EQ(numberIn(frame), n) << "seek " << i;
+            ASSERT_TRUE(samePixels(frame, inOrder[std::size_t(n)])) << "frame " << n;
         }
     }
 }
 
 TEST(VideoReader, FollowsVariableFrameRates)
 {
-    // Gaps from 20 ms up to 2 s, longer than what a jump leaves out at first.
+    // Gaps of 20 ms to 2 s, longer than the margin within which a seek skips nothing.
     auto const timeOf = [](int n) { return 0.02 * n + (n > 60 ? 2.0 * (n - 60) : 0); };
     Arguments const variable = {"-vf", "setpts=N+max(0\\,100*(N-60))", "-vsync",
                                 "vfr", "-video_track_timescale",       "90000"};
@@ -149,7 +149,7 @@ TEST(VideoReader, FollowsVariableFrameRates)
 TEST(VideoReader, HonoursEditLists)
 {
     fs::path const source = made(movies()[1]);
-    // Copying from a time between keyframes makes an edit list that hides what is before it.
+    // A stream copy from between keyframes makes an edit list that hides the frames before.
     fs::path const cut = madeWith("cut.mp4", {"-ss", "1.4", "-i", source, "-c", "copy"});
     VideoReader reader(cut);
     EXPECT_EQ(numberIn(reader.frameAt(0)), 35);
@@ -224,7 +224,7 @@ TEST(VideoReader, ReportsWhereFramesAreMissing)
 {
     fs::path const whole = madeWith("front.mp4", numberedInput(frameCount, "25") + x264 +
                                                      Arguments{"-movflags", "+faststart"});
-    std::string const bytes = bytesOf(whole);
+    std::string const bytes = contentsOf(whole);
     fs::path const cut =
         fileOf("cut front.mp4", bytes.substr(0, (bytes.find("mdat") + bytes.size()) / 2));
     VideoReader reader(cut, 2);
@@ -242,9 +242,9 @@ TEST(VideoReader, ReportsWhereFramesAreMissing)
     EXPECT_GT(good, frameCount / 4);
     EXPECT_LT(good, frameCount * 3 / 4);
     EXPECT_THROW(reader.frameAt(3.9), MediaError);
-    EXPECT_EQ(numberIn(reader.frameAt(0.4)), 10) << "it can be asked for another time";
+    EXPECT_EQ(numberIn(reader.frameAt(0.4)), 10) << "other times can still be read";
 
-    // Only the last packets are gone: the picture before them stays.
+    // Only the last packets are missing: the frame before them is shown.
     fs::path const nearly = fileOf("nearly.mp4", bytes.substr(0, bytes.size() - 20));
     VideoReader forgiving(nearly);
     EXPECT_GT(numberIn(forgiving.frameAt(10)), frameCount - 5);

@@ -33,7 +33,7 @@ double luma(double red, double green, double blue)
     return 0.2126 * red + 0.7152 * green + 0.0722 * blue;
 }
 
-/// A number for each pixel of the canvas; 0 beyond it.
+/// A value per pixel of the canvas; 0 outside.
 struct Plane {
     double at(int x, int y) const
     {
@@ -44,7 +44,7 @@ struct Plane {
     std::vector<double> values = std::vector<double>(std::size_t(canvas.width) * canvas.height);
 };
 
-/// What `value` makes of each premultiplied pixel, transparent ones too.
+/// `value` of each premultiplied pixel, transparent ones included.
 template <class Value>
 Plane planeOf(PlacedImage const& image, Value value)
 {
@@ -62,7 +62,7 @@ Plane planeOf(PlacedImage const& image, Value value)
     return plane;
 }
 
-/// How much of each pixel a look's letters cover, without what lies around them.
+/// The coverage of a style's letters alone.
 Plane lettersOf(CaptionStyle style)
 {
     style.textColor = {1, 1, 1, 1};
@@ -70,8 +70,8 @@ Plane lettersOf(CaptionStyle style)
     return planeOf(painted(style), [](std::uint8_t const* rgba) { return rgba[3] / 255.0; });
 }
 
-/// The least contrast that the left and upper edges of letters, where no shadow falls, have with
-/// something beside them; but for the hundredth part, where letters meet.
+/// The lowest contrast between the left and upper edges of letters, where no shadow falls, and
+/// anything near them. Ignores the lowest percent, where letters touch.
 double contrast(CaptionStyle const& style, double footage)
 {
     constexpr int reach = 6; // Points, which are pixels on this canvas.

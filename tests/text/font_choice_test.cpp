@@ -27,8 +27,7 @@ std::set<QString> familiesOf(TextLine const& line)
     return families;
 }
 
-/// The farthest from the middle of the line that the middle of a glyph is; 1 is the width of the
-/// widest glyph.
+/// The largest distance of a glyph's centre from that of the line, relative to the widest glyph.
 double farthest(TextLine const& line)
 {
     double most = 0, widest = 0;
@@ -56,12 +55,12 @@ TEST(FontChoice, KeepsMarksOnTheirLetters)
         for (char const* const letter : {"q̃", "x̄", "m̂", "ạ̈", "Q̃"}) {
             TextLine const line = lineOf(letter, style.fontName.c_str());
             EXPECT_EQ(familiesOf(line).size(), 1U) << letter << " in " << style.fontName;
-            // Of a mark beside its letter one of the two is half a width away.
+            // If a mark were beside its letter, one of them would be half a width off.
             EXPECT_LT(farthest(line), 0.45) << letter << " in " << style.fontName;
             EXPECT_GT(line.ink.top(), line.baseline - 140) << letter << " in " << style.fontName;
         }
     }
-    // Spelled in two characters, a letter is the same as in one, where the font has that.
+    // A decomposed letter is drawn like the precomposed one if the font has that.
     EXPECT_EQ(lineOf("e\u0301", "AnticDidone-Regular").ink, lineOf("é", "AnticDidone-Regular").ink);
 }
 
@@ -77,7 +76,7 @@ TEST(FontChoice, SetsGreekInOneFont)
              Case{"Η ΩΔ", "BebasNeue-Regular", {"Inter"}},
              Case{"ώρα Δέλτα", "CormorantGaramond-SemiBold", {"DejaVu Serif"}},
              Case{"ώρα", "JetBrainsMonoRoman-Medium", {"JetBrains Mono"}},
-             // Single ones are symbols.
+             // Single letters are symbols.
              Case{"Ω", "BebasNeue-Regular", {"Bebas Neue"}},
              Case{"ΔT", "BebasNeue-Regular", {"Bebas Neue"}},
          })

@@ -27,8 +27,8 @@ FontRegistry const& carried()
     return registry;
 }
 
-/// A folder with the carried fonts, to be spoilt. What was registered from it stays with Qt, so it
-/// must be there as long as the process.
+/// A copy of the carried fonts to damage. It must outlive the test, since Qt keeps registered
+/// fonts.
 struct SomeFonts : TestFolder {
     SomeFonts() { std::filesystem::copy(CARRIED_FONTS, path()); }
 };
@@ -100,7 +100,7 @@ TEST(FontRegistry, CarriedFontsAreFoundUnderTheirNames)
         EXPECT_EQ(found.substitute, std::nullopt) << c.fontName;
         EXPECT_EQ(familyOf(found), c.family) << c.fontName;
         EXPECT_EQ(QFontInfo(found.font).weight(), c.weight) << c.fontName;
-        // The face itself, not one that is made bolder: each draws as no other does.
+        // A real face, not a synthetic bold: no two draw the same.
         QImage const image = drawn(found.font, QStringLiteral("Hamburg 27"));
         auto const* const bits = reinterpret_cast<char const*>(image.constBits());
         images.emplace(bits, static_cast<std::size_t>(image.sizeInBytes()));
@@ -190,7 +190,7 @@ TEST(FontRegistry, FallsBackToInstalledFonts)
 
 TEST(FontRegistry, TakesMissingLettersFromOtherFonts)
 {
-    // Letters of the parts that a family is published in, then of other scripts.
+    // Letters in other subsets of the family, then of other scripts.
     for (char const* const name : {"Neonderthaw-Regular", "system:light", "mono:heavy"}) {
         QFont const font = carried().find(name).font;
         QImage const noGlyph = drawn(font, QStringLiteral("\U000F0000"));
@@ -213,7 +213,7 @@ TEST(FontRegistry, EmojiHaveColor)
 TEST(FontRegistry, DrawsTheSameOnEveryThread)
 {
     TestFolder const folder;
-    FontRegistry const registry(CARRIED_FONTS); // loaded by whoever comes first
+    FontRegistry const registry(CARRIED_FONTS); // Loaded by the first thread.
     std::vector<std::string> names;
     for (FontOption const& option : fontOptions())
         names.emplace_back(option.fontName);
@@ -235,7 +235,7 @@ TEST(FontRegistry, DrawsTheSameOnEveryThread)
 
 TEST(FontRegistry, FindsLettersThatNoFontHas)
 {
-    // Not assigned, for private use, and what only steers others.
+    // Unassigned, private use, and invisible format characters.
     EXPECT_THAT(carried().lettersWithoutFont("a\u0378é\n\u0378 שЖ\u200D\uFE0F\U0010FFFD"),
                 ElementsAre("\u0378", "\U0010FFFD"));
     EXPECT_THAT(carried().lettersWithoutFont("plain"), IsEmpty());

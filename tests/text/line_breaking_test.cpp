@@ -8,7 +8,7 @@ namespace framewright {
 
 namespace {
 
-/// Sets words of letters one wide, separated by spaces one wide; "/" where lines break.
+/// Breaks a text whose letters and spaces are 1 wide; "/" marks the breaks.
 std::string broken(std::string const& text, double maxWidth)
 {
     std::vector<std::string> words;
@@ -43,12 +43,12 @@ TEST(BalancedLines, AreFewAndOfEqualLength)
              Case{"one two", 10, "one two"},
              Case{"one two", 7, "one two"}, // It just fits.
              Case{"one two", 6.9, "one/two"},
-             // Filled from the start, one word would be left over.
+             // Filled greedily, one word would be left over.
              Case{"aaa bbb ccc ddd", 12, "aaa bbb/ccc ddd"},
              Case{"here are three small things", 22, "here are three/small things"},
-             // The last word is not alone, even where that were as balanced.
+             // The last word is not alone, even if that were as balanced.
              Case{"aaaaaa bb ccccc", 9, "aaaaaa/bb ccccc"},
-             Case{"aaaaaaaaa b", 10, "aaaaaaaaa/b"}, // It can't be helped.
+             Case{"aaaaaaaaa b", 10, "aaaaaaaaa/b"}, // There is no other way.
              Case{"a b c d e f g h i", 5, "a b c/d e f/g h i"},
              Case{"aa incomprehensible bb", 6, "aa/incomprehensible/bb"},
          })

@@ -4,7 +4,7 @@
 
 int main(int argc, char** argv)
 {
-    // Fonts belong to it.
+    // Qt's fonts need one.
     QGuiApplication app(argc, argv);
     testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();

@@ -46,7 +46,7 @@ TEST(TextLayout, BreaksLongWordsIntoEvenParts)
             }
             EXPECT_LE(most, maxWidth + 2) << font << " in " << maxWidth;
             EXPECT_GE(least, most / 2) << font << " in " << maxWidth;
-            // In no more parts than it takes; a letter that doesn't fit leaves a gap in each.
+            // No more parts than needed; each may lack the width of one letter.
             EXPECT_LE(double(layout.lines.size()), all / (maxWidth - 80) + 1) << font;
         }
     }

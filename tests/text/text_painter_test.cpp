@@ -84,7 +84,7 @@ Color pixel(PlacedImage const& image, int x, int y)
     return {found[0], found[1], found[2], found[3]};
 }
 
-/// The smallest rectangle around what is at least this visible, of these colours.
+/// The bounding rectangle of the pixels with a wanted colour.
 struct Bounds {
     int left = std::numeric_limits<int>::max(), top = left;
     int right = std::numeric_limits<int>::min(), bottom = right;
@@ -141,7 +141,7 @@ TEST(TextPainter, PlacesAndSizesLetters)
     EXPECT_NEAR(one.height(), 0.729 * 80, 2);
     EXPECT_NEAR(one.width(), 0.653 * 80, 2);
     EXPECT_NEAR((one.left + one.right) / 2, 540, 2);
-    EXPECT_NEAR((one.top + one.bottom) / 2, 960, 2); // Capitals stand in the middle.
+    EXPECT_NEAR((one.top + one.bottom) / 2, 960, 2); // Capitals are centred vertically.
 
     struct Case {
         char const* what;
@@ -178,8 +178,7 @@ TEST(TextPainter, PlacesAndSizesLetters)
 
 TEST(TextPainter, DrawsBuiltInStylesAsApproved)
 {
-    // Measured once, in a picture that was looked at: where the text is, and a pixel inside a
-    // letter or its box.
+    // Measured in an image that was checked by eye: the bounds, and a pixel in a letter or its box.
     struct Case {
         char const* style;
         Bounds bounds;
@@ -227,7 +226,7 @@ TEST(TextPainter, KeepsLettersWholeInsideTheirOutline)
     Bounds const outline = boundsOf(image, isRed);
     EXPECT_NEAR(letters.left - outline.left, 8, 1);
     EXPECT_NEAR(outline.bottom - letters.bottom, 8, 1);
-    // Letters one can see through show no outline of theirs.
+    // Translucent letters don't show their own outline.
     auto const ghost = with(outlined(), [](CaptionStyle& s) { s.textColor.alpha = 0; });
     auto const hollow = paintText(block("I", ghost), fonts());
     EXPECT_EQ(pixel(hollow, 540, 960)[3], 0);
@@ -238,9 +237,9 @@ TEST(TextPainter, FitsTheBoxToItsLines)
 {
     auto const image = paintText(block("HHHHHH\nHH", boxed()), fonts());
     Bounds const box = boundsOf(image, isBlue), letters = boundsOf(image, isWhite);
-    EXPECT_NEAR(letters.left - box.left, 30 + 0.092 * 80, 2); // What stands beside an H.
+    EXPECT_NEAR(letters.left - box.left, 30 + 0.092 * 80, 2); // The side bearing of an H.
     EXPECT_TRUE(isBlue(pixel(image, 540, box.top + 3)));
-    EXPECT_EQ(pixel(image, box.left + 2, box.top + 2)[3], 0); // Rounded outwards,
+    EXPECT_EQ(pixel(image, box.left + 2, box.top + 2)[3], 0); // A convex corner,
     EXPECT_TRUE(isBlue(pixel(image, 540, box.bottom - 3)));
     EXPECT_EQ(pixel(image, box.left + 20, box.bottom - 20)[3], 0); // and as narrow as its line.
     EXPECT_TRUE(isBlue(pixel(image, 540, (box.top + box.bottom) / 2)));
@@ -259,7 +258,7 @@ TEST(TextPainter, CastsASoftShadow)
     }
     EXPECT_LT(last, 40);
     EXPECT_GT(pixel(image, letter.right + 3, 960)[3], 20);
-    // A box casts it instead, and not beneath itself.
+    // A box casts it instead, but not beneath itself.
     auto style = boxed();
     style.backgroundColor.alpha = 0.5;
     style.shadowEnabled = true;
@@ -278,15 +277,15 @@ TEST(TextPainter, DrawsEveryScriptAndEmojiInColor)
             style.fontName = font;
             auto const image = paintText(block(text, style), fonts());
             EXPECT_GT(boundsOf(image, isColorful).width(), 40) << text << " in " << font;
-            EXPECT_LT(boundsOf(image, isSeen).width(), 120) << text << " is torn in " << font;
+            EXPECT_LT(boundsOf(image, isSeen).width(), 120) << text << " is split in " << font;
         }
     }
-    // Read from right to left, the emoji stands last, which is left.
+    // In right-to-left text the last character is on the left.
     auto const hebrew = paintText(block("שלום 😀", plain()), fonts());
     Bounds const all = boundsOf(hebrew, isSeen), emoji = boundsOf(hebrew, isColorful);
     EXPECT_NEAR(emoji.left, all.left, 6);
     EXPECT_LT(emoji.right, 560);
-    // Letters of scripts reach far out of their line.
+    // Script letters extend far beyond their line; nothing is clipped.
     for (char const* const font :
          {"Neonderthaw-Regular", "CaveatRoman-Bold", "MarckScript-Regular"}) {
         auto const image = paintText(block("fjÅgQy", plain(font, 120)), fonts());
@@ -399,7 +398,7 @@ TEST(TextImages, AreEqualOnAnyThread)
         }
     }
     EXPECT_EQ(wrong, std::vector<int>(4));
-    EXPECT_EQ(images.image(blocks[0]), images.image(blocks[0])); // Kept, not drawn again.
+    EXPECT_EQ(images.image(blocks[0]), images.image(blocks[0])); // Cached.
 }
 
 } // namespace framewright
