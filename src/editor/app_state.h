@@ -16,7 +16,7 @@
 #include "model/track_editing.h"
 #include "platform/user_defaults.h"
 #include "render/asset_store.h"
-#include "workspace/folder_watcher.h"
+#include "sync/file_watcher.h"
 
 #include <QCoro/QCoroTask>
 #include <QObject>
@@ -309,7 +309,7 @@ private:
     std::uint64_t m_loadingRound = 0;
     bool m_isLoadingAssets = false;
 
-    std::unique_ptr<FolderWatcher> m_watcher;
+    std::unique_ptr<FileWatcher> m_watcher;
     Recovery m_recovery;
     QTimer m_saveTimer;
     std::chrono::steady_clock::time_point m_unsavedSince;

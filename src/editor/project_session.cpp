@@ -98,9 +98,8 @@ void AppState::watchProject()
     m_watcher.reset();
     if (!isWorkspaceProject())
         return;
-    m_watcher = std::make_unique<FolderWatcher>(m_projectFile->parent_path(),
-                                                m_projectFile->filename().string());
-    connect(m_watcher.get(), &FolderWatcher::changed, this, [this] { reloadProjectFromDisk(); });
+    m_watcher = std::make_unique<FileWatcher>(*m_projectFile);
+    connect(m_watcher.get(), &FileWatcher::changed, this, [this] { reloadProjectFromDisk(); });
     if (!m_watcher->isWatching())
         setErrorMessage("The project's folder can't be watched; changes by other programs are only "
                         "seen when the project is saved or opened.");

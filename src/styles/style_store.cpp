@@ -254,8 +254,8 @@ void StyleStore::attach(std::filesystem::path const& file)
     m_problem.clear();
     m_notes.clear();
     m_needsWriting = false;
-    m_watcher = std::make_unique<FolderWatcher>(file.parent_path(), file.filename().string());
-    connect(m_watcher.get(), &FolderWatcher::changed, this, &StyleStore::reloadFromDisk);
+    m_watcher = std::make_unique<FileWatcher>(file);
+    connect(m_watcher.get(), &FileWatcher::changed, this, &StyleStore::reloadFromDisk);
 
     // Nothing of ours is pending: what is read replaces what another place held.
     m_base = m_state;

@@ -2,7 +2,7 @@
 
 #include "platform/user_defaults.h"
 #include "styles/style_file.h"
-#include "workspace/folder_watcher.h"
+#include "sync/file_watcher.h"
 
 #include <QObject>
 #include <QThreadPool>
@@ -150,7 +150,7 @@ private:
     bool m_needsWriting = false;
     std::string m_problem;
     std::vector<std::string> m_notes;
-    std::unique_ptr<FolderWatcher> m_watcher;
+    std::unique_ptr<FileWatcher> m_watcher;
     QTimer m_pendingWrite;
     std::shared_ptr<std::optional<WriteResult>> m_running; ///< Of the write under way.
     QThreadPool m_writer;                                  ///< One thread.

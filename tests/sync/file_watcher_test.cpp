@@ -1,4 +1,4 @@
-#include "workspace/folder_watcher.h"
+#include "sync/file_watcher.h"
 
 #include "platform/atomic_file.h"
 #include "platform/test_folder.h"
@@ -19,19 +19,19 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A watcher of projects/Hook/project.json, and what it told.
+/// A watcher of projects/Hook/project.json, and what it reported.
 class WatcherTest : public testing::Test {
 protected:
     void SetUp() override
     {
         put(file, "first");
-        watcher = std::make_unique<FolderWatcher>(file.parent_path(), "project.json");
-        QObject::connect(watcher.get(), &FolderWatcher::changed, [this] { told += "changed "; });
-        QObject::connect(watcher.get(), &FolderWatcher::vanished, [this] { told += "vanished "; });
+        watcher = std::make_unique<FileWatcher>(file);
+        QObject::connect(watcher.get(), &FileWatcher::changed, [this] { reported += "changed "; });
+        QObject::connect(watcher.get(), &FileWatcher::vanished, [this] { reported += "vanished "; });
         ASSERT_TRUE(watcher->isWatching());
     }
 
-    /// What is told of `action`; "" when nothing ever is.
+    /// What `action` makes it report; "" for nothing.
     std::string after(std::function<void()> const& action)
     {
         action();
@@ -40,29 +40,29 @@ protected:
 
     std::string wait()
     {
-        processEventsUntil([&] { return !told.empty(); });
-        return std::exchange(told, {});
+        processEventsUntil([&] { return !reported.empty(); });
+        return std::exchange(reported, {});
     }
 
-    /// Writes another file and lets time pass until its own watcher has told of it, twice: by then
-    /// ours would have spoken too.
+    /// Writes another file and waits until that one's own watcher has reported it, twice: by then
+    /// ours would have reported too.
     void writeAndExpectSilence(fs::path const& other)
     {
-        FolderWatcher const itsOwn(other.parent_path(), other.filename().string());
-        bool isTold = false;
-        QObject::connect(&itsOwn, &FolderWatcher::changed, [&] { isTold = true; });
+        FileWatcher const itsOwn(other);
+        bool isReported = false;
+        QObject::connect(&itsOwn, &FileWatcher::changed, [&] { isReported = true; });
         for (char const* const text : {"once", "and again"}) {
             writeFileAtomically(other, text);
             put(other, text);
-            processEventsUntil([&] { return std::exchange(isTold, false); });
+            processEventsUntil([&] { return std::exchange(isReported, false); });
         }
-        EXPECT_EQ(told, "") << other;
+        EXPECT_EQ(reported, "") << other;
     }
 
     TestFolder const folder;
     fs::path const file = folder / "projects/Hook/project.json";
-    std::unique_ptr<FolderWatcher> watcher;
-    std::string told;
+    std::unique_ptr<FileWatcher> watcher;
+    std::string reported;
 
 private:
     static void processEventsUntil(std::function<bool()> const& isDone)
@@ -73,16 +73,11 @@ private:
         while (!isDone() && patience.isActive())
             QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
-
-    int m_argumentCount = 1;
-    char m_name[5] = "test";
-    char* m_arguments[2] = {m_name, nullptr};
-    QCoreApplication const m_application{m_argumentCount, m_arguments};
 };
 
 } // namespace
 
-TEST_F(WatcherTest, TellsOfEveryWayToWrite)
+TEST_F(WatcherTest, ReportsEveryWayToWrite)
 {
     struct Case { char const* name; std::function<void()> write; };
     // Twice in turn: each way must also be noticed after every other.
@@ -102,12 +97,12 @@ TEST_F(WatcherTest, TellsOfEveryWayToWrite)
                           fs::rename(folder / "elsewhere", file);
                       }},
                  Case{"written as we do", [&] { writeFileAtomically(file, "ours"); }},
-                 Case{"removed and made anew",
+                 Case{"removed and created again",
                       [&] {
                           fs::remove(file);
                           put(file, "anew");
                       }},
-                 Case{"moved aside and made anew",
+                 Case{"moved aside and created again",
                       [&] {
                           fs::rename(file, folder / "aside");
                           put(file, "anew");
@@ -117,7 +112,7 @@ TEST_F(WatcherTest, TellsOfEveryWayToWrite)
     }
 }
 
-TEST_F(WatcherTest, AReplacedFileThatIsStillOpenElsewhereIsNotMistakenForTheNewOne)
+TEST_F(WatcherTest, AReplacedFileStillOpenElsewhereIsNotTheNewOne)
 {
     int const old = ::open(file.c_str(), O_RDONLY);
     EXPECT_EQ(after([&] { writeFileAtomically(file, "new"); }), "changed ");
@@ -125,7 +120,7 @@ TEST_F(WatcherTest, AReplacedFileThatIsStillOpenElsewhereIsNotMistakenForTheNewO
     ::close(old);
 }
 
-TEST_F(WatcherTest, TellsOfABurstOnce)
+TEST_F(WatcherTest, CoalescesBursts)
 {
     using Clock = std::chrono::steady_clock;
     std::string allowed = "changed ";
@@ -135,13 +130,13 @@ TEST_F(WatcherTest, TellsOfABurstOnce)
         fs::rename(file, folder / "aside");
         put(file, std::to_string(i));
         QCoreApplication::processEvents();
-        // On a machine that stands still for a while, the burst is two.
+        // A machine that paused for a while makes two bursts of it.
         if (Clock::now() - begin > std::chrono::milliseconds(50))
             allowed += "changed ";
     }
-    told += wait();
-    EXPECT_FALSE(told.empty());
-    EXPECT_TRUE(allowed.starts_with(told)) << told;
+    reported += wait();
+    EXPECT_FALSE(reported.empty());
+    EXPECT_TRUE(allowed.starts_with(reported)) << reported;
 }
 
 TEST_F(WatcherTest, OtherFilesDoNotMatter)
@@ -152,23 +147,23 @@ TEST_F(WatcherTest, OtherFilesDoNotMatter)
     EXPECT_EQ(after([&] { put(file, "again"); }), "changed ");
 }
 
-TEST_F(WatcherTest, TellsWhenTheFileGoesAndComes)
+TEST_F(WatcherTest, ReportsThatTheFileWentAndCameBack)
 {
     fs::path const projects = folder / "projects";
-    struct Case { char const* name; std::function<void()> change; char const* told; };
+    struct Case { char const* name; std::function<void()> change; char const* reported; };
     for (Case const& c : {
              Case{"removed", [&] { fs::remove(file); }, "vanished "},
-             Case{"made anew", [&] { put(file, "anew"); }, "changed "},
+             Case{"created again", [&] { put(file, "anew"); }, "changed "},
              Case{"with its folder", [&] { fs::remove_all(file.parent_path()); }, "vanished "},
-             Case{"folder made anew", [&] { put(file, "anew"); }, "changed "},
+             Case{"folder created again", [&] { put(file, "anew"); }, "changed "},
              Case{"and written", [&] { put(file, "again"); }, "changed "},
              Case{"folder renamed", [&] { fs::rename(projects / "Hook", projects / "Was"); }, "vanished "},
              Case{"folder renamed back", [&] { fs::rename(projects / "Was", projects / "Hook"); }, "changed "},
              Case{"with all above", [&] { fs::remove_all(projects); }, "vanished "},
-             Case{"all made anew", [&] { put(file, "anew"); }, "changed "},
+             Case{"all created again", [&] { put(file, "anew"); }, "changed "},
              Case{"and replaced", [&] { writeFileAtomically(file, "again"); }, "changed "},
          })
-        EXPECT_EQ(after(c.change), c.told) << c.name;
+        EXPECT_EQ(after(c.change), c.reported) << c.name;
 }
 
 TEST_F(WatcherTest, FollowsAFolderThatIsSwappedForAnother)
@@ -195,13 +190,13 @@ TEST_F(WatcherTest, FollowsALink)
     EXPECT_EQ(after([&] { put(folder / "real", "in place again"); }), "changed ");
 }
 
-TEST_F(WatcherTest, MayBeDeletedByWhatItTells)
+TEST_F(WatcherTest, MayBeDeletedByItsOwnSignal)
 {
     bool isDeleted = false;
-    QObject::connect(watcher.get(), &FolderWatcher::changed, [&] {
+    QObject::connect(watcher.get(), &FileWatcher::changed, [&] {
         watcher.reset();
         isDeleted = true;
-        told += "deleted ";
+        reported += "deleted ";
     });
     EXPECT_EQ(after([&] { put(file, "again"); }), "changed deleted ");
     EXPECT_TRUE(isDeleted);

@@ -1,4 +1,4 @@
-#include "workspace/folder_watcher.h"
+#include "sync/file_watcher.h"
 
 #include <QFile>
 
@@ -36,22 +36,20 @@ Path nearestAbove(Path place)
 
 } // namespace
 
-FolderWatcher::FolderWatcher(Path folder, std::string fileName, QObject* parent)
-    : QObject(parent),
-      m_folder(std::filesystem::absolute(folder / "").parent_path()),
-      m_fileName(std::move(fileName))
+FileWatcher::FileWatcher(Path const& file, QObject* parent)
+    : QObject(parent), m_file(std::filesystem::absolute(file))
 {
     m_quiet.setSingleShot(true);
     m_quiet.setInterval(quietTime);
-    connect(&m_watcher, &QFileSystemWatcher::directoryChanged, this, &FolderWatcher::folderChanged);
-    connect(&m_watcher, &QFileSystemWatcher::fileChanged, this, &FolderWatcher::fileChanged);
-    connect(&m_quiet, &QTimer::timeout, this, &FolderWatcher::settle);
+    connect(&m_watcher, &QFileSystemWatcher::directoryChanged, this, &FileWatcher::folderChanged);
+    connect(&m_watcher, &QFileSystemWatcher::fileChanged, this, &FileWatcher::fileChanged);
+    connect(&m_quiet, &QTimer::timeout, this, &FileWatcher::settle);
     watch();
-    m_seen = stampOf(file());
+    m_seen = stampOf(m_file);
     m_wasThere = m_seen.has_value();
 }
 
-std::optional<FolderWatcher::Stamp> FolderWatcher::stampOf(Path const& file)
+std::optional<FileWatcher::Stamp> FileWatcher::stampOf(Path const& file)
 {
     struct stat status {};
     if (::stat(file.c_str(), &status) != 0 || !S_ISREG(status.st_mode))
@@ -60,36 +58,37 @@ std::optional<FolderWatcher::Stamp> FolderWatcher::stampOf(Path const& file)
                  status.st_ctim.tv_nsec};
 }
 
-/// Watches what now stands under our names. The system watches what stood there when it was
-/// asked, under whatever name it goes on; so it is asked anew after every change.
-void FolderWatcher::watch()
+/// Watches what now has our names. The system watches the file that had the name when it was asked,
+/// and follows that file under any later name; so we ask again after every change.
+void FileWatcher::watch()
 {
     if (QStringList const paths = m_watcher.files() + m_watcher.directories(); !paths.isEmpty())
         m_watcher.removePaths(paths);
     m_isWatching = true;
-    // The folder above tells of the folder's own going and coming.
-    for (Path const& place : {nearestAbove(m_folder), m_folder, file()}) {
+    // The folder above reports that the folder itself was removed or created.
+    Path const folder = m_file.parent_path();
+    for (Path const& place : {nearestAbove(folder), folder, m_file}) {
         if (isThere(place) && !m_watcher.addPath(qtPath(place)) && isThere(place))
             m_isWatching = false;
     }
 }
 
-void FolderWatcher::folderChanged()
+void FileWatcher::folderChanged()
 {
     watch();
-    if (stampOf(file()) != m_seen)
+    if (stampOf(m_file) != m_seen)
         m_quiet.start();
 }
 
-void FolderWatcher::fileChanged()
+void FileWatcher::fileChanged()
 {
     watch();
     m_quiet.start();
 }
 
-void FolderWatcher::settle()
+void FileWatcher::settle()
 {
-    m_seen = stampOf(file());
+    m_seen = stampOf(m_file);
     bool const wasThere = std::exchange(m_wasThere, m_seen.has_value());
     if (m_wasThere)
         emit changed();
