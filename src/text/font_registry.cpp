@@ -1,6 +1,7 @@
 #include "text/font_registry.h"
 
 #include "text/internal/carried_fonts.h"
+#include "text/internal/emoji.h"
 #include "text/internal/font_file.h"
 #include "text/internal/installed_fonts.h"
 
@@ -16,8 +17,6 @@
 namespace framewright {
 
 namespace {
-
-QString const emojiFamily = QStringLiteral("Noto Color Emoji");
 
 /// Left to choose, Qt sets light Arabic and Hebrew in DejaVu Sans ExtraLight, which has neither.
 QStringList const scriptFamilies{
@@ -42,8 +41,6 @@ QString companionOf(QString const& family)
     }
 }
 
-} // namespace
-
 /// Whether a character is visible: neither white space nor a format character.
 bool isDrawn(char32_t letter)
 {
@@ -63,6 +60,8 @@ bool isDrawn(char32_t letter)
         return true;
     }
 }
+
+} // namespace
 
 /// Immutable after `load`, except for the caches.
 struct FontRegistry::Fonts {
@@ -136,9 +135,9 @@ void FontRegistry::Fonts::load()
         FontFace const& used = same ? *same : nearest(impliedTraits(name));
         missing.push_back({name, used.fullName(), why->second});
     }
-    if (!isFamily(emojiFamily))
+    if (!isFamily(emojiFamily()))
         missing.push_back(
-            {emojiFamily.toStdString(), nearest({}).fullName(), Missing::Why::notInstalled});
+            {emojiFamily().toStdString(), nearest({}).fullName(), Missing::Why::notInstalled});
 }
 
 FontFace const* FontRegistry::Fonts::named(std::string const& fontName) const
@@ -191,7 +190,7 @@ QFont FontRegistry::Fonts::fontOf(FontFace const& face) const
     add(face.family + QStringLiteral(" Extended"));
     add(face.family + QStringLiteral(" Vietnamese"));
     add(companionOf(face.family));
-    add(emojiFamily);
+    add(emojiFamily());
     std::ranges::for_each(scriptFamilies, add);
     QFont font;
     font.setFamilies(inTurn);

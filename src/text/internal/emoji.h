@@ -21,8 +21,8 @@ QString emojiFamily();
 /// keycaps, skin tones and families (Unicode Technical Standard 51) are never split.
 ///
 /// These ranges need the emoji family as their first choice: many text fonts have a heart or digits
-/// and would split "❤️‍🔥" and "1️⃣". Symbols with text presentation by default (❤ ☀ ©) count
-/// as emoji only before U+FE0F.
+/// and would split "❤️‍🔥" and "1️⃣". Symbols with text presentation by default (❤
+/// ☀ ©) count as emoji only before U+FE0F.
 std::vector<TextSpan> emojiRanges(QString const& text);
 
 } // namespace framewright

@@ -1,13 +1,11 @@
 #include "text/internal/text_layout.h"
 
-#include "text/internal/font_choice.h"
 #include "text/internal/line_breaking.h"
 #include "text/letter_case.h"
 
 #include <QHash>
 #include <QRawFont>
 #include <QTextBoundaryFinder>
-#include <QTextLayout>
 
 #include <algorithm>
 
@@ -15,160 +13,8 @@ namespace framewright {
 
 namespace {
 
-/// The em size at which lines are shaped; see `layOut`. At this one the emoji font's bitmaps have
-/// their stored size.
-constexpr int emPixels = 109;
-
 constexpr double minLineHeight = 1.12, maxLineHeight = 1.35; ///< In ems, between baselines.
 constexpr double minInkGap = 0.04; ///< In ems, between the ink of two lines.
-
-/// A line as shaped by the text engine, starting at (0, 0) on the baseline.
-struct ShapedLine {
-    std::vector<PlacedGlyphs> glyphs;
-    double width = 0;
-    QRectF ink;
-};
-
-/// Whether letters are joined, so that letter spacing would break them apart.
-bool isJoinedScript(QString const& text)
-{
-    return std::ranges::any_of(text, [](QChar c) {
-        switch (c.script()) {
-        case QChar::Script_Arabic:
-        case QChar::Script_Syriac:
-        case QChar::Script_Nko:
-        case QChar::Script_Mongolian:
-        case QChar::Script_Devanagari:
-        case QChar::Script_Bengali:
-        case QChar::Script_Gurmukhi:
-            return true;
-        default:
-            return false;
-        }
-    });
-}
-
-/// Whether a font has bitmap glyphs. Asking such a font for a contour would permanently corrupt the
-/// sizes the engine reports for it.
-bool isColored(QRawFont const& font)
-{
-    return !font.fontTable("CBLC").isEmpty() || !font.fontTable("sbix").isEmpty();
-}
-
-void move(PlacedGlyphs& glyphs, QPointF const& by)
-{
-    auto positions = glyphs.run.positions();
-    for (QPointF& position : positions)
-        position += by;
-    glyphs.run.setPositions(positions);
-    glyphs.ink.translate(by);
-}
-
-QFont sized(QFont font)
-{
-    font.setPixelSize(emPixels);
-    font.setHintingPreference(QFont::PreferNoHinting);
-    font.setStyleStrategy(
-        QFont::StyleStrategy(QFont::PreferAntialias | QFont::NoSubpixelAntialias));
-    return font;
-}
-
-/// Shapes lines of text in one font and its fallbacks.
-class LineShaper {
-public:
-    /// `text` is the whole text, of which parts will be shaped.
-    LineShaper(CaptionStyle const& style, QString const& text, FontRegistry const& fonts)
-        : m_font(sized(fonts.find(style.fontName).font)),
-          m_choice(m_font, text),
-          m_spacing(double(style.letterSpacing) / style.fontSize * emPixels)
-    {
-    }
-
-    QFont const& font() const { return m_font; }
-
-    /// The letter spacing used for a text.
-    double spacingIn(QString const& text) const { return isJoinedScript(text) ? 0 : m_spacing; }
-
-    ShapedLine set(QString const& text, Qt::LayoutDirection direction) const
-    {
-        double const spacing = spacingIn(text);
-        QFont font = m_font;
-        font.setLetterSpacing(QFont::AbsoluteSpacing, spacing);
-        FontChoice::Choice const chosen = m_choice.choose(text);
-        QTextLayout layout(chosen.text, font);
-        QTextOption option(Qt::AlignLeft | Qt::AlignAbsolute);
-        option.setTextDirection(direction);
-        option.setUseDesignMetrics(true);
-        option.setWrapMode(QTextOption::NoWrap);
-        layout.setTextOption(option);
-        layout.setFormats(chosen.formats);
-        layout.beginLayout();
-        QTextLine line = layout.createLine();
-        if (line.isValid()) {
-            line.setLineWidth(1e7);
-            line.setPosition({0, -line.ascent()});
-        }
-        layout.endLayout();
-
-        ShapedLine made;
-        if (!line.isValid())
-            return made;
-        for (QGlyphRun const& run : layout.glyphRuns())
-            add(run, made);
-        // The engine adds spacing after the last letter too.
-        made.width = std::max(0.0, line.naturalTextWidth() - spacing);
-        if (spacing < 0)
-            moveToOrigin(made);
-        return made;
-    }
-
-private:
-    /// With spacing so negative that letters run backwards, a line extends to the left of its
-    /// origin. Moves it right and corrects its width.
-    static void moveToOrigin(ShapedLine& line)
-    {
-        double left = 0, right = 0;
-        for (PlacedGlyphs const& glyphs : line.glyphs) {
-            auto const positions = glyphs.run.positions();
-            auto const advances =
-                glyphs.run.rawFont().advancesForGlyphIndexes(glyphs.run.glyphIndexes());
-            for (qsizetype n = 0; n < positions.size(); ++n) {
-                if (advances[n].x() <= 0)
-                    continue; // Marks.
-                left = std::min(left, positions[n].x());
-                right = std::max(right, positions[n].x() + advances[n].x());
-            }
-        }
-        if (left == 0)
-            return;
-        line.width = right - left;
-        line.ink.translate(-left, 0);
-        for (PlacedGlyphs& glyphs : line.glyphs)
-            move(glyphs, {-left, 0});
-    }
-
-    static void add(QGlyphRun const& run, ShapedLine& to)
-    {
-        QRawFont const font = run.rawFont();
-        auto const indexes = run.glyphIndexes();
-        auto const positions = run.positions();
-        QRectF ink;
-        for (qsizetype n = 0; n < indexes.size(); ++n) {
-            QRectF const bounds = font.boundingRect(indexes[n]);
-            if (bounds.isEmpty())
-                continue;
-            ink |= bounds.translated(positions[n]);
-        }
-        if (ink.isEmpty())
-            return; // Spaces.
-        to.ink |= ink;
-        to.glyphs.push_back({run, ink, isColored(font)});
-    }
-
-    QFont m_font;
-    FontChoice m_choice;
-    double m_spacing;
-};
 
 /// Vertical metrics, in ems.
 struct LineMetrics {
@@ -226,9 +72,9 @@ struct Piece {
 /// Splits a paragraph where lines may break, and words too long for a line between any clusters.
 class Pieces {
 public:
-    Pieces(QString const& paragraph, LineShaper const& setter, Qt::LayoutDirection direction,
+    Pieces(QString const& paragraph, LineShaper const& shaper, Qt::LayoutDirection direction,
            double maxWidth)
-        : m_paragraph(paragraph), m_setter(setter), m_direction(direction)
+        : m_paragraph(paragraph), m_shaper(shaper), m_direction(direction)
     {
         QTextBoundaryFinder breaks(QTextBoundaryFinder::Line, paragraph);
         qsizetype start = 0;
@@ -289,21 +135,21 @@ private:
             return *known;
         // Includes the letter spacing to the next piece.
         double const width =
-            std::max(0.0, m_setter.set(text, m_direction).width + m_setter.spacingIn(text));
+            std::max(0.0, m_shaper.shape(text, m_direction).width + m_shaper.spacingIn(text));
         return *m_widths.insert(text, width);
     }
 
     QString const& m_paragraph;
-    LineShaper const& m_setter;
+    LineShaper const& m_shaper;
     Qt::LayoutDirection m_direction;
     QHash<QString, double> m_widths;
     std::vector<Piece> m_pieces;
 };
 
-std::vector<ShapedLine> linesOf(QString const& paragraph, LineShaper const& setter, double maxWidth)
+std::vector<ShapedLine> linesOf(QString const& paragraph, LineShaper const& shaper, double maxWidth)
 {
     auto const direction = paragraph.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight;
-    Pieces const pieces(paragraph, setter, direction, maxWidth);
+    Pieces const pieces(paragraph, shaper, direction, maxWidth);
     std::vector<WordPiece> measures;
     for (Piece const& piece : pieces.all())
         measures.push_back(piece.measure);
@@ -312,7 +158,8 @@ std::vector<ShapedLine> linesOf(QString const& paragraph, LineShaper const& sett
     for (std::size_t const count : balancedLines(measures, maxWidth)) {
         Piece const& first = pieces.all()[next];
         Piece const& last = pieces.all()[next + count - 1];
-        lines.push_back(setter.set(paragraph.mid(first.start, last.end - first.start), direction));
+        lines.push_back(
+            shaper.shape(paragraph.mid(first.start, last.end - first.start), direction));
         next += count;
     }
     if (lines.empty())
@@ -350,7 +197,7 @@ TextLayout stacked(std::vector<ShapedLine> set, LineMetrics const& shape, double
         QRectF const ink = line.ink.translated(place);
         made.ink = {ink.topLeft() * unit, ink.size() * unit};
         for (PlacedGlyphs& glyphs : line.glyphs) {
-            move(glyphs, place);
+            glyphs.moveBy(place);
             made.glyphs.push_back(glyphs);
         }
         layout.height = made.letterBottom;
@@ -367,17 +214,17 @@ TextLayout layOut(std::string const& text, CaptionStyle const& style, double max
                   FontRegistry const& fonts)
 {
     QString const drawn = drawnText(text, style.uppercase);
-    LineShaper const setter(style, drawn, fonts);
+    LineShaper const shaper(style, drawn, fonts);
     double const unit = double(style.fontSize) / emPixels;
     std::vector<ShapedLine> lines;
     for (QString const& paragraph : drawn.split(u'\n')) {
-        auto more = linesOf(paragraph.trimmed(), setter, maxWidth / unit);
+        auto more = linesOf(paragraph.trimmed(), shaper, maxWidth / unit);
         std::ranges::move(more, std::back_inserter(lines));
     }
     while (!lines.empty() && isBlank(lines.back()))
         lines.pop_back();
     lines.erase(lines.begin(), std::ranges::find_if_not(lines, isBlank));
-    return stacked(std::move(lines), lineMetrics(setter.font(), style.uppercase), unit);
+    return stacked(std::move(lines), lineMetrics(shaper.font(), style.uppercase), unit);
 }
 
 QPainterPath TextLayout::contours(TextLine const& line) const

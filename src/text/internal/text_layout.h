@@ -2,8 +2,8 @@
 
 #include "model/style.h"
 #include "text/font_registry.h"
+#include "text/internal/line_shaper.h"
 
-#include <QGlyphRun>
 #include <QPainterPath>
 #include <QRectF>
 
@@ -11,13 +11,6 @@
 #include <vector>
 
 namespace framewright {
-
-/// Glyphs of one font, in the layout's units: multiply by `TextLayout::unit` for points.
-struct PlacedGlyphs {
-    QGlyphRun run; ///< Its boundingRect() is not updated when positions change; use `ink`.
-    QRectF ink;
-    bool isColored = false; ///< Bitmap glyphs, which have no contours.
-};
 
 /// A line, in points, with (0, 0) at the middle of the block's upper edge.
 struct TextLine {
