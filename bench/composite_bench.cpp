@@ -1,11 +1,11 @@
 // Draws every frame of a project as an export does and encodes none of them:
 //   bench_composite PROJECT_JSON HEIGHT
 
+#include "composition/composition_builder.h"
 #include "editor/app_state.h"
+#include "pipeline/clip_frame_source.h"
 #include "platform/user_defaults.h"
-#include "render/clip_frame_source.h"
-#include "render/composition_builder.h"
-#include "render/frame_compositor.h"
+#include "raster/frame_compositor.h"
 
 #include <QCoreApplication>
 

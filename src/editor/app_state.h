@@ -1,5 +1,6 @@
 #pragma once
 
+#include "composition/asset_store.h"
 #include "editor/asset_opening.h"
 #include "editor/project_file.h"
 #include "editor/recovery.h"
@@ -15,7 +16,6 @@
 #include "model/text_editing.h"
 #include "model/track_editing.h"
 #include "platform/user_defaults.h"
-#include "render/asset_store.h"
 #include "sync/file_watcher.h"
 
 #include <QCoro/QCoroTask>

@@ -1,5 +1,6 @@
 #include "editor/asset_opening.h"
 
+#include "raster/asset_loading.h"
 #include "workspace/media_finder.h"
 #include "workspace/workspace.h"
 

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "composition/loaded_asset.h"
 #include "editor/project_file.h"
 #include "model/media_asset.h"
 #include "model/shared.h"
-#include "render/loaded_asset.h"
-#include "render/open_files.h"
+#include "pipeline/file_identity.h"
 
 #include <filesystem>
 #include <map>

@@ -2,7 +2,6 @@
 
 #include "tasks/next_emission.h"
 #include "tasks/on_worker.h"
-#include "render/export_checks.h"
 
 #include <algorithm>
 

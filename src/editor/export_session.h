@@ -1,7 +1,7 @@
 #pragma once
 
 #include "editor/app_state.h"
-#include "render/exporter.h"
+#include "export/exporter.h"
 
 #include <QCoro/QCoroTask>
 #include <QObject>

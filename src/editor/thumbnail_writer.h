@@ -1,7 +1,7 @@
 #pragma once
 
 #include "editor/app_state.h"
-#include "render/still_frames.h"
+#include "stills/still_frames.h"
 
 #include <QObject>
 

@@ -4,7 +4,7 @@
 #include "cli/tool.h"
 #include "editor/app_state.h"
 #include "editor/export_session.h"
-#include "render/still_frames.h"
+#include "stills/still_frames.h"
 #include "styles/style_store.h"
 #include "text/font_registry.h"
 

@@ -3,9 +3,9 @@
 #include "cli/references.h"
 #include "cli/tools/editor_tools.h"
 #include "cli/tools/json_views.h"
-#include "tasks/on_worker.h"
 #include "model/time_rules.h"
-#include "render/contact_sheet.h"
+#include "stills/contact_sheet.h"
+#include "tasks/on_worker.h"
 
 #include <fmt/format.h>
 

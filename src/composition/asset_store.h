@@ -1,0 +1,36 @@
+#pragma once
+
+#include "composition/loaded_asset.h"
+#include "model/id.h"
+#include "model/shared.h"
+
+#include <map>
+#include <optional>
+
+namespace framewright {
+
+/// The opened media of a project, by asset id.
+///
+/// A value: a copy costs a counter, is not changed by later insertions into the original, and may
+/// be used on another thread. So a worker takes one along as its snapshot.
+class AssetStore {
+public:
+    /// The asset with this id; null when it has not been loaded.
+    LoadedAsset const* find(Id const& id) const;
+
+    /// Adds an asset, or puts it in the place of the one with this id.
+    void insert(Id const& id, LoadedAsset asset);
+
+    void erase(Id const& id);
+
+    /// What is drawn where no track has a picture. Without it those places are left to the canvas,
+    /// which is black too, but compositions have no filler track.
+    std::optional<LoadedAsset> filler = blackPlate();
+
+    bool operator==(AssetStore const&) const = default;
+
+private:
+    Shared<std::map<Id, LoadedAsset>> m_loaded;
+};
+
+} // namespace framewright

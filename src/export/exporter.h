@@ -1,0 +1,109 @@
+#pragma once
+
+#include "composition/asset_store.h"
+#include "media/media_info.h"
+#include "model/project.h"
+#include "raster/caption_burner.h"
+#include "tasks/watched_work.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <stop_token>
+#include <string>
+#include <string_view>
+
+namespace framewright {
+
+/// An export didn't come about. `what()` is the whole sentence the user reads. No file was left.
+class ExportError : public std::runtime_error {
+public:
+    enum class Cause {
+        emptyRange, ///< There is nothing between start and end.
+        cancelled,  ///< Somebody asked it to stop.
+        media,      ///< A source could not be read or the file not be written.
+        noSpace,    ///< The disk has not enough room for the file.
+        wrongFile,  ///< The file that was written is not the one that was to be.
+        stalled,    ///< Some of it hung: a disk or a file that doesn't answer.
+    };
+
+    ExportError(Cause errorCause, std::string const& sentence)
+        : std::runtime_error(sentence), cause(errorCause)
+    {
+    }
+
+    Cause const cause;
+};
+
+struct ExportSettings {
+    enum class Quality {
+        full,    ///< At the footage's own size; HEVC in HLG when any of it is HDR, else H.264.
+        preview, ///< Quick: 960 pixels on the long side, H.264 in standard range.
+    };
+
+    std::filesystem::path file = {};
+    std::optional<double> start = {}; ///< Seconds; the beginning by default.
+    std::optional<double> end = {}; ///< Seconds; the end of the picture by default and at the most.
+    std::optional<int> height = {}; ///< Of the output in pixels; goes before the quality's size.
+    Quality quality = Quality::full;
+};
+
+struct ExportResult {
+    std::filesystem::path file;
+    double duration = 0; ///< Seconds: of all its frames, and of the sound, which is as long.
+    PixelSize size;
+    int frames = 0;
+    int framesPerSecond = 0;
+};
+
+/// Why a movie can't be put at `file`, whatever it is: a sentence. Nothing when it can, as far as
+/// can be told before.
+std::optional<std::string> targetProblem(std::filesystem::path const& file);
+
+/// How far an export is, from 0 to 1 and never back, and what it is doing: "Rendering", then
+/// "Rendering, 12 s left", then "Finishing".
+using ExportProgress = std::function<void(double fraction, std::string_view stage)>;
+
+/// What an export learns from the machine. Tests put in their own.
+struct ExportSurroundings {
+    /// Bytes that may be written in a folder.
+    std::function<std::uintmax_t(std::filesystem::path const& folder)> freeSpace = freeBytes;
+    std::function<MediaInfo(std::filesystem::path const& file)> probe = probeMedia;
+    StallLimit stall = {};
+
+    static std::uintmax_t freeBytes(std::filesystem::path const& folder);
+};
+
+/// Renders a project into a movie file. It holds a snapshot: what happens to the project
+/// meanwhile doesn't change the movie.
+class Exporter {
+public:
+    Exporter(Project project, AssetStore assets, std::shared_ptr<CaptionBurner const> burner,
+             ExportSettings settings, ExportSurroundings surroundings = {});
+
+    /// The size that the movie will have.
+    PixelSize size() const;
+
+    /// Renders the movie. Blocks until it is written: call it on a worker thread. Calls
+    /// `progress` on that same thread, about once per percent, and stops soon after `stop` is
+    /// requested.
+    ///
+    /// Frame n shows the piece at start + n / rate. There are round(duration * rate) frames, and
+    /// at least one. Memory doesn't grow with the length.
+    /// The room on the disk is looked at before, and the finished file before it takes its place.
+    /// When nothing gets on for 30 seconds, it ends too; what hangs then is left to itself.
+    /// Throws ExportError; no file is left then, and one that stood there before stays.
+    ExportResult run(ExportProgress const& progress = {}, std::stop_token stop = {}) const;
+
+private:
+    Project m_project;
+    AssetStore m_assets;
+    std::shared_ptr<CaptionBurner const> m_burner;
+    ExportSettings m_settings;
+    ExportSurroundings m_surroundings;
+};
+
+} // namespace framewright

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "composition/composition_track.h"
+
+#include <cstdint>
+#include <span>
+
+namespace framewright {
+
+/// Where the sound of segments comes from.
+class AudioSource {
+public:
+    virtual ~AudioSource() = default;
+
+    /// Fills `interleaved` (left, right, …) with 48 kHz sound of the segment's file from sample
+    /// `first` of the file on; silence before its beginning and after its end.
+    /// Throws MediaError, which names the clip and the file.
+    virtual void read(CompositionTrackID track, CompositionSegment const& segment,
+                      std::int64_t first, std::span<float> interleaved) = 0;
+};
+
+} // namespace framewright
