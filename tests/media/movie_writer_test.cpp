@@ -157,7 +157,7 @@ TEST(AudioWriter, RoundTrips)
 {
     std::vector<int> const clicks = {1100, 2111, 50000, 99990};
     auto const audio = silenceWithClicks(100000, clicks);
-    fs::path const file = testFolder() / "sound.m4a";
+    fs::path const file = testFolder() / "clicks.m4a";
     {
         AudioWriter writer(file, 128'000);
         writer.write(std::span(audio).first(77778));

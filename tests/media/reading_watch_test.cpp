@@ -54,15 +54,15 @@ TEST(ReadingWatch, IsCalledAtEveryStepAndMayStopAtAny)
 
         // While opening, while reading ahead, and at the last step.
         for (int const last : {1, 2, 3, 5, 10, calls / 2, calls - 1, calls}) {
-            int told = 0;
+            int count = 0;
             EXPECT_THROW(c.read(c.file, c.seconds,
                                 [&] {
-                                    if (++told >= last)
+                                    if (++count >= last)
                                         throw Ended();
                                 }),
                          Ended)
                 << c.file << " at call " << last;
-            EXPECT_LE(told, last + 2) << c.file << ": it continued";
+            EXPECT_LE(count, last + 2) << c.file << ": it continued";
         }
     }
 }

@@ -15,12 +15,12 @@ namespace framewright {
 
 namespace {
 
-// A frame takes several megabytes, and rendering makes a few for each one it puts out. malloc gets
-// and returns blocks of that size with a system call each, and the kernel then clears them page by
-// page at first touch. So buffers are pooled by size. Few sizes are in use at any time: the canvas,
-// each source and the scaler's intermediate frames; pools beyond that are dropped, least recently
-// used first. The pools are the library's: their buffers are reference-counted and may be returned
-// on any thread.
+// A frame takes several megabytes, and rendering makes a few for each one it outputs. The allocator
+// tends to return blocks of that size to the system, and the kernel clears every page of a new one
+// at first touch. So buffers are pooled by size. Few sizes are in use at any time: the canvas, each
+// source and the scaler's intermediate frames; pools beyond that are dropped, least recently used
+// first. The pools are the library's: their buffers are reference-counted and may be returned on
+// any thread.
 
 /// The library frees a pool when the last of its buffers has been returned.
 struct Uninit {
