@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <numbers>
 
 namespace framewright {
@@ -105,9 +104,9 @@ void addAudioFacts(MediaInfo& info, AVStream const& stream)
 
 /// The encoder's padding at the end of a packet, as far as the packet's duration includes it.
 std::int64_t droppedAtEnd(AVPacket const& packet, AVStream const& stream,
-                          AVInputFormat const& format)
+                          ContainerFormat const& container)
 {
-    if (std::strcmp(format.name, "ogg") == 0) // Its durations exclude the padding.
+    if (!container.hasPaddingInDurations())
         return 0;
     std::size_t size = 0;
     std::uint8_t const* const skip =
@@ -134,8 +133,8 @@ double measuredEnd(MediaInput& input)
         AVStream const& stream = *input.format()->streams[packet->stream_index];
         if ((&stream == input.video() || &stream == input.audio()) &&
             packet->pts != AV_NOPTS_VALUE) {
-            std::int64_t const last = packet->pts + packet->duration -
-                                      droppedAtEnd(*packet, stream, *input.format()->iformat);
+            std::int64_t const last =
+                packet->pts + packet->duration - droppedAtEnd(*packet, stream, input.container());
             end = std::max(end, double(last - input.zero(stream)) * av_q2d(stream.time_base));
         }
         av_packet_unref(packet.get());

@@ -146,7 +146,7 @@ void AudioDecoder::seek(std::int64_t position)
     std::int64_t const stamp = m_clock->stampOf(position);
     m_input.seek(m_stream, stamp);
     reset();
-    if (!m_input.seeksReliably())
+    if (!m_input.container().seeksReliably())
         m_skipUntil = stamp;
 }
 

@@ -6,47 +6,11 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cstring>
-#include <string_view>
 #include <vector>
 
 namespace framewright {
 
 namespace {
-
-/// Self-contained formats only: a playlist would make us open whatever file or address it names.
-constexpr std::string_view demuxers[] = {
-    "mov,mp4,m4a,3gp,3g2,mj2",
-    "matroska,webm",
-    "avi",
-    "mpegts",
-    "mpeg",
-    "flv",
-    "asf",
-    "mxf",
-    "dv",
-    "ivf",
-    "yuv4mpegpipe",
-    "ogg",
-    "wav",
-    "w64",
-    "aiff",
-    "flac",
-    "mp3",
-    "aac",
-    "ac3",
-    "eac3",
-    "dts",
-    "amr",
-    "caf",
-    "au",
-    "ape",
-    "wv",
-    "tta",
-};
-
-/// Audio formats whose header does not give the exact duration; their files are small.
-constexpr std::string_view needFullScan[] = {"mp3", "ogg", "aac", "ac3", "eac3", "dts", "amr"};
 
 // At a score of 1, a stray byte pattern in any file passes for the start of an audio frame.
 constexpr int minProbeScore = 2;
@@ -143,8 +107,7 @@ void MediaInput::openContainer()
     m_watch->rethrow();
     if (score == AVERROR(ENOMEM))
         throw std::bad_alloc();
-    if (score < minProbeScore || !kind ||
-        std::ranges::find(demuxers, kind->name) == std::end(demuxers))
+    if (score < minProbeScore || !kind || !ContainerFormat(*kind).isSelfContained())
         throw notMedia(m_path);
 
     AVFormatContext* format = avformat_alloc_context();
@@ -169,7 +132,7 @@ void MediaInput::openContainer()
 
 void MediaInput::findStreamFacts(Detail detail)
 {
-    if (detail == Detail::forReading && isMov())
+    if (detail == Detail::forReading && container().isMov())
         return;
     if (m_video)
         checkImageSize(std::max(1, m_video->codecpar->width),
@@ -209,24 +172,14 @@ void MediaInput::readOnly(AVStream const& stream)
             m_format->streams[i] == &stream ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
 }
 
-bool MediaInput::is(char const* demuxer) const
+ContainerFormat MediaInput::container() const
 {
-    return std::strcmp(m_format->iformat->name, demuxer) == 0;
-}
-
-bool MediaInput::isMov() const
-{
-    return is("mov,mp4,m4a,3gp,3g2,mj2");
-}
-
-bool MediaInput::hasAbsoluteTimes() const
-{
-    return isMov() || is("matroska,webm");
+    return ContainerFormat(*m_format->iformat);
 }
 
 std::int64_t MediaInput::zero(AVStream const& stream) const
 {
-    if (hasAbsoluteTimes())
+    if (container().hasAbsoluteTimes())
         return &stream == m_audio ? m_encoderDelay : 0;
     AVStream const* first = nullptr;
     for (AVStream const* const each : {m_video, m_audio}) {
@@ -237,15 +190,15 @@ std::int64_t MediaInput::zero(AVStream const& stream) const
     }
     std::int64_t const begin =
         first ? av_rescale_q(first->start_time, first->time_base, stream.time_base) : 0;
-    // AVI numbers frames in decoding order, so all are displayed late by the reordering delay.
-    return begin + (is("avi") ? stream.codecpar->video_delay : 0);
+    // Numbered in decoding order, all frames are displayed late by the reordering delay.
+    return begin + (container().hasFrameNumbersAsTimes() ? stream.codecpar->video_delay : 0);
 }
 
 void MediaInput::findEncoderDelay()
 {
     // With an edit list the first packet is before 0 and nothing needs correcting.
     AVIndexEntry const* const first = m_audio ? avformat_index_get_entry(m_audio, 0) : nullptr;
-    if (!isMov() || !first || first->timestamp != 0)
+    if (!container().isMov() || !first || first->timestamp != 0)
         return;
     readOnly(*m_audio);
     PacketHandle const packet = newPacket();
@@ -265,14 +218,13 @@ void MediaInput::findEncoderDelay()
 
 double MediaInput::end(AVStream const& stream) const
 {
-    std::string_view const name = m_format->iformat->name;
     if (m_format->duration_estimation_method == AVFMT_DURATION_FROM_BITRATE ||
-        std::ranges::find(needFullScan, name) != std::end(needFullScan))
+        !container().givesExactDuration())
         return -1;
     if (stream.duration != AV_NOPTS_VALUE && stream.duration > 0) {
         std::int64_t const start = stream.start_time == AV_NOPTS_VALUE ? 0 : stream.start_time;
-        std::int64_t const leadIn = &stream == m_audio ? m_encoderDelay : 0;
-        return secondsOf(start - leadIn + stream.duration - zero(stream), stream.time_base);
+        std::int64_t const delay = &stream == m_audio ? m_encoderDelay : 0;
+        return secondsOf(start - delay + stream.duration - zero(stream), stream.time_base);
     }
     if (m_format->duration != AV_NOPTS_VALUE && m_format->duration > 0)
         return secondsOf(m_format->duration, AV_TIME_BASE_Q);
@@ -331,7 +283,7 @@ bool MediaInput::isTruncated() const
 {
     if (librarySaid("ended prematurely"))
         return true;
-    if (!isMov())
+    if (!container().isMov())
         return false;
     for (AVStream* const stream : {m_video, m_audio}) {
         if (!stream || stream->discard == AVDISCARD_ALL)
@@ -347,22 +299,17 @@ bool MediaInput::isTruncated() const
 std::int64_t MediaInput::firstTime(AVStream& stream) const
 {
     // In other formats the index is built while reading, so it starts wherever that started.
-    AVIndexEntry const* const first = isMov() ? avformat_index_get_entry(&stream, 0) : nullptr;
+    AVIndexEntry const* const first =
+        container().isMov() ? avformat_index_get_entry(&stream, 0) : nullptr;
     if (first)
         return first->timestamp;
     return stream.start_time != AV_NOPTS_VALUE ? stream.start_time : 0;
 }
 
-bool MediaInput::seeksReliably() const
-{
-    // When seeking in Ogg, the library sometimes assigns the requested time to the page it found.
-    return !is("ogg");
-}
-
 void MediaInput::seek(AVStream& stream, std::int64_t time)
 {
     m_isTruncationReported = false;
-    int const result = seeksReliably()
+    int const result = container().seeksReliably()
                            ? av_seek_frame(m_format.get(), stream.index, time, AVSEEK_FLAG_BACKWARD)
                            : -1;
     m_watch->rethrow();
@@ -375,8 +322,7 @@ void MediaInput::seekToStart(AVStream& stream)
     m_isTruncationReported = false;
     forgetLibraryMessages();
     int result = -1;
-    // Formats with discontinuous timestamps are sought by bytes: the first packet is at byte 0.
-    if (!(m_format->iformat->flags & AVFMT_TS_DISCONT) || is("ogg"))
+    if (container().findsStartByTime())
         result =
             av_seek_frame(m_format.get(), stream.index, firstTime(stream), AVSEEK_FLAG_BACKWARD);
     if (result < 0)

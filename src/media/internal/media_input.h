@@ -1,6 +1,7 @@
 #pragma once
 
 #include "media/internal/av_handles.h"
+#include "media/internal/container_format.h"
 #include "media/internal/descriptor.h"
 #include "media/internal/reading_watch.h"
 #include "media/media_error.h"
@@ -29,6 +30,7 @@ public:
 
     std::filesystem::path const& path() const { return m_path; }
     AVFormatContext* format() const { return m_format.get(); }
+    ContainerFormat container() const;
     AVStream* video() const { return m_video; } ///< Null when there is none.
     AVStream* audio() const { return m_audio; }
 
@@ -64,9 +66,6 @@ public:
     /// Moves to a stream's first packet. Throws MediaError.
     void seekToStart(AVStream& stream);
 
-    /// Whether `seek` finds its target and the packets after it have correct timestamps.
-    bool seeksReliably() const;
-
 private:
     struct CloseInput {
         void operator()(AVFormatContext* format) const { avformat_close_input(&format); }
@@ -77,9 +76,6 @@ private:
     void chooseStreams();
     void checkStreams() const;
     bool isTruncated() const;
-    bool is(char const* demuxer) const;
-    bool isMov() const;
-    bool hasAbsoluteTimes() const;
 
     std::filesystem::path m_path;
     std::unique_ptr<Descriptor> m_file;    ///< On the heap: m_io keeps a reference

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
-#include <cstring>
 
 namespace framewright {
 
@@ -30,7 +29,7 @@ SampleClock::SampleClock(MediaInput const& input, AVStream& stream, FirstBlock c
       m_rate(first.sampleRate),
       m_stampUnit(av_rescale_q_rnd(1, stream.time_base, {1, m_rate}, AV_ROUND_UP))
 {
-    bool const isMov = std::strncmp(input.format()->iformat->name, "mov", 3) == 0;
+    bool const isMov = input.container().isMov();
     AVCodecID const codec = stream.codecpar->codec_id;
     std::int64_t const raw = stamped(first.stamp);
     // Vorbis blocks vary in length.

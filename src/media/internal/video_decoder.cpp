@@ -3,7 +3,6 @@
 #include "media/internal/media_failure.h"
 
 #include <algorithm>
-#include <cstring>
 #include <limits>
 
 namespace framewright {
@@ -15,12 +14,6 @@ namespace {
 constexpr int maxFailuresInARow = 500;
 
 constexpr auto never = std::numeric_limits<std::int64_t>::min();
-
-/// Transport streams flag packets as corrupt after any reception error; most still decode.
-bool overreportsCorruption(AVFormatContext const& format)
-{
-    return std::strcmp(format.iformat->name, "mpegts") == 0;
-}
 
 } // namespace
 
@@ -86,7 +79,7 @@ void VideoDecoder::feed()
         m_readUpTo = m_packet->dts;
 
     bool const isBroken =
-        (m_packet->flags & AV_PKT_FLAG_CORRUPT) && !overreportsCorruption(*m_input.format());
+        (m_packet->flags & AV_PKT_FLAG_CORRUPT) && !m_input.container().overreportsCorruption();
     bool const maySkip = shown != AV_NOPTS_VALUE && shown < m_skipUntil;
     if (isWanted && maySkip)
         m_lastSkipped = std::max(m_lastSkipped.value_or(shown), shown);
