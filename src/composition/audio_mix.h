@@ -1,7 +1,7 @@
 #pragma once
 
 #include "composition/composition_track.h"
-#include "media/media_time.h"
+#include "composition/media_time.h"
 
 #include <cstdint>
 #include <map>

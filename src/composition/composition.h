@@ -3,9 +3,9 @@
 #include "composition/audio_mix.h"
 #include "composition/composition_track.h"
 #include "composition/geometry.h"
+#include "composition/media_time.h"
 #include "composition/overlay.h"
 #include "media/frame.h"
-#include "media/media_time.h"
 #include "model/aspect_preset.h"
 #include "model/id.h"
 

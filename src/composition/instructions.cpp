@@ -174,8 +174,8 @@ VideoComposition CompositionBuilder::video(Project const& project, AssetStore co
     VideoComposition video;
     video.renderSize = output.renderSize;
     video.framesPerSecond = std::max(1, output.framesPerSecond);
-    bool const isWide = output.dynamicRange == DynamicRange::ofFootage && isHDR(project, assets);
-    video.colors = isWide ? ColorTags::hlg() : ColorTags::bt709();
+    bool const makesHDR = output.dynamicRange == DynamicRange::ofFootage && isHDR(project, assets);
+    video.colors = makesHDR ? ColorTags::hlg() : ColorTags::bt709();
 
     std::vector<Track const*> const shown = shownTracks(project);
     std::vector<DrawnTrack> tracks;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "media/media_time.h"
+#include "composition/media_time.h"
 
 #include <memory>
 

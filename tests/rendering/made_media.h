@@ -2,6 +2,7 @@
 
 #include "composition/asset_store.h"
 #include "media/media_info.h"
+#include "platform/test_folder.h"
 #include "raster/asset_loading.h"
 #include "rendering/project_making.h"
 #include "rendering/test_burner.h"
@@ -16,16 +17,12 @@
 
 namespace framewright {
 
-/// A folder of its own for each test, gone with it.
+/// A fresh folder for each test, and media made in it.
 class MadeMedia : public testing::Test {
+    TestFolder const m_testFolder;
+
 protected:
-    MadeMedia()
-    {
-        std::string pattern =
-            (std::filesystem::temp_directory_path() / "framewright-XXXXXX").string();
-        folder = mkdtemp(pattern.data());
-    }
-    ~MadeMedia() override { std::filesystem::remove_all(folder); }
+    std::filesystem::path const folder = m_testFolder.path();
 
     /// Runs ffmpeg with these arguments, the last of which is the file to make in the folder.
     std::filesystem::path made(std::string const& arguments, std::string const& name) const
@@ -65,7 +62,6 @@ protected:
     }
 
     std::shared_ptr<CaptionBurner const> burner = testBurner();
-    std::filesystem::path folder;
     AssetStore assets;
 };
 

@@ -1,4 +1,4 @@
-#include "media/media_time.h"
+#include "composition/media_time.h"
 
 #include <gtest/gtest.h>
 
