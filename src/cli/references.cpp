@@ -375,10 +375,10 @@ std::string trackList(Project const& project)
     return list.empty() ? "none" : list;
 }
 
-void requireUnlocked(Project const& project, Track const& track)
+void requireUnlocked(Track const& track)
 {
     if (track.isLocked)
-        throw ToolError(trackTitle(project, track) + " is locked. Unlock it with track_set first.");
+        throw RefusedEdit({Reason::trackLocked, Subject::track(track.id)});
 }
 
 } // namespace framewright

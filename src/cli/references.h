@@ -60,7 +60,7 @@ std::string referenceList(std::vector<std::string> const& references);
 /// `v1 "Video 1", a1 "Audio 1"`; "none" for a project without tracks.
 std::string trackList(Project const& project);
 
-/// Throws ToolError when the track is locked.
-void requireUnlocked(Project const& project, Track const& track);
+/// Throws RefusedEdit when the track is locked.
+void requireUnlocked(Track const& track);
 
 } // namespace framewright

@@ -2,6 +2,7 @@
 
 #include "cli/near_words.h"
 #include "cli/protocol.h"
+#include "cli/refusal_sentences.h"
 
 #include <algorithm>
 #include <exception>
@@ -118,11 +119,27 @@ void requireAll(Tool const& tool, json const& options)
     throw ToolError(name + " needs " + missing + ". Run `cli help " + name + "`.");
 }
 
-/// The sentence of whatever a command failed with.
-std::string sentenceOf(std::exception_ptr const& failure, std::string const& command)
+/// The open project; an empty one when none is, which a refusal then says nothing of.
+Project const& openProject(ReferenceContext const& references)
+{
+    static Project const none;
+    try {
+        return references.project();
+    } catch (std::exception const&) {
+        return none;
+    }
+}
+
+/// The sentence of whatever a command failed with: the one place where a refusal, an error of a
+/// service and our own mistakes become a reply.
+std::string sentenceOf(std::exception_ptr const& failure, std::string const& command,
+                       ReferenceContext const& references)
 {
     try {
         std::rethrow_exception(failure);
+    } catch (RefusedEdit const& refused) {
+        std::string const why = sentenceOf(refused.refusal, openProject(references));
+        return refused.failure.empty() ? why : refused.failure + " " + why;
     } catch (std::bad_alloc const&) {
         return "There was not enough memory for " + command + ".";
     } catch (std::runtime_error const& error) {
@@ -168,7 +185,7 @@ Task<ToolResult> Toolbox::call(ToolCall call) const
     } catch (...) {
         failure = std::current_exception();
     }
-    co_return ToolResult::failed(sentenceOf(failure, withHyphens(call.tool)));
+    co_return ToolResult::failed(sentenceOf(failure, withHyphens(call.tool), m_references));
 }
 
 ToolArgs Toolbox::arguments(Tool const& tool, ToolCall& call) const

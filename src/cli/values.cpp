@@ -23,6 +23,22 @@ char lowered(char c)
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
+std::string digits(double seconds)
+{
+    std::array<char, 512> text;
+    double const shown = std::abs(seconds) < 0.0005 ? 0 : seconds;
+    auto const end =
+        std::to_chars(text.data(), text.data() + text.size(), shown, std::chars_format::fixed, 3)
+            .ptr;
+    std::string number(text.data(), end);
+    if (number.find('.') != std::string::npos) {
+        number.erase(number.find_last_not_of('0') + 1);
+        if (number.back() == '.')
+            number.pop_back();
+    }
+    return number;
+}
+
 } // namespace
 
 bool equalIgnoringCase(std::string_view a, std::string_view b)
@@ -47,6 +63,18 @@ std::optional<double> parseSeconds(std::string_view text)
     if (!isPlain || !wholeMinutes || !rest || *rest >= 60)
         return std::nullopt;
     return *wholeMinutes * 60 + *rest;
+}
+
+std::string secondsText(double seconds)
+{
+    return digits(seconds) + " s";
+}
+
+std::string rangeText(TimeRange const& range)
+{
+    if (std::isinf(range.end))
+        return secondsText(range.start) + " onwards";
+    return digits(range.start) + "–" + secondsText(range.end);
 }
 
 RGBAColor parseColor(std::string_view text)

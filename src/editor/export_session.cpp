@@ -51,20 +51,20 @@ QCoro::Task<Outcome<ExportResult>> ExportSession::run(ExportSettings settings,
                                                       ExportProgress progress, std::stop_token stop)
 {
     if (m_isRunning)
-        co_return Refusal{"An export is already running."};
+        co_return Refusal{Reason::exportRunning};
     m_stop = std::stop_source();
     Running const running(*this, settings.file, stop);
 
     Exporter const exporter(m_editor.project(), m_editor.assets(), m_burner, settings);
     auto const check = [assets = m_editor.project().assets,
-                        file = settings.file]() -> std::optional<std::string> {
+                        file = settings.file]() -> std::optional<Refusal> {
         if (isSource(assets, file))
-            return "That path is one of the project's source files; export somewhere else.";
+            return Refusal{Reason::exportOverSource};
         return targetProblem(file);
     };
-    std::optional<std::string> const problem = co_await onWorker(check);
+    std::optional<Refusal> const problem = co_await onWorker(check);
     if (problem)
-        co_return Refusal{*problem};
+        co_return *problem;
     auto const render = [exporter, progress, own = m_stop.get_token()] {
         return exporter.run(progress, own);
     };

@@ -1,8 +1,8 @@
 // Gathering the media of an AppState's project in the project's own folder.
 
 #include "editor/app_state.h"
-#include "tasks/on_worker.h"
 #include "model/file_url.h"
+#include "tasks/on_worker.h"
 #include "workspace/workspace.h"
 
 #include <algorithm>
@@ -56,7 +56,7 @@ std::vector<Copied> copyAll(std::vector<MediaAsset> const& assets, Path const& f
 QCoro::Task<Outcome<std::vector<Path>>> AppState::consolidateMedia(std::vector<Path> folders)
 {
     if (!isWorkspaceProject())
-        co_return Refusal{"Only projects of a workspace have a folder to gather media in."};
+        co_return Refusal{Reason::noMediaFolder};
     Path const projectFolder = m_projectFile->parent_path();
     folders.push_back(projectFolder);
     std::vector<MediaAsset> outside;

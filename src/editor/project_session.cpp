@@ -1,8 +1,8 @@
 // Opening and closing the project of an AppState.
 
 #include "editor/app_state.h"
-#include "tasks/on_worker.h"
 #include "model/file_url.h"
+#include "tasks/on_worker.h"
 #include "workspace/workspace.h"
 
 namespace framewright {
@@ -142,11 +142,8 @@ QCoro::Task<Outcome<Done>> AppState::confirmDiscardingChanges(Changes changes)
         co_return Done();
     }
     if (isWorkspaceProject())
-        co_return Refusal{m_errorMessage + " Pass --force to go on without what is not saved."};
-    co_return Refusal{
-        "“" + projectName() +
-        "” has changes that are not saved. Save it with project_save, or pass --force "
-        "to go on without them."};
+        co_return Refusal{Reason::saveFailed, Subject::named(m_errorMessage)};
+    co_return Refusal{Reason::unsavedChanges, Subject::named(projectName())};
 }
 
 QCoro::Task<Outcome<Done>> AppState::closeProject(Changes changes)
@@ -184,7 +181,7 @@ void AppState::close()
 QCoro::Task<Outcome<Done>> AppState::restoreRecovery()
 {
     if (!m_recovery.waiting())
-        co_return Refusal{"There is no recovery copy waiting."};
+        co_return Refusal{Reason::noRecoveryCopy};
     Recovery::Waiting const waiting = *m_recovery.waiting();
     ReadProject read = co_await readOnWorker(waiting.file);
 
@@ -209,7 +206,7 @@ QCoro::Task<Outcome<Done>> AppState::restoreRecovery()
 Outcome<Done> AppState::discardRecovery()
 {
     if (!m_recovery.waiting())
-        return Refusal{"There is no recovery copy waiting."};
+        return Refusal{Reason::noRecoveryCopy};
     m_recovery.discardWaiting();
     return Done();
 }

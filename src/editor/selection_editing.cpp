@@ -8,7 +8,7 @@ namespace {
 
 Refusal nothingSelected()
 {
-    return {"Nothing selected."};
+    return {Reason::nothingSelected};
 }
 
 } // namespace

@@ -182,7 +182,7 @@ void AppState::copyClips(std::span<Id const> clipIDs)
 Outcome<PlacedClips> AppState::paste()
 {
     if (m_copied.empty())
-        return Refusal{"Nothing was copied yet."};
+        return Refusal{Reason::nothingCopied};
     auto pasted = carryOut(pasteClips(m_project, m_copied, m_activeTrack, m_currentTime,
                                       freshIDs(m_copied.size()), freshIDs(m_copied.size())),
                            "Paste");
@@ -196,7 +196,7 @@ Outcome<Id> AppState::addTrack(NewTrack track)
     track.id = Id::random();
     auto const added = carryOut(framewright::addTrack(m_project, track), "Add Track");
     if (!added)
-        return Refusal{added.refusal()};
+        return added.refusal();
     return track.id;
 }
 

@@ -275,15 +275,15 @@ void checkSpace(ExportSurroundings const& surroundings, std::filesystem::path co
 
 } // namespace
 
-std::optional<std::string> targetProblem(std::filesystem::path const& file)
+std::optional<Refusal> targetProblem(std::filesystem::path const& file)
 {
     std::error_code failed;
     if (!std::filesystem::is_directory(std::filesystem::absolute(file).parent_path(), failed))
-        return "There is no folder " + file.parent_path().string() + ".";
+        return Refusal{Reason::folderMissing, Subject::named(file.parent_path().string())};
     if (std::filesystem::is_directory(file, failed))
-        return file.string() + " is a folder; give the name of a file in it.";
+        return Refusal{Reason::targetIsFolder, Subject::named(file.string())};
     if (std::filesystem::exists(file, failed) && !std::filesystem::is_regular_file(file, failed))
-        return file.string() + " is not a file that could be replaced.";
+        return Refusal{Reason::targetNotReplaceable, Subject::named(file.string())};
     return std::nullopt;
 }
 

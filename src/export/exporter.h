@@ -3,6 +3,7 @@
 #include "composition/asset_store.h"
 #include "media/media_info.h"
 #include "model/project.h"
+#include "model/refusal.h"
 #include "raster/caption_burner.h"
 #include "tasks/watched_work.h"
 
@@ -59,9 +60,9 @@ struct ExportResult {
     int framesPerSecond = 0;
 };
 
-/// Why a movie can't be put at `file`, whatever it is: a sentence. Nothing when it can, as far as
-/// can be told before.
-std::optional<std::string> targetProblem(std::filesystem::path const& file);
+/// Why no movie can be put at `file`, whatever it holds; nothing when one can, as far as is known
+/// before it is tried.
+std::optional<Refusal> targetProblem(std::filesystem::path const& file);
 
 /// How far an export is, from 0 to 1 and never back, and what it is doing: "Rendering", then
 /// "Rendering, 12 s left", then "Finishing".

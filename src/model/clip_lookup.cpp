@@ -16,14 +16,14 @@ Outcome<ClipSpot> editableClip(Project& project, Id const& clipID)
             return lockedRefusal(track);
         return ClipSpot{&track, static_cast<std::size_t>(found - track.clips->begin())};
     }
-    return Refusal{"That clip is no longer on the timeline."};
+    return Refusal{Reason::clipGone, Subject::clip(clipID)};
 }
 
 Outcome<Track*> editableTrack(Project& project, Id const& trackID)
 {
     Track* const track = project.track(trackID);
     if (!track)
-        return Refusal{"That track is no longer on the timeline."};
+        return Refusal{Reason::trackGone, Subject::track(trackID)};
     if (track->isLocked)
         return lockedRefusal(*track);
     return track;

@@ -18,10 +18,10 @@ using Ids = std::unordered_set<Id>;
 Refusal otherKindRefusal(Project const& project, Clip const& clip, Track const& target)
 {
     if (clip.isPlaceholder())
-        return {"A placeholder stays on its kind of track."};
+        return {Reason::placeholderKeepsKind, Subject::clip(clip.id)};
     if (auto refusal = kindRefusal(project, clip, target))
         return *refusal;
-    return {"A clip can only move onto another track of the same kind."};
+    return {Reason::clipKeepsKind, Subject::clip(clip.id)};
 }
 
 Outcome<Placed> moveAcross(Project project, ClipSpot spot, Track& target, double time)
@@ -51,7 +51,7 @@ std::size_t countOf(Track const& track, Ids const& ids)
 Outcome<std::vector<Track*>> editableTracksOf(Project& project, Ids const& ids)
 {
     if (ids.empty())
-        return Refusal{"Nothing is selected."};
+        return Refusal{Reason::nothingSelected};
     std::vector<Track*> tracks;
     std::size_t found = 0;
     for (Track& track : project.tracks) {
@@ -64,7 +64,7 @@ Outcome<std::vector<Track*>> editableTracksOf(Project& project, Ids const& ids)
         found += here;
     }
     if (found < ids.size())
-        return Refusal{"That clip is no longer on the timeline."};
+        return Refusal{Reason::clipGone};
     return tracks;
 }
 
@@ -101,12 +101,12 @@ Outcome<Placed> moveClip(Project project, Id const& clipID, double time,
 {
     auto const found = editableClip(project, clipID);
     if (!found)
-        return Refusal{found.refusal()};
+        return found.refusal();
     ClipSpot const spot = *found;
     if (toTrack && *toTrack != spot.track->id) {
         auto const target = editableTrack(project, *toTrack);
         if (!target)
-            return Refusal{target.refusal()};
+            return target.refusal();
         return moveAcross(std::move(project), spot, **target, time);
     }
     auto const at = moveWithin(*spot.track, spot.index, time);
@@ -121,18 +121,17 @@ Outcome<Nudged> nudgeClips(Project project, std::span<Id const> clipIDs, double 
     Ids const ids(clipIDs.begin(), clipIDs.end());
     auto const tracks = editableTracksOf(project, ids);
     if (!tracks)
-        return Refusal{tracks.refusal()};
+        return tracks.refusal();
 
     double by = std::abs(seconds);
     for (Track* const track : *tracks) {
         if (track->isMagnetic)
-            return Refusal{"Clips on a magnetic track are ordered, not positioned. Drag to "
-                           "reorder, or make the track free."};
+            return Refusal{Reason::orderedNotPositioned, Subject::track(track->id)};
         normalize(*track);
         by = seconds < 0 ? roomLeft(*track, ids, by) : roomRight(*track, ids, by);
     }
     if (!(by > timeTolerance))
-        return Refusal{"No room to nudge."};
+        return Refusal{Reason::noRoomToNudge};
 
     by = std::copysign(by, seconds);
     for (Track* const track : *tracks) {
@@ -154,7 +153,7 @@ Outcome<Removed> removeClips(Project project, std::span<Id const> clipIDs)
     Ids const ids(clipIDs.begin(), clipIDs.end());
     auto const tracks = editableTracksOf(project, ids);
     if (!tracks)
-        return Refusal{tracks.refusal()};
+        return tracks.refusal();
 
     bool closedGap = false;
     auto const isChosen = [&](Clip const& clip) { return ids.contains(clip.id); };

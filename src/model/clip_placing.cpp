@@ -83,7 +83,7 @@ std::optional<Refusal> pasteGroup(PlacedClips& result, std::vector<Clip> group, 
             return refusal;
     }
     if (!insertGroup(track, std::move(group), time))
-        return Refusal{"No room to paste at the playhead."};
+        return Refusal{Reason::noRoomToPaste};
     return std::nullopt;
 }
 
@@ -93,7 +93,7 @@ Outcome<Placed> place(Project project, Clip clip, Id const& trackID, double time
 {
     auto const found = editableTrack(project, trackID);
     if (!found)
-        return Refusal{found.refusal()};
+        return found.refusal();
     Track& track = **found;
     if (auto refusal = kindRefusal(project, clip, track))
         return *refusal;
@@ -127,7 +127,7 @@ Outcome<Placed> addPlaceholder(Project project, NewPlaceholder const& placeholde
         trackID = preferredTrack(project, TrackKind::video);
     if (!trackID) {
         auto const videoTracks = project.videoTracks();
-        return videoTracks.empty() ? Refusal{"Add a video track first."}
+        return videoTracks.empty() ? Refusal{Reason::noVideoTrack}
                                    : lockedRefusal(*videoTracks.front());
     }
 
@@ -147,7 +147,7 @@ Outcome<PlacedClips> duplicateClips(Project project, std::span<Id const> clipIDs
 {
     assert(clipIDs.size() == newIDs.size());
     if (clipIDs.empty())
-        return Refusal{"Nothing is selected."};
+        return Refusal{Reason::nothingSelected};
     std::unordered_map<Id, Id> copies;
     for (std::size_t i = 0; i < clipIDs.size(); ++i)
         copies.emplace(clipIDs[i], newIDs[i]);
@@ -167,10 +167,10 @@ Outcome<PlacedClips> duplicateClips(Project project, std::span<Id const> clipIDs
                             ? insertGroupAt(track, std::move(chosen.clips), chosen.behind)
                             : insertGroup(track, std::move(chosen.clips), end);
         if (!at)
-            return Refusal{"No room to duplicate"};
+            return Refusal{Reason::noRoomToDuplicate};
     }
     if (copied < copies.size())
-        return Refusal{"That clip is no longer on the timeline."};
+        return Refusal{Reason::clipGone};
     return PlacedClips{std::move(project), {newIDs.begin(), newIDs.end()}, {}};
 }
 
@@ -180,7 +180,7 @@ Outcome<PlacedClips> pasteClips(Project project, std::span<CopiedClip const> cli
 {
     assert(clips.size() == newIDs.size());
     if (clips.empty())
-        return Refusal{"There is nothing to paste."};
+        return Refusal{Reason::nothingCopied};
     double const first = firstStart(clips);
     PlacedClips result{std::move(project), {newIDs.begin(), newIDs.end()}, {}};
     for (TrackKind const kind :

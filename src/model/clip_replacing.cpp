@@ -14,9 +14,9 @@ namespace {
 std::optional<Refusal> replacementRefusal(MediaAsset const& asset, TrackKind kind)
 {
     if (kind == TrackKind::audio && asset.kind == MediaKind::image)
-        return Refusal{"A photo cannot replace an audio clip."};
+        return Refusal{Reason::photoForAudioClip, Subject::asset(asset)};
     if (kind == TrackKind::video && asset.kind == MediaKind::audio)
-        return Refusal{asset.displayName + " is audio; it cannot replace a video clip."};
+        return Refusal{Reason::audioForVideoClip, Subject::asset(asset)};
     return std::nullopt;
 }
 
@@ -36,10 +36,10 @@ Clip wholeFile(MediaAsset const& asset, Clip const& slot)
 Outcome<ClipSpot> sourceClip(Project& project, Id const& id, Clip const& slot)
 {
     if (id == slot.id)
-        return Refusal{"A clip cannot replace itself."};
+        return Refusal{Reason::replacesItself, Subject::clip(id)};
     auto const spot = editableClip(project, id);
     if (spot && !spot->clip().hasMedia())
-        return Refusal{clipName(project, spot->clip()) + " carries no file to bring along."};
+        return Refusal{Reason::noFileToBring, Subject::clip(id)};
     return spot;
 }
 
@@ -68,22 +68,22 @@ Outcome<Replaced> replace(Project project, Id const& clipID, Replacement const& 
 {
     auto found = editableClip(project, clipID);
     if (!found)
-        return Refusal{found.refusal()};
+        return found.refusal();
     ClipSpot spot = *found;
     Clip const slot = spot.clip();
     if (slot.isText())
-        return Refusal{"Text clips carry no file; use text-set."};
+        return Refusal{Reason::textCarriesNoFile, Subject::clip(clipID)};
 
     std::optional<ClipSpot> other;
     if (with.from == Replacement::From::timeline) {
         auto const source = sourceClip(project, with.id, slot);
         if (!source)
-            return Refusal{source.refusal()};
+            return source.refusal();
         other = *source;
     }
     MediaAsset const* const asset = project.asset(other ? other->clip().assetID : with.id);
     if (!asset)
-        return Refusal{"That file is not part of the project."};
+        return Refusal{Reason::assetGone};
     if (auto refusal = replacementRefusal(*asset, spot.track->kind))
         return *refusal;
 

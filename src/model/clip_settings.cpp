@@ -9,31 +9,30 @@ namespace framewright {
 
 namespace {
 
-/// The edges of a crop, by the names its refusals use.
 struct CropSide {
-    char const* name;
+    Setting setting;
     double ClipTransform::*side;
 };
 
 constexpr CropSide cropSides[] = {
-    {"cropLeft", &ClipTransform::cropLeft},
-    {"cropRight", &ClipTransform::cropRight},
-    {"cropTop", &ClipTransform::cropTop},
-    {"cropBottom", &ClipTransform::cropBottom},
+    {Setting::cropLeft, &ClipTransform::cropLeft},
+    {Setting::cropRight, &ClipTransform::cropRight},
+    {Setting::cropTop, &ClipTransform::cropTop},
+    {Setting::cropBottom, &ClipTransform::cropBottom},
 };
 
 std::optional<Refusal> transformRefusal(ClipTransform const& transform)
 {
     if (!(transform.scale > 0 && transform.scale <= largestScale))
-        return Refusal{"scale must be above 0 and at most 100."};
+        return outOfRange(Setting::scale);
     if (!(std::abs(transform.offsetX) <= largestOffset))
-        return Refusal{"offsetX is -100 to 100."};
+        return outOfRange(Setting::offsetX);
     if (!(std::abs(transform.offsetY) <= largestOffset))
-        return Refusal{"offsetY is -100 to 100."};
+        return outOfRange(Setting::offsetY);
     for (CropSide const& crop : cropSides) {
         double const part = transform.*crop.side;
         if (!(part >= 0 && part <= deepestCrop))
-            return Refusal{std::string(crop.name) + " is 0 to 0.45."};
+            return outOfRange(crop.setting);
     }
     return std::nullopt;
 }
@@ -45,7 +44,7 @@ Outcome<Project> updateClip(Project project, Id const& clipID,
 {
     auto const spot = editableClip(project, clipID);
     if (!spot)
-        return Refusal{spot.refusal()};
+        return spot.refusal();
     Clip const before = spot->clip();
     Clip& clip = spot->edit();
     change(clip);
@@ -61,11 +60,11 @@ Outcome<Project> setClipVolume(Project project, Id const& clipID, float volume)
 {
     auto const spot = editableClip(project, clipID);
     if (!spot)
-        return Refusal{spot.refusal()};
+        return spot.refusal();
     if (spot->clip().isText())
-        return Refusal{"A text has no level."};
+        return Refusal{Reason::textHasOwnSettings, Subject::clip(clipID)};
     if (!(volume >= 0 && volume <= highestVolume))
-        return Refusal{"volume is 0 to 1.5."};
+        return outOfRange(Setting::volume);
     spot->edit().volume = volume;
     return project;
 }
@@ -74,9 +73,9 @@ Outcome<Project> setClipTransform(Project project, Id const& clipID, ClipTransfo
 {
     auto const spot = editableClip(project, clipID);
     if (!spot)
-        return Refusal{spot.refusal()};
+        return spot.refusal();
     if (spot->track->kind != TrackKind::video)
-        return Refusal{"Scale, offset and crop apply to clips on video tracks."};
+        return Refusal{Reason::onlyVideoIsPlaced, Subject::clip(clipID)};
     if (auto refusal = transformRefusal(transform))
         return *refusal;
     spot->edit().transform = transform;
@@ -92,11 +91,11 @@ Outcome<Project> renamePlaceholder(Project project, Id const& clipID, std::strin
 {
     auto const spot = editableClip(project, clipID);
     if (!spot)
-        return Refusal{spot.refusal()};
+        return spot.refusal();
     if (!spot->clip().isPlaceholder())
-        return Refusal{"Only placeholders can be renamed."};
+        return Refusal{Reason::onlyPlaceholdersAreRenamed, Subject::clip(clipID)};
     if (name.empty())
-        return Refusal{"A placeholder needs a name."};
+        return Refusal{Reason::placeholderNameEmpty};
     spot->edit().placeholderName = name;
     return project;
 }
@@ -106,9 +105,9 @@ Outcome<Project> setPlaceholderNote(Project project, Id const& clipID,
 {
     auto const spot = editableClip(project, clipID);
     if (!spot)
-        return Refusal{spot.refusal()};
+        return spot.refusal();
     if (!spot->clip().isPlaceholder())
-        return Refusal{"Only placeholders have a note."};
+        return Refusal{Reason::onlyPlaceholdersHaveNotes, Subject::clip(clipID)};
     spot->edit().placeholderNote = note;
     return project;
 }

@@ -36,13 +36,13 @@ Outcome<DetachedAudio> detachAudio(Project project, Id const& clipID, Id const& 
 {
     auto const spot = editableClip(project, clipID);
     if (!spot)
-        return Refusal{spot.refusal()};
+        return spot.refusal();
     Clip const& clip = spot->clip();
     MediaAsset const* const asset = project.asset(clip.assetID);
     if (spot->track->kind != TrackKind::video || !asset || asset->kind != MediaKind::video)
-        return Refusal{"Only video clips have sound to detach."};
+        return Refusal{Reason::noSoundToDetach, Subject::clip(clipID)};
     if (clip.volume == 0)
-        return Refusal{"The clip is silent already."};
+        return Refusal{Reason::alreadySilent, Subject::clip(clipID)};
 
     Clip sound;
     sound.id = newID;

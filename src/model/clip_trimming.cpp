@@ -35,6 +35,17 @@ std::optional<ClipSpot> clipToSplit(Project& project, std::optional<Id> const& p
     return spotWhere(*fallback, [&](Clip const& clip) { return clip.covers(time); });
 }
 
+/// Why a clip that was meant can't be cut at this time.
+Refusal refusedSplit(Project const& project, Id const& clipID, double time)
+{
+    auto const place = findClip(project, clipID);
+    if (!place)
+        return {Reason::clipGone, Subject::clip(clipID)};
+    if (place->track->isLocked)
+        return lockedRefusal(*place->track);
+    return {Reason::splitOutsideClip, Subject::clip(clipID), place->clip->range(), time};
+}
+
 /// The clip with its new edges, at the start they ask for.
 Clip trimmed(Clip clip, Trim const& trim)
 {
@@ -74,13 +85,12 @@ std::optional<Refusal> placeRefusal(Track const& track, std::size_t index, Clip 
         track.isMagnetic ? clip.length() - before.length() : clip.end() - before.end();
     double const end = track.isMagnetic ? track.end() + later : clip.end();
     if (later > 0 && !(end <= latestTime))
-        return Refusal{"The timeline only goes to " + secondsText(latestTime) + "."};
+        return pastTimelineEnd();
     if (track.isMagnetic)
         return std::nullopt;
     TimeRange const free = freeRange(track, index);
     if (clip.timelineStart < free.start - timeTolerance || clip.end() > free.end + timeTolerance)
-        return Refusal{"That would overlap a neighbor; this clip can span " +
-                       stretchText(free.start, free.end) + "."};
+        return Refusal{Reason::overlapsNeighbor, Subject::clip(clip.id), free};
     return std::nullopt;
 }
 
@@ -97,11 +107,10 @@ Outcome<SplitClip> split(Project project, std::optional<Id> const& preferring,
 {
     auto const spot = clipToSplit(project, preferring, fallbackTrack, time);
     if (!spot)
-        return Refusal{"Could not split there."};
-    if (spot->track->isLocked)
-        return lockedRefusal(*spot->track);
-    if (!canSplit(spot->clip(), time))
-        return Refusal{"Could not split there."};
+        return preferring ? refusedSplit(project, *preferring, time)
+                          : Refusal{Reason::nothingToSplit};
+    if (spot->track->isLocked || !canSplit(spot->clip(), time))
+        return refusedSplit(project, spot->clip().id, time);
 
     std::vector<Clip>& clips = editableClips(*spot->track, 1);
     Clip& first = clips[spot->index];
@@ -116,27 +125,21 @@ Outcome<SplitClip> split(Project project, std::optional<Id> const& preferring,
     return SplitClip{std::move(project), firstID, newID};
 }
 
-std::string packedNote(double headTrimmedBy)
-{
-    return "Magnetic track: the clip stays packed against its neighbors; its head was trimmed by " +
-           secondsText(headTrimmedBy) + ".";
-}
-
 Outcome<Trimmed> trimClip(Project project, Id const& clipID, Trim const& trim)
 {
     if (!trim.start && !trim.end && !trim.in && !trim.out)
-        return Refusal{"Give start, end, in or out."};
+        return Refusal{Reason::noEdgeGiven};
     if (trim.end && trim.out)
-        return Refusal{"Give end or out, not both."};
+        return Refusal{Reason::endGivenTwice};
     auto const spot = editableClip(project, clipID);
     if (!spot)
-        return Refusal{spot.refusal()};
+        return spot.refusal();
     Clip const& before = spot->clip();
     Track& track = *spot->track;
 
     Clip after = trimmed(before, trim);
     if (!(after.timelineStart >= -timeTolerance))
-        return Refusal{"The clip cannot start before 0."};
+        return Refusal{Reason::startsBeforeZero, Subject::clip(clipID)};
     after.timelineStart = std::max(0.0, after.timelineStart);
     double const headTrimmedBy = after.sourceStart - before.sourceStart;
     auto const runs = sourceLength(project, before);
@@ -150,7 +153,9 @@ Outcome<Trimmed> trimClip(Project project, Id const& clipID, Trim const& trim)
         return *refusal;
     double const longest = std::max(longestTextLength, before.length());
     if (after.isText() && after.length() > longest + timeTolerance)
-        return Refusal{"A text can last " + secondsText(longestTextLength) + " at most."};
+        return Refusal{.reason = Reason::textTooLong,
+                       .subject = Subject::clip(clipID),
+                       .value = longestTextLength};
 
     spot->edit() = after;
     normalize(track);
@@ -166,19 +171,19 @@ Outcome<Project> slipClip(Project project, Id const& clipID, double sourceStart)
 {
     auto const spot = editableClip(project, clipID);
     if (!spot)
-        return Refusal{spot.refusal()};
+        return spot.refusal();
     Clip const& clip = spot->clip();
     if (!clip.hasMedia())
-        return Refusal{"Only clips with a file have a range to slide."};
+        return Refusal{Reason::onlyMediaSlips, Subject::clip(clipID)};
     auto const runs = sourceLength(project, clip);
     if (!runs)
-        return Refusal{"A photo shows the same picture throughout; there is nothing to slide."};
+        return Refusal{Reason::photoNeedsNoSlip, Subject::clip(clipID)};
 
     double const last = std::max(*runs, clip.sourceEnd);
     double const latestIn = last - clip.length();
     if (!(sourceStart >= -timeTolerance && sourceStart <= latestIn + timeTolerance))
-        return Refusal{"The source only runs " + stretchText(0, last) +
-                       "; this clip can begin at " + stretchText(0, latestIn) + " of it."};
+        return Refusal{Reason::slipsPastSource, Subject::clip(clipID), TimeRange{0, latestIn},
+                       last};
     Clip& edited = spot->edit();
     double const length = edited.length();
     edited.sourceStart = std::clamp(sourceStart, 0.0, std::max(0.0, latestIn));

@@ -5,7 +5,6 @@
 #include "model/track_rules.h"
 
 #include <optional>
-#include <string>
 
 namespace framewright {
 
@@ -45,9 +44,6 @@ struct Trimmed {
     /// on a magnetic track instead of starting there.
     std::optional<double> headTrimmedBy = {};
 };
-
-/// "Magnetic track: the clip stays packed against its neighbors; its head was trimmed by 0.5 s."
-std::string packedNote(double headTrimmedBy);
 
 /// Moves the edges of a clip.
 ///

@@ -8,16 +8,16 @@ namespace framewright {
 
 namespace {
 
-std::optional<Refusal> mediaRefusal(MediaAsset const* asset, TrackKind kind)
+std::optional<Refusal> mediaRefusal(Clip const& clip, MediaAsset const* asset, TrackKind kind)
 {
     if (kind == TrackKind::text)
-        return Refusal{"Text clips live on text tracks and media clips on video or audio tracks."};
+        return Refusal{Reason::textAndMediaApart};
     if (!asset)
-        return Refusal{"The clip's media file is not part of the project."};
+        return Refusal{Reason::assetGone, Subject::clip(clip.id)};
     if (kind == TrackKind::audio && asset->kind == MediaKind::image)
-        return Refusal{"A photo cannot go on an audio track."};
+        return Refusal{Reason::photoOnAudioTrack, Subject::asset(*asset)};
     if (kind == TrackKind::video && asset->kind == MediaKind::audio)
-        return Refusal{asset->displayName + " is audio; it cannot go on a video track."};
+        return Refusal{Reason::audioOnVideoTrack, Subject::asset(*asset)};
     return std::nullopt;
 }
 
@@ -25,13 +25,22 @@ std::optional<Refusal> mediaRefusal(MediaAsset const* asset, TrackKind kind)
 
 Refusal lockedRefusal(Track const& track)
 {
-    return {track.name +
-            " is locked. Unlock it from its header, panel or context menu to edit it."};
+    return {Reason::trackLocked, Subject::track(track.id)};
 }
 
 Refusal noRoomRefusal(Track const& track, double time)
 {
-    return {"No room on " + track.name + " near " + secondsText(time) + "."};
+    return {.reason = Reason::noRoom, .subject = Subject::track(track.id), .value = time};
+}
+
+Refusal pastTimelineEnd()
+{
+    return {.reason = Reason::pastTimelineEnd, .value = latestTime};
+}
+
+Refusal outOfRange(Setting setting)
+{
+    return {Reason::outOfRange, Subject::setting(setting)};
 }
 
 std::optional<double> sourceLength(Project const& project, Clip const& clip)
@@ -51,36 +60,35 @@ std::optional<Refusal> kindRefusal(Project const& project, Clip const& clip, Tra
     if (clip.isPlaceholder()) {
         if (track.kind == TrackKind::video || track.kind == TrackKind::audio)
             return std::nullopt;
-        return Refusal{"Placeholders go on video or audio tracks."};
+        return Refusal{Reason::notForPlaceholders, Subject::track(track.id)};
     }
     if (track.kind == TrackKind::subtitles)
-        return Refusal{track.name + " holds subtitle bars, not clips."};
+        return Refusal{Reason::barsOnly, Subject::track(track.id)};
     if (!clip.isText())
-        return mediaRefusal(project.asset(clip.assetID), track.kind);
+        return mediaRefusal(clip, project.asset(clip.assetID), track.kind);
     if (track.kind == TrackKind::text)
         return std::nullopt;
-    return Refusal{"Text clips live on text tracks and media clips on video or audio tracks."};
+    return Refusal{Reason::textAndMediaApart};
 }
 
 std::optional<Refusal> rangeRefusal(Project const& project, Clip const& clip, double playedBefore)
 {
     if (isTooShort(clip.length()))
-        return Refusal{"The clip would be shorter than " + secondsText(minimumClipLength) + "."};
+        return Refusal{Reason::tooShort};
 
     auto const runs = sourceLength(project, clip);
     if (runs) {
         double const last = std::max(*runs, playedBefore);
         if (clip.sourceStart < -timeTolerance || clip.sourceEnd > last + timeTolerance)
-            return Refusal{"The source only runs " + stretchText(0, last) + "."};
+            return Refusal{Reason::pastSourceEnd, {}, TimeRange{0, last}};
         return std::nullopt;
     }
     if (clip.sourceStart < -timeTolerance)
-        return Refusal{"in must be 0 or later."};
+        return outOfRange(Setting::sourceIn);
     if (clip.hasMedia() && clip.length() > longestPhotoLength + timeTolerance)
-        return Refusal{"A photo can be stretched to " + secondsText(longestPhotoLength) +
-                       " at most."};
+        return Refusal{.reason = Reason::photoTooLong, .value = longestPhotoLength};
     if (!(clip.sourceEnd <= latestTime))
-        return Refusal{"The timeline only goes to " + secondsText(latestTime) + "."};
+        return pastTimelineEnd();
     return std::nullopt;
 }
 

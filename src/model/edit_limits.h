@@ -12,11 +12,11 @@ inline constexpr double deepestCrop = 0.45;    ///< Of the picture, per side.
 inline constexpr double largestScale = 100.0;  ///< 1 fits the canvas.
 inline constexpr double largestOffset = 100.0; ///< Of the canvas, either way.
 
-/// "Video 1 is locked. Unlock it from its header, panel or context menu to edit it."
+// Refusals that several edits have in common.
 Refusal lockedRefusal(Track const& track);
-
-/// "No room on Audio 1 near 12 s."
 Refusal noRoomRefusal(Track const& track, double time);
+Refusal pastTimelineEnd();
+Refusal outOfRange(Setting setting);
 
 /// How long the file behind a clip runs; nothing for photos, placeholders and texts, which last as
 /// long as they are asked to. 0 when the project does not know the file.
@@ -36,7 +36,7 @@ std::optional<Refusal> kindRefusal(Project const& project, Clip const& clip, Tra
 std::optional<Refusal> rangeRefusal(Project const& project, Clip const& clip,
                                     double playedBefore = 0);
 
-/// What a clip is called in sentences: its placeholder's name, its words, or its file's name.
+/// What a clip is called: its placeholder's name, its words, or its file's name.
 std::string clipName(Project const& project, Clip const& clip);
 
 } // namespace framewright

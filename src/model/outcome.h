@@ -1,23 +1,17 @@
 #pragma once
 
+#include "model/refusal.h"
+
 #include <cassert>
-#include <string>
 #include <utility>
 #include <variant>
 
 namespace framewright {
 
-/// Why an edit was refused: the whole sentence the user reads. Nothing was changed.
-struct Refusal {
-    std::string sentence;
-
-    bool operator==(Refusal const&) const = default;
-};
-
-/// What an edit gives that has nothing to tell but that it was made.
+/// The result of an edit that has nothing to report but that it was made.
 struct Done {};
 
-/// What an edit gave, or the sentence that says why it was refused.
+/// What an edit made, or why it was refused.
 template <class T>
 class [[nodiscard]] Outcome {
 public:
@@ -31,11 +25,12 @@ public:
     T* operator->() { return &value(); }
     T const* operator->() const { return &value(); }
 
-    /// The sentence. Only of a refused edit.
-    std::string const& refusal() const
+    /// Only of a refused edit. An edit built on another passes its refusal on as it is, whatever
+    /// the other would have made: `if (!clip) return clip.refusal();`
+    Refusal const& refusal() const
     {
         assert(!*this);
-        return std::get<Refusal>(m_result).sentence;
+        return std::get<Refusal>(m_result);
     }
 
 private:

@@ -39,7 +39,7 @@ std::size_t characterCount(std::string_view words)
 std::optional<Refusal> lengthRefusal(double length)
 {
     if (!(length >= minimumClipLength - timeTolerance && length <= longestTextLength))
-        return Refusal{"duration must be 0.1 to 3600 seconds."};
+        return outOfRange(Setting::textLength);
     return std::nullopt;
 }
 
@@ -59,9 +59,10 @@ std::optional<Refusal> setLength(ClipSpot const& spot, double length)
     auto const next = nextStart(spot);
     double const longest = (next ? *next : latestTime) - clip.timelineStart;
     if (length > longest + timeTolerance)
-        return next ? Refusal{"That would run into the next text on " + spot.track->name +
-                              "; it can last up to " + secondsText(longest) + "."}
-                    : Refusal{"The timeline only goes to " + secondsText(latestTime) + "."};
+        return next ? Refusal{.reason = Reason::runsIntoNextText,
+                              .subject = Subject::track(spot.track->id),
+                              .value = longest}
+                    : pastTimelineEnd();
     Clip& changed = spot.edit();
     changed.sourceEnd = changed.sourceStart + length;
     normalize(*spot.track);
@@ -76,20 +77,20 @@ std::optional<Refusal> textRefusal(TextOverlay const& text, TextOverlay const* b
     };
     if (isChanged(&TextOverlay::text)) {
         if (isBlank(text.text))
-            return Refusal{"A text needs some words."};
+            return Refusal{Reason::noWords};
         if (characterCount(text.text) > mostCharacters)
-            return Refusal{"A text has at most 10000 characters."};
+            return Refusal{.reason = Reason::tooManyCharacters, .value = mostCharacters};
     }
     float const size = text.style.fontSize;
     if ((!before || size != before->style.fontSize) &&
         !(size >= smallestFont && size <= largestFont))
-        return Refusal{"size must be 8 to 240 points."};
+        return outOfRange(Setting::fontSize);
     if (isChanged(&TextOverlay::x) && !(text.x >= 0 && text.x <= 1))
-        return Refusal{"x must be 0 to 1."};
+        return outOfRange(Setting::textX);
     if (isChanged(&TextOverlay::y) && !(text.y >= 0 && text.y <= 1))
-        return Refusal{"y must be 0 to 1."};
+        return outOfRange(Setting::textY);
     if (isChanged(&TextOverlay::scale) && !(text.scale > 0 && text.scale <= largestScale))
-        return Refusal{"scale must be above 0 and at most 100."};
+        return outOfRange(Setting::scale);
     return std::nullopt;
 }
 
@@ -102,7 +103,7 @@ Outcome<Placed> addText(Project project, NewText const& text)
     if (auto refusal = textRefusal(text.text))
         return *refusal;
     if (!(text.time >= 0))
-        return Refusal{"at must be 0 or later."};
+        return outOfRange(Setting::placeTime);
 
     auto trackID = text.trackID ? text.trackID : preferredTrack(project, TrackKind::text);
     if (!trackID) {
@@ -113,9 +114,9 @@ Outcome<Placed> addText(Project project, NewText const& text)
     }
     auto const track = editableTrack(project, *trackID);
     if (!track)
-        return Refusal{track.refusal()};
+        return track.refusal();
     if ((*track)->kind != TrackKind::text)
-        return Refusal{(*track)->name + " is not a text track."};
+        return Refusal{Reason::notATextTrack, Subject::track(*trackID)};
 
     Clip clip;
     clip.id = text.id;
@@ -124,21 +125,19 @@ Outcome<Placed> addText(Project project, NewText const& text)
     clip.text = Shared(text.text);
     auto const at = insertGroup(**track, {std::move(clip)}, text.time);
     if (!at)
-        return Refusal{"No room on the text track near " + secondsText(text.time) +
-                       "; add another text track with track-add."};
+        return Refusal{.reason = Reason::noRoomForText,
+                       .subject = Subject::track(*trackID),
+                       .value = text.time};
     return Placed{std::move(project), text.id, *trackID, *at};
 }
 
 Outcome<Project> changeText(Project project, Id const& clipID, TextChanges const& changes)
 {
-    auto const place = findClip(project, clipID);
-    if (place && place->track->isLocked)
-        return Refusal{place->track->name + " is locked. Unlock it to edit this text."};
     auto const spot = editableClip(project, clipID);
     if (!spot)
-        return Refusal{spot.refusal()};
+        return spot.refusal();
     if (!spot->clip().isText())
-        return Refusal{clipName(project, spot->clip()) + " is not a text clip."};
+        return Refusal{Reason::notAText, Subject::clip(clipID)};
     if (changes.text) {
         auto const& before = spot->clip().text;
         if (auto refusal = textRefusal(*changes.text, before ? &**before : nullptr))

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <string>
-
 namespace framewright {
 
 /// Two times nearer to each other than this are the same moment. Seconds.
@@ -26,11 +24,5 @@ constexpr bool isTooShort(double length)
 {
     return !(length >= minimumClipLength - timeTolerance);
 }
-
-/// Seconds as sentences write them, to the millisecond and no longer than needed: "12.4 s", "3 s".
-std::string secondsText(double seconds);
-
-/// A stretch as sentences write it: "3–7.5 s"; "3 s onwards" when `to` is infinite.
-std::string stretchText(double from, double to);
 
 } // namespace framewright

@@ -67,22 +67,22 @@ std::size_t indexFor(Project const& project, NewTrack const& track)
 std::optional<Refusal> magneticRefusal(TrackKind kind)
 {
     if (kind == TrackKind::audio)
-        return Refusal{"Audio tracks are always free."};
+        return Refusal{Reason::audioNeverMagnetic};
     if (kind == TrackKind::subtitles)
-        return Refusal{"Subtitles tracks are never magnetic."};
+        return Refusal{Reason::subtitlesNeverMagnetic};
     return std::nullopt;
 }
 
 std::optional<Refusal> pictureRefusal(Track const& track, TrackChanges const& changes)
 {
     if (changes.isHidden.value_or(false) && track.kind == TrackKind::audio)
-        return Refusal{"Audio tracks cannot be hidden; mute them instead."};
+        return Refusal{Reason::audioNeverHidden};
     if (!changes.opacity)
         return std::nullopt;
     if (track.kind != TrackKind::video)
-        return Refusal{"Only video tracks have an opacity."};
+        return Refusal{Reason::onlyVideoHasOpacity};
     if (!(*changes.opacity >= 0 && *changes.opacity <= 1))
-        return Refusal{"opacity is 0 to 1."};
+        return outOfRange(Setting::opacity);
     return std::nullopt;
 }
 
@@ -90,11 +90,11 @@ std::optional<Refusal> soundRefusal(Track const& track, TrackChanges const& chan
 {
     bool const hasSound = track.kind == TrackKind::video || track.kind == TrackKind::audio;
     if (!hasSound && (changes.isMuted || changes.isSolo || changes.volume))
-        return Refusal{"Only video and audio tracks have sound."};
+        return Refusal{Reason::trackHasNoSound};
     if (changes.ducks && track.kind != TrackKind::audio)
-        return Refusal{"Only audio tracks duck."};
+        return Refusal{Reason::onlyAudioDucks};
     if (changes.volume && !(*changes.volume >= 0 && *changes.volume <= highestVolume))
-        return Refusal{"volume is 0 to 1.5."};
+        return outOfRange(Setting::volume);
     return std::nullopt;
 }
 
@@ -149,9 +149,9 @@ Outcome<Project> removeTrack(Project project, Id const& trackID)
 {
     auto const track = editableTrack(project, trackID);
     if (!track)
-        return Refusal{track.refusal()};
+        return track.refusal();
     if (project.tracks.size() == 1)
-        return Refusal{"A project needs at least one track."};
+        return Refusal{Reason::lastTrack};
     project.tracks.erase(project.tracks.begin() + (*track - project.tracks.data()));
     return project;
 }
@@ -160,14 +160,14 @@ Outcome<Project> moveTrack(Project project, Id const& trackID, int offset)
 {
     auto const track = editableTrack(project, trackID);
     if (!track)
-        return Refusal{track.refusal()};
+        return track.refusal();
     auto& tracks = project.tracks;
     auto const from = *track - tracks.data();
     auto const last = std::ptrdiff_t(tracks.size()) - 1;
     auto const to = std::clamp<std::ptrdiff_t>(from + offset, 0, last);
     if (to == from)
-        return Refusal{(*track)->name + (offset < 0 ? " is the topmost track already."
-                                                    : " is the bottom track already.")};
+        return Refusal{offset < 0 ? Reason::topmostTrack : Reason::bottomTrack,
+                       Subject::track(trackID)};
     if (from < to)
         std::rotate(tracks.begin() + from, tracks.begin() + from + 1, tracks.begin() + to + 1);
     else
@@ -179,11 +179,11 @@ Outcome<Project> changeTrack(Project project, Id const& trackID, TrackChanges co
 {
     Track* const track = project.track(trackID);
     if (!track)
-        return Refusal{"That track is no longer on the timeline."};
+        return Refusal{Reason::trackGone, Subject::track(trackID)};
     if (track->isLocked && changes.isLocked.value_or(true))
         return lockedRefusal(*track);
     if (changes.name && changes.name->empty())
-        return Refusal{"A track needs a name."};
+        return Refusal{Reason::trackNameEmpty};
     if (changes.isMagnetic.value_or(false)) {
         if (auto refusal = magneticRefusal(track->kind))
             return *refusal;

@@ -64,20 +64,18 @@ Outcome<std::vector<double>> sheetTimes(SheetMoments const& moments, double dura
         double const start = moments.start.value_or(0);
         double const end = std::min(moments.end.value_or(duration), duration);
         if (moments.every && !(*moments.every > 0))
-            return Refusal{"every must be positive."};
+            return Refusal{Reason::outOfRange, Subject::setting(Setting::sheetStep)};
         if (duration < timeTolerance)
-            return Refusal{"Could not make the sheet. The piece has no picture yet."};
+            return Refusal{Reason::noPicture};
         if (!(end - start > timeTolerance))
-            return Refusal{"end must be after start."};
+            return Refusal{Reason::endNotAfterStart};
         double const step = moments.every.value_or((end - start) / usualFrames);
         count = std::max(1.0, std::ceil((end - start - timeTolerance) / step));
         for (double n = 0; n < count && n < double(mostSheetFrames); ++n)
             times.push_back(start + n * step);
     }
     if (count > double(mostSheetFrames))
-        return Refusal{fmt::format("{:.0f} frames is too many for one sheet; use a larger every or "
-                                   "a narrower start/end ({} at most).",
-                                   count, mostSheetFrames)};
+        return Refusal{.reason = Reason::tooManyFrames, .value = count};
     return times;
 }
 

@@ -49,11 +49,15 @@ Path namedFolder(Path const& folder)
     return folder.has_filename() ? folder : folder.parent_path();
 }
 
-void requireFolder(Path const& folder)
+bool isThere(Path const& folder)
 {
     std::error_code error;
-    if (!std::filesystem::is_directory(folder, error))
-        throw WorkspaceError(WorkspaceMessage::gone(folder));
+    return std::filesystem::is_directory(folder, error);
+}
+
+Refusal goneRefusal(Path const& folder)
+{
+    return {Reason::folderGone, Subject::named(folder.string())};
 }
 
 ProjectListing listing(Path const& folder)
@@ -172,11 +176,11 @@ std::vector<ProjectListing> listProjects(Path const& workspace)
 Outcome<std::string> validProjectName(std::string_view name)
 {
     if (!isValidUtf8(name))
-        return Refusal{WorkspaceMessage::unusableName(name, "it is not UTF-8 text.")};
+        return Refusal{Reason::nameNotText, Subject::named(validUtf8(name))};
     QString const text = QString::fromUtf8(name.data(), qsizetype(name.size())).trimmed();
     std::string const usable = text.toStdString();
     if (usable.empty())
-        return Refusal{WorkspaceMessage::emptyName};
+        return Refusal{Reason::nameEmpty};
     auto const isControl = [](QChar c) {
         return c.category() == QChar::Other_Control || c.category() == QChar::Separator_Line ||
                c.category() == QChar::Separator_Paragraph;
@@ -184,17 +188,16 @@ Outcome<std::string> validProjectName(std::string_view name)
     if (std::any_of(text.begin(), text.end(), isControl)) {
         QString shown = text;
         std::replace_if(shown.begin(), shown.end(), isControl, QChar(QChar::ReplacementCharacter));
-        return Refusal{
-            WorkspaceMessage::unusableName(shown.toStdString(), "it holds a control character.")};
+        return Refusal{Reason::nameHasControlCharacter, Subject::named(shown.toStdString())};
     }
     if (usable.find('/') != std::string::npos)
-        return Refusal{WorkspaceMessage::unusableName(usable, "it holds a slash.")};
+        return Refusal{Reason::nameHasSlash, Subject::named(usable)};
     if (usable.starts_with('.'))
-        return Refusal{WorkspaceMessage::unusableName(usable, "it begins with a dot.")};
+        return Refusal{Reason::nameBeginsWithDot, Subject::named(usable)};
     if (usable.size() > longestName)
-        return Refusal{WorkspaceMessage::unusableName(text.left(40).toStdString() + "…",
-                                                      "it is longer than " +
-                                                          std::to_string(longestName) + " bytes.")};
+        return Refusal{.reason = Reason::nameTooLong,
+                       .subject = Subject::named(text.left(40).toStdString() + "…"),
+                       .value = double(longestName)};
     return usable;
 }
 
@@ -202,7 +205,7 @@ Outcome<Path> createProjectFolder(Path const& workspace, std::string_view name)
 {
     auto const usable = validProjectName(name);
     if (!usable)
-        return Refusal{usable.refusal()};
+        return usable.refusal();
     Path const projects = Workspace::projectsFolder(workspace);
     try {
         ensureFolder(projects);
@@ -225,18 +228,19 @@ Outcome<Path> renameProject(Path const& project, std::string_view name)
     Path const folder = namedFolder(project);
     auto const usable = validProjectName(name);
     if (!usable)
-        return Refusal{usable.refusal()};
+        return usable.refusal();
     Path const target = folder.parent_path() / *usable;
     if (target == folder)
         return folder;
-    requireFolder(folder);
+    if (!isThere(folder))
+        return goneRefusal(folder);
     // Its own name may change in case alone; any other one that is alike clashes.
     std::error_code error;
     bool const isOwn = lowerCased(*usable) == lowerCased(folder.filename().string());
     bool const isAnother = std::filesystem::exists(target, error) &&
                            !std::filesystem::equivalent(target, folder, error);
     if (isAnother || (!isOwn && freeFolder(folder.parent_path(), *usable) != target))
-        return Refusal{WorkspaceMessage::projectNameTaken(*usable)};
+        return Refusal{Reason::projectNameTaken, Subject::named(*usable)};
     std::filesystem::rename(folder, target, error);
     if (error)
         fail(folder, "renamed", error);
@@ -253,8 +257,9 @@ Outcome<Path> duplicateProject(Path const& project, std::string_view name)
     Path const folder = namedFolder(project);
     auto const usable = validProjectName(name);
     if (!usable)
-        return Refusal{usable.refusal()};
-    requireFolder(folder);
+        return usable.refusal();
+    if (!isThere(folder))
+        return goneRefusal(folder);
     Path const target = freeFolder(folder.parent_path(), *usable);
     StagedCopy copy(target);
     std::error_code error;
@@ -269,10 +274,11 @@ Outcome<Path> duplicateProject(Path const& project, std::string_view name)
     return target;
 }
 
-Path trashProject(Path const& project)
+Outcome<Path> trashProject(Path const& project)
 {
     Path const folder = namedFolder(project);
-    requireFolder(folder);
+    if (!isThere(folder))
+        return goneRefusal(folder);
     QFile entry(QFile::decodeName(folder.c_str()));
     try {
         requireTrash();

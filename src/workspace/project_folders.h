@@ -49,6 +49,6 @@ Outcome<std::filesystem::path> duplicateProject(std::filesystem::path const& fol
 
 /// Moves a project to the desktop's trash and returns where it lies there (empty when the desktop
 /// does not say). Never erases: without a trash it throws WorkspaceError and the project stays.
-std::filesystem::path trashProject(std::filesystem::path const& folder);
+Outcome<std::filesystem::path> trashProject(std::filesystem::path const& folder);
 
 } // namespace framewright

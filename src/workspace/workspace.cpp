@@ -117,20 +117,16 @@ Outcome<Path> openable(Path const& folder)
 {
     std::error_code error;
     if (!std::filesystem::exists(folder, error))
-        return Refusal{WorkspaceMessage::gone(folder)};
+        return Refusal{Reason::folderGone, Subject::named(folder.string())};
     if (!std::filesystem::is_directory(folder, error))
-        return Refusal{WorkspaceMessage::notAWorkspace(folder)};
+        return Refusal{Reason::notAWorkspace, Subject::named(folder.string())};
     std::filesystem::directory_iterator(folder, error);
     if (error)
-        return Refusal{
-            WorkspaceMessage::couldNotBeOpened(folder, systemErrorText(error.value()) + ".")};
+        throw WorkspaceError(
+            WorkspaceMessage::couldNotBeOpened(folder, systemErrorText(error.value()) + "."));
     if (!isWorkspace(folder))
-        return Refusal{WorkspaceMessage::notAWorkspace(folder)};
-    try {
-        about(folder);
-    } catch (WorkspaceError const& broken) {
-        return Refusal{broken.what()};
-    }
+        return Refusal{Reason::notAWorkspace, Subject::named(folder.string())};
+    about(folder); // Throws when its marker doesn't decode.
     return folder;
 }
 
@@ -138,12 +134,12 @@ Outcome<Path> create(Path const& parent, std::string_view name)
 {
     auto const usable = validProjectName(name);
     if (!usable)
-        return Refusal{usable.refusal()};
+        return usable.refusal();
     Path const folder = parent / *usable;
     std::error_code error;
     bool const isTaken = std::filesystem::exists(std::filesystem::symlink_status(folder, error));
     if (isTaken && !isWorkspace(folder))
-        return Refusal{WorkspaceMessage::nameTaken(*usable)};
+        return Refusal{Reason::folderNameTaken, Subject::named(*usable)};
     setUp(folder);
     return folder;
 }

@@ -49,8 +49,8 @@ std::string canonicalPath(Path const& path);
 /// Whether a file lies in a folder, at any depth, or is that folder; by their canonical paths.
 bool isInside(Path const& file, Path const& folder);
 
-/// The folder itself when a workspace can be opened there; refused when it is gone, is no
-/// workspace, or its workspace.json does not decode.
+/// The folder itself, when a workspace can be opened there. Refused when it is gone or not a
+/// workspace; throws WorkspaceError when it can't be read or its workspace.json doesn't decode.
 Outcome<Path> openable(Path const& folder);
 
 // Making one

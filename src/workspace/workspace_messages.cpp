@@ -19,23 +19,6 @@ std::string folderName(std::filesystem::path const& folder)
 
 } // namespace
 
-std::string nameTaken(std::string_view name)
-{
-    return "A folder named " + inQuotes(name) +
-           " is already there and isn't a workspace. Pick another name or place.";
-}
-
-std::string notAWorkspace(std::filesystem::path const& folder)
-{
-    return inQuotes(folderName(folder)) + " isn't a workspace.";
-}
-
-std::string gone(std::filesystem::path const& folder)
-{
-    return validUtf8(folder.string()) +
-           " is not there. It may have been moved, renamed or deleted.";
-}
-
 std::string couldNotBeOpened(std::filesystem::path const& folder, std::string_view why)
 {
     return "The workspace at " + validUtf8(folder.string()) +
@@ -48,20 +31,10 @@ std::string invalidProject(std::string_view projectName)
            "'s project.json on disk is not a valid project; the app keeps its own copy.";
 }
 
-std::string projectNameTaken(std::string_view name)
-{
-    return "A project named " + inQuotes(name) + " is already there. Pick another name.";
-}
-
 std::string couldNotBeTrashed(std::filesystem::path const& projectFolder, std::string_view why)
 {
     return inQuotes(folderName(projectFolder)) +
            " could not be moved to the trash and stays where it is: " + validUtf8(why) + ".";
-}
-
-std::string unusableName(std::string_view name, std::string_view why)
-{
-    return inQuotes(name) + " can't be a name: " + std::string(why);
 }
 
 } // namespace framewright::WorkspaceMessage

@@ -145,18 +145,6 @@ TEST(References, Assets)
               "No asset x. Assets: none; import one with media_import or give clip_add a path.");
 }
 
-TEST(References, LockedTracksSayHowToUnlockThem)
-{
-    Project project = sampleProject();
-    EXPECT_NO_THROW(requireUnlocked(project, project.tracks[2]));
-    project.tracks[2].isLocked = true;
-    EXPECT_EQ(answer([&] {
-                  requireUnlocked(project, project.tracks[2]);
-                  return "";
-              }),
-              "v2 (video 1) is locked. Unlock it with track_set first.");
-}
-
 TEST(Values, Colors)
 {
     for (Case const& c : {

@@ -96,7 +96,8 @@ struct ToolboxTest : testing::Test {
              .description = "Places it",
              .params = {track, text, name, files},
              .action = place},
-            failing("refused", [] { accepted(Outcome<int>(Refusal{"Video 1 is locked."})); }),
+            failing("refused",
+                    [] { accepted(Outcome<int>(Refusal{Reason::nothingToUndo}), "Not undone."); }),
             failing("broken", [] { throw std::runtime_error("The disk is full."); }),
             failing("wrong", [] { throw std::out_of_range("at"); }),
             failing("empty", [] { throw std::bad_alloc(); }),
@@ -238,7 +239,7 @@ TEST_F(ToolboxTest, EveryFailureIsASentence)
         char const* sentence;
     };
     for (Case const& c : {
-             Case{"refused", "Video 1 is locked."},
+             Case{"refused", "Not undone. Nothing to undo."},
              Case{"broken", "The disk is full."},
              Case{"wrong", "wrong failed unexpectedly: at."},
              Case{"empty", "There was not enough memory for empty."},

@@ -24,7 +24,8 @@ TEST(Recovery, ALooseProjectIsKeptAsideUntilItIsSaved)
     auto const file = looseProject(home, "as saved");
     awaited(home.editor().openProject(file));
     setBrief(home.editor(), "unsaved");
-    ASSERT_TRUE(eventually([&] { return std::filesystem::exists(home.editor().recovery().file()); }));
+    ASSERT_TRUE(
+        eventually([&] { return std::filesystem::exists(home.editor().recovery().file()); }));
     EXPECT_EQ(briefIn(file), "as saved") << "The user's file is the user's.";
 
     home.restart();
@@ -46,11 +47,12 @@ TEST(Recovery, ClosingWithoutTheChangesLeavesNoCopy)
     EditorHome home;
     awaited(home.editor().openProject(looseProject(home, "as saved")));
     setBrief(home.editor(), "unsaved");
-    ASSERT_TRUE(eventually([&] { return std::filesystem::exists(home.editor().recovery().file()); }));
+    ASSERT_TRUE(
+        eventually([&] { return std::filesystem::exists(home.editor().recovery().file()); }));
 
     auto const kept = awaited(home.editor().closeProject(AppState::Changes::keep));
     ASSERT_FALSE(kept);
-    EXPECT_THAT(kept.refusal(), testing::HasSubstr("“loose” has changes that are not saved."));
+    EXPECT_EQ(kept.refusal(), (Refusal{Reason::unsavedChanges, Subject::named("loose")}));
     EXPECT_TRUE(home.editor().isOpen());
 
     ASSERT_TRUE(awaited(home.editor().closeProject(AppState::Changes::discard)));
@@ -65,13 +67,15 @@ TEST(Recovery, AWaitingCopyIsNeverOverwritten)
     auto const file = looseProject(home, "as saved");
     awaited(home.editor().openProject(file));
     setBrief(home.editor(), "of the first run");
-    ASSERT_TRUE(eventually([&] { return std::filesystem::exists(home.editor().recovery().file()); }));
+    ASSERT_TRUE(
+        eventually([&] { return std::filesystem::exists(home.editor().recovery().file()); }));
 
     home.restart();
     auto const waiting = home.editor().recovery().waiting()->file;
     awaited(home.editor().openProject(file));
     setBrief(home.editor(), "of the second run");
-    ASSERT_TRUE(eventually([&] { return std::filesystem::exists(home.editor().recovery().file()); }));
+    ASSERT_TRUE(
+        eventually([&] { return std::filesystem::exists(home.editor().recovery().file()); }));
 
     EXPECT_EQ(briefIn(waiting), "of the first run");
     EXPECT_EQ(briefIn(home.editor().recovery().file()), "of the second run");

@@ -40,23 +40,72 @@ public:
 
 TEST(TimelineEditing, EachCommandIsOneStepUnderItsMenuName)
 {
-    struct Case { char const* name; std::function<bool(AppState&, Id const&)> edit; };
-    for (Case const& c : {
-             Case{"Add Placeholder", [](AppState& e, Id const&) { NewPlaceholder p; p.id = Id::random(); p.name = "x"; return bool(e.addPlaceholder(p)); }},
-             Case{"Split at Playhead", [](AppState& e, Id const&) { e.seek(3); return bool(e.splitAtPlayhead()); }},
-             Case{"Trim Clip", [](AppState& e, Id const& id) { Trim t; t.end = 3; return bool(e.trimClip(id, t)); }},
-             Case{"Move Clip", [](AppState& e, Id const& id) { return bool(e.moveClip(id, 0, std::nullopt)); }},
-             Case{"Delete Clip", [](AppState& e, Id const&) { return bool(e.deleteSelection()); }},
-             Case{"Duplicate", [](AppState& e, Id const&) { return bool(e.duplicateSelection()); }},
-             Case{"Paste", [](AppState& e, Id const&) { return e.copySelection() && e.paste(); }},
-             Case{"Change Level", [](AppState& e, Id const& id) { AppState::ClipChanges c; c.volume = 0.5f; return bool(e.changeClip(id, c)); }},
-             Case{"Transform Clip", [](AppState& e, Id const&) { ClipTransform t; t.scale = 2; return bool(e.setSelectedTransform(t)); }},
-             Case{"Rename Placeholder", [](AppState& e, Id const& id) { return bool(e.renamePlaceholder(id, "new")); }},
-             Case{"Add Track", [](AppState& e, Id const&) { NewTrack t; return bool(e.addTrack(t)); }},
-             Case{"Delete Track", [](AppState& e, Id const&) { return bool(e.removeTrack(e.project().tracks[1].id)); }},
-             Case{"Move Track", [](AppState& e, Id const&) { return bool(e.moveTrack(e.project().tracks[1].id, -1)); }},
-             Case{"Change Track", [](AppState& e, Id const&) { TrackChanges t; t.isMuted = true; return bool(e.changeTrack(e.project().tracks[0].id, t)); }},
-             Case{"Change Ratio to 1:1", [](AppState& e, Id const&) { e.changeAspect(AspectPreset::square); return true; }},
+    struct Case {
+        char const* name;
+        std::function<bool(AppState&, Id const&)> edit;
+    };
+    for (Case const &c : {
+             Case{"Add Placeholder",
+                  [](AppState&e, Id const&) {
+                      NewPlaceholder p;
+                      p.id = Id::random();
+                      p.name = "x";
+                      return bool(e.addPlaceholder(p));
+                  }},
+             Case{"Split at Playhead",
+                  [](AppState&e, Id const&) {
+                      e.seek(3);
+                      return bool(e.splitAtPlayhead());
+                  }},
+             Case{"Trim Clip",
+                  [](AppState&e, Id const&id) {
+                      Trim t;
+                      t.end = 3;
+                      return bool(e.trimClip(id, t));
+                  }},
+             Case{"Move Clip",
+                  [](AppState&e, Id const&id) { return bool(e.moveClip(id, 0, std::nullopt)); }},
+             Case{"Delete Clip", [](AppState&e, Id const&) { return bool(e.deleteSelection()); }},
+             Case{"Duplicate", [](AppState&e, Id const&) { return bool(e.duplicateSelection()); }},
+             Case{"Paste", [](AppState&e, Id const&) { return e.copySelection() && e.paste(); }},
+             Case{"Change Level",
+                  [](AppState&e, Id const&id) {
+                      AppState::ClipChanges c;
+                      c.volume = 0.5f;
+                      return bool(e.changeClip(id, c));
+                  }},
+             Case{"Transform Clip",
+                  [](AppState&e, Id const&) {
+                      ClipTransform t;
+                      t.scale = 2;
+                      return bool(e.setSelectedTransform(t));
+                  }},
+             Case{"Rename Placeholder",
+                  [](AppState&e, Id const&id) { return bool(e.renamePlaceholder(id, "new")); }},
+             Case{"Add Track",
+                  [](AppState&e, Id const&) {
+                      NewTrack t;
+                      return bool(e.addTrack(t));
+                  }},
+             Case{"Delete Track",
+                  [](AppState&e, Id const&) {
+                      return bool(e.removeTrack(e.project().tracks[1].id));
+                  }},
+             Case{"Move Track",
+                  [](AppState&e, Id const&) {
+                      return bool(e.moveTrack(e.project().tracks[1].id, -1));
+                  }},
+             Case{"Change Track",
+                  [](AppState&e, Id const&) {
+                      TrackChanges t;
+                      t.isMuted = true;
+                      return bool(e.changeTrack(e.project().tracks[0].id, t));
+                  }},
+             Case{"Change Ratio to 1:1",
+                  [](AppState&e, Id const&) {
+                      e.changeAspect(AspectPreset::square);
+                      return true;
+                  }},
          }) {
         ThreeShots shots;
         Id const second = shots.clips()[1].id;
@@ -91,7 +140,7 @@ TEST(TimelineEditing, TheSelectionFollowsTheEdit)
     ASSERT_TRUE(shots.editor().deleteSelection());
     EXPECT_FALSE(shots.editor().selectedClip()) << "What is gone is not selected.";
     EXPECT_EQ(shots.editor().currentTime(), 1.5) << "The playhead stays.";
-    EXPECT_EQ(shots.editor().deleteSelection().refusal(), "Nothing selected.");
+    EXPECT_EQ(shots.editor().deleteSelection().refusal().reason, Reason::nothingSelected);
 
     shots.editor().select(second);
     ASSERT_TRUE(shots.editor().copySelection());
@@ -116,8 +165,8 @@ TEST(TimelineEditing, ARefusedOrEmptyEditIsNoStep)
     lock.isLocked = true;
     ASSERT_TRUE(shots.editor().changeTrack(shots.editor().project().tracks[0].id, lock));
     Project const locked = shots.editor().project();
-    EXPECT_EQ(shots.editor().removeClips(std::span(&first, 1)).refusal(),
-              "Video 1 is locked. Unlock it from its header, panel or context menu to edit it.");
+    EXPECT_EQ(shots.editor().removeClips(std::span(&first, 1)).refusal().reason,
+              Reason::trackLocked);
     EXPECT_EQ(shots.editor().project(), locked);
     EXPECT_EQ(shots.editor().history().undoCount(), steps + 1);
 }

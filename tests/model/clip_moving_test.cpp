@@ -53,23 +53,21 @@ TEST(MoveClip, OntoATrackOfItsKind)
     struct Case {
         char const* moving;
         char const* track;
-        std::string refusal;
+        Expected refusal;
     };
     for (Case const& c : {
-             Case{"b", "a1", "A placeholder stays on its kind of track."},
-             Case{"b", "t1", "A placeholder stays on its kind of track."},
-             Case{"A", "a1", "A clip can only move onto another track of the same kind."},
-             Case{"A", "t1",
-                  "Text clips live on text tracks and media clips on video or audio tracks."},
-             Case{"T", "v1",
-                  "Text clips live on text tracks and media clips on video or audio tracks."},
-             Case{"A", "v9", "That track is no longer on the timeline."},
-             Case{"Z", "v1", "That clip is no longer on the timeline."},
+             Case{"b", "a1", Reason::placeholderKeepsKind},
+             Case{"b", "t1", Reason::placeholderKeepsKind},
+             Case{"A", "a1", Reason::clipKeepsKind},
+             Case{"A", "t1", Reason::textAndMediaApart},
+             Case{"T", "v1", Reason::textAndMediaApart},
+             Case{"A", "v9", Reason::trackGone},
+             Case{"Z", "v1", Reason::clipGone},
          })
-        EXPECT_EQ(moveClip(project, id(c.moving), 0, id(c.track)).refusal(), c.refusal) << c.moving;
-    EXPECT_EQ(moveClip(locked(project), id("A"), 0, id("v2")).refusal(), "V1" + locks);
-    EXPECT_EQ(moveClip(locked(project, "v2"), id("A"), 0, id("v2")).refusal(), "V2" + locks);
-    EXPECT_EQ(moveClip(locked(project), id("A"), 0).refusal(), "V1" + locks);
+        EXPECT_EQ(moveClip(project, id(c.moving), 0, id(c.track)), c.refusal) << c.moving;
+    EXPECT_EQ(moveClip(locked(project), id("A"), 0, id("v2")).refusal(), lockedTrack("v1"));
+    EXPECT_EQ(moveClip(locked(project, "v2"), id("A"), 0, id("v2")).refusal(), lockedTrack("v2"));
+    EXPECT_EQ(moveClip(locked(project), id("A"), 0).refusal(), lockedTrack("v1"));
 }
 
 TEST(NudgeClips, GoTogetherUpToAnObstacle)
@@ -98,13 +96,12 @@ TEST(NudgeClips, GoTogetherUpToAnObstacle)
     EXPECT_DOUBLE_EQ(find(frame->project, "A").timelineStart, 1 + 1.0 / 30);
 
     std::vector<Id> const one = {a};
-    EXPECT_EQ(nudgeClips(sketch("AACC"), one, 1).refusal(), "No room to nudge.");
-    EXPECT_EQ(nudgeClips(sketch("AACC"), one, -1).refusal(), "No room to nudge.");
-    EXPECT_EQ(nudgeClips(locked(sketch("A.CC")), one, 1).refusal(), "V1" + locks);
-    EXPECT_EQ(nudgeClips(magnetic(sketch("AACC")), one, 1).refusal(),
-              "Clips on a magnetic track are ordered, not positioned. Drag to reorder, or make the "
-              "track free.");
-    EXPECT_EQ(nudgeClips(sketch("AACC"), {}, 1).refusal(), "Nothing is selected.");
+    EXPECT_EQ(nudgeClips(sketch("AACC"), one, 1).refusal().reason, Reason::noRoomToNudge);
+    EXPECT_EQ(nudgeClips(sketch("AACC"), one, -1).refusal().reason, Reason::noRoomToNudge);
+    EXPECT_EQ(nudgeClips(locked(sketch("A.CC")), one, 1).refusal(), lockedTrack("v1"));
+    EXPECT_EQ(nudgeClips(magnetic(sketch("AACC")), one, 1).refusal().reason,
+              Reason::orderedNotPositioned);
+    EXPECT_EQ(nudgeClips(sketch("AACC"), {}, 1).refusal().reason, Reason::nothingSelected);
 }
 
 TEST(RemoveClips, CloseTheGapOnMagneticTracksOnly)
@@ -129,11 +126,11 @@ TEST(RemoveClips, CloseTheGapOnMagneticTracksOnly)
         EXPECT_EQ(drawing(removed->project), each.after) << each.name;
         EXPECT_EQ(removed->closedGap, each.closedGap) << each.name;
     }
-    EXPECT_EQ(removeClip(locked(sketch("AA")), a).refusal(), "V1" + locks);
-    EXPECT_EQ(removeClip(sketch("AA"), b).refusal(), "That clip is no longer on the timeline.");
+    EXPECT_EQ(removeClip(locked(sketch("AA")), a).refusal(), lockedTrack("v1"));
+    EXPECT_EQ(removeClip(sketch("AA"), b).refusal().reason, Reason::clipGone);
     EXPECT_EQ(removeClips(locked(sketch({{"v1", "AA"}, {"a1", "BB"}}), "a1"), std::vector{a, b})
                   .refusal(),
-              "A1" + locks);
+              lockedTrack("a1"));
 }
 
 } // namespace framewright

@@ -54,37 +54,33 @@ TEST(Place, EachKindHasItsTracks)
     Clip const video = clip("C");
     Clip const sound = clipOf(id("C"), id("song.wav"), 1);
     Clip const photo = clipOf(id("C"), id("face.jpg"), 1);
-    std::string const livesElsewhere =
-        "Text clips live on text tracks and media clips on video or audio tracks.";
+    auto const apart = Reason::textAndMediaApart;
     struct Case {
         char const* name;
         Clip clip;
         char const* track;
-        std::string refusal;
+        Expected refusal;
     };
     for (Case const& c : {
-             Case{"video", video, "v1", ""},
-             Case{"its sound", video, "a1", ""},
-             Case{"video", video, "t1", livesElsewhere},
-             Case{"video", video, "s1", "S1 holds subtitle bars, not clips."},
-             Case{"sound", sound, "v1", "song.wav is audio; it cannot go on a video track."},
-             Case{"sound", sound, "a1", ""},
-             Case{"photo", photo, "v1", ""},
-             Case{"photo", photo, "a1", "A photo cannot go on an audio track."},
-             Case{"text", textClip("C", 1), "t1", ""},
-             Case{"text", textClip("C", 1), "v1", livesElsewhere},
-             Case{"text", textClip("C", 1), "s1", "S1 holds subtitle bars, not clips."},
-             Case{"placeholder", placeholder("C", 1), "v1", ""},
-             Case{"placeholder", placeholder("C", 1), "a1", ""},
-             Case{"placeholder", placeholder("C", 1), "t1",
-                  "Placeholders go on video or audio tracks."},
-             Case{"placeholder", placeholder("C", 1), "s1",
-                  "Placeholders go on video or audio tracks."},
-             Case{"unknown file", clipOf(id("C"), id("gone"), 1), "v1",
-                  "The clip's media file is not part of the project."},
+             Case{"video", video, "v1", {}},
+             Case{"its sound", video, "a1", {}},
+             Case{"video", video, "t1", apart},
+             Case{"video", video, "s1", Reason::barsOnly},
+             Case{"sound", sound, "v1", Reason::audioOnVideoTrack},
+             Case{"sound", sound, "a1", {}},
+             Case{"photo", photo, "v1", {}},
+             Case{"photo", photo, "a1", Reason::photoOnAudioTrack},
+             Case{"text", textClip("C", 1), "t1", {}},
+             Case{"text", textClip("C", 1), "v1", apart},
+             Case{"text", textClip("C", 1), "s1", Reason::barsOnly},
+             Case{"placeholder", placeholder("C", 1), "v1", {}},
+             Case{"placeholder", placeholder("C", 1), "a1", {}},
+             Case{"placeholder", placeholder("C", 1), "t1", Reason::notForPlaceholders},
+             Case{"placeholder", placeholder("C", 1), "s1", Reason::notForPlaceholders},
+             Case{"unknown file", clipOf(id("C"), id("gone"), 1), "v1", Reason::assetGone},
          }) {
         auto const placed = place(project, c.clip, id(c.track), 0);
-        EXPECT_EQ(placed ? "" : placed.refusal(), c.refusal) << c.name << " on " << c.track;
+        EXPECT_EQ(placed, c.refusal) << c.name << " on " << c.track;
     }
 }
 
@@ -96,32 +92,28 @@ TEST(Place, RefusalsSayWhy)
         Project project;
         Clip clip;
         double time;
-        char const* refusal;
+        Expected refusal;
     };
     for (Case const& c : {
-             Case{project, clipOf(id("C"), talk, 0.09), 0, "The clip would be shorter than 0.1 s."},
-             Case{project, clipOf(id("C"), talk, 0.1), 0, ""},
-             Case{project, clipOf(id("C"), talk, std::nan("")), 0,
-                  "The clip would be shorter than 0.1 s."},
-             Case{project, clipOf(id("C"), talk, 5, 96), 0, "The source only runs 0–100 s."},
-             Case{project, clipOf(id("C"), talk, 5, 95), 0, ""},
-             Case{project, clipOf(id("C"), talk, 5, -1), 0, "The source only runs 0–100 s."},
-             Case{project, clipOf(id("C"), id("face.jpg"), 60, 0), 0, ""},
-             Case{project, clipOf(id("C"), id("face.jpg"), 60.1, 0), 0,
-                  "A photo can be stretched to 60 s at most."},
-             Case{project, clip("C"), 2e6, "No room on V1 near 2000000 s."},
-             Case{project, clip("C"), latestTime, ""},
-             Case{project, placeholder("C", 2e6), 0, "The timeline only goes to 1000000 s."},
-             Case{project, placeholder("C", latestTime - 1), 2, "No room on V1 near 2 s."},
-             Case{magnetic(project), placeholder("C", latestTime - 1), 0,
-                  "No room on V1 near 0 s."},
+             Case{project, clipOf(id("C"), talk, 0.09), 0, Reason::tooShort},
+             Case{project, clipOf(id("C"), talk, 0.1), 0, {}},
+             Case{project, clipOf(id("C"), talk, std::nan("")), 0, Reason::tooShort},
+             Case{project, clipOf(id("C"), talk, 5, 96), 0, Reason::pastSourceEnd},
+             Case{project, clipOf(id("C"), talk, 5, 95), 0, {}},
+             Case{project, clipOf(id("C"), talk, 5, -1), 0, Reason::pastSourceEnd},
+             Case{project, clipOf(id("C"), id("face.jpg"), 60, 0), 0, {}},
+             Case{project, clipOf(id("C"), id("face.jpg"), 60.1, 0), 0, Reason::photoTooLong},
+             Case{project, clip("C"), 2e6, Reason::noRoom},
+             Case{project, clip("C"), latestTime, {}},
+             Case{project, placeholder("C", 2e6), 0, Reason::pastTimelineEnd},
+             Case{project, placeholder("C", latestTime - 1), 2, Reason::noRoom},
+             Case{magnetic(project), placeholder("C", latestTime - 1), 0, Reason::noRoom},
          }) {
         auto const placed = place(c.project, c.clip, id("v1"), c.time);
-        EXPECT_EQ(placed ? "" : placed.refusal(), c.refusal);
+        EXPECT_EQ(placed, c.refusal);
     }
-    EXPECT_EQ(place(locked(project), clip("C"), id("v1"), 0).refusal(), "V1" + locks);
-    EXPECT_EQ(place(project, clip("C"), id("v9"), 0).refusal(),
-              "That track is no longer on the timeline.");
+    EXPECT_EQ(place(locked(project), clip("C"), id("v1"), 0).refusal(), lockedTrack("v1"));
+    EXPECT_EQ(place(project, clip("C"), id("v9"), 0).refusal().reason, Reason::trackGone);
 }
 
 TEST(PreferredTrack, IsTheGivenOneOrTheFirstThatMayBeEdited)
@@ -148,14 +140,16 @@ TEST(AddPlaceholder, GoesToTheEndOfTheFirstVideoTrack)
         project, {.id = id("p"), .name = "Music", .length = 2, .trackID = id("a1"), .time = 4});
     EXPECT_EQ(drawing(music->project, "a1"), "C...pp");
 
-    EXPECT_EQ(addPlaceholder(project, {.id = id("p"), .name = "x", .trackID = id("t1")}).refusal(),
-              "Placeholders go on video or audio tracks.");
-    EXPECT_EQ(addPlaceholder(project, {.id = id("p"), .name = "x", .length = 0.05}).refusal(),
-              "The clip would be shorter than 0.1 s.");
-    EXPECT_EQ(addPlaceholder(sketch({{"a1", ""}}), {.id = id("p"), .name = "x"}).refusal(),
-              "Add a video track first.");
+    EXPECT_EQ(
+        addPlaceholder(project, {.id = id("p"), .name = "x", .trackID = id("t1")}).refusal().reason,
+        Reason::notForPlaceholders);
+    EXPECT_EQ(
+        addPlaceholder(project, {.id = id("p"), .name = "x", .length = 0.05}).refusal().reason,
+        Reason::tooShort);
+    EXPECT_EQ(addPlaceholder(sketch({{"a1", ""}}), {.id = id("p"), .name = "x"}).refusal().reason,
+              Reason::noVideoTrack);
     EXPECT_EQ(addPlaceholder(locked(sketch("")), {.id = id("p"), .name = "x"}).refusal(),
-              "V1" + locks);
+              lockedTrack("v1"));
 }
 
 TEST(DuplicateClips, GoRightBehind)
@@ -208,12 +202,13 @@ TEST(DuplicateClips, AllOrNone)
     Project const project = locked(sketch({{"v1", "AA"}, {"a1", "BB"}}), "a1");
     std::vector<Id> const copies = {id("X"), id("Y")};
     EXPECT_EQ(duplicateClips(project, std::vector{id("A"), id("B")}, copies).refusal(),
-              "A1" + locks);
-    EXPECT_EQ(duplicateClips(project, std::vector{id("A"), id("Z")}, copies).refusal(),
-              "That clip is no longer on the timeline.");
+              lockedTrack("a1"));
+    EXPECT_EQ(duplicateClips(project, std::vector{id("A"), id("Z")}, copies).refusal().reason,
+              Reason::clipGone);
     auto const full = place(sketch(""), placeholder("A", latestTime), id("v1"), 0);
-    EXPECT_EQ(duplicateClips(full->project, std::vector{id("A")}, std::vector{id("X")}).refusal(),
-              "No room to duplicate");
+    EXPECT_EQ(
+        duplicateClips(full->project, std::vector{id("A")}, std::vector{id("X")}).refusal().reason,
+        Reason::noRoomToDuplicate);
 }
 
 TEST(PasteClips, GoToThePlayheadOfAPreferredTrack)
@@ -235,10 +230,10 @@ TEST(PasteClips, GoToThePlayheadOfAPreferredTrack)
     EXPECT_EQ(drawing(added->project, "v9"), ".XX");
     EXPECT_EQ(added->project.tracks[1].name, "Video 2");
 
-    EXPECT_EQ(paste(sketch("AA"), {}, 3e6).refusal(), "No room to paste at the playhead.");
+    EXPECT_EQ(paste(sketch("AA"), {}, 3e6).refusal().reason, Reason::noRoomToPaste);
     Project noFile = sketch("AA");
     noFile.assets = Shared<std::map<Id, MediaAsset>>();
-    EXPECT_EQ(paste(noFile, {}, 0).refusal(), "The clip's media file is not part of the project.");
+    EXPECT_EQ(paste(noFile, {}, 0).refusal().reason, Reason::assetGone);
 }
 
 TEST(PasteClips, KeepTheirDistances)

@@ -27,37 +27,37 @@ TEST(ClipSettings, StayWithinTheirLimits)
     };
     struct Case {
         Outcome<Project> done;
-        std::string refusal;
+        Expected refusal;
     };
     for (Case const& c : {
-             Case{volume("A", 0), ""},
-             Case{volume("S", 1.5f), ""},
-             Case{volume("S", 1.51f), "volume is 0 to 1.5."},
-             Case{volume("S", -0.1f), "volume is 0 to 1.5."},
-             Case{volume("S", std::nanf("")), "volume is 0 to 1.5."},
-             Case{volume("T", 1), "A text has no level."},
+             Case{volume("A", 0), {}},
+             Case{volume("S", 1.5f), {}},
+             Case{volume("S", 1.51f), beyond(Setting::volume)},
+             Case{volume("S", -0.1f), beyond(Setting::volume)},
+             Case{volume("S", std::nanf("")), beyond(Setting::volume)},
+             Case{volume("T", 1), Reason::textHasOwnSettings},
              Case{transform("A",
                             {.scale = 1.78, .offsetX = -0.5, .cropLeft = 0.45, .cropRight = 0.45}),
-                  ""},
-             Case{transform("p", {.scale = 0.5}), ""},
-             Case{transform("A", {.scale = 0}), "scale must be above 0 and at most 100."},
-             Case{transform("A", {.scale = -1}), "scale must be above 0 and at most 100."},
-             Case{transform("A", {.cropTop = 0.46}), "cropTop is 0 to 0.45."},
-             Case{transform("A", {.cropBottom = -0.01}), "cropBottom is 0 to 0.45."},
-             Case{transform("A", {.offsetY = std::nan("")}), "offsetY is -100 to 100."},
-             Case{transform("S", {}), "Scale, offset and crop apply to clips on video tracks."},
-             Case{transform("T", {}), "Scale, offset and crop apply to clips on video tracks."},
-             Case{renamePlaceholder(timeline(), id("p"), "Pour"), ""},
-             Case{renamePlaceholder(timeline(), id("p"), ""), "A placeholder needs a name."},
+                  {}},
+             Case{transform("p", {.scale = 0.5}), {}},
+             Case{transform("A", {.scale = 0}), beyond(Setting::scale)},
+             Case{transform("A", {.scale = -1}), beyond(Setting::scale)},
+             Case{transform("A", {.cropTop = 0.46}), beyond(Setting::cropTop)},
+             Case{transform("A", {.cropBottom = -0.01}), beyond(Setting::cropBottom)},
+             Case{transform("A", {.offsetY = std::nan("")}), beyond(Setting::offsetY)},
+             Case{transform("S", {}), Reason::onlyVideoIsPlaced},
+             Case{transform("T", {}), Reason::onlyVideoIsPlaced},
+             Case{renamePlaceholder(timeline(), id("p"), "Pour"), {}},
+             Case{renamePlaceholder(timeline(), id("p"), ""), Reason::placeholderNameEmpty},
              Case{renamePlaceholder(timeline(), id("A"), "Pour"),
-                  "Only placeholders can be renamed."},
-             Case{setPlaceholderNote(timeline(), id("A"), "n"), "Only placeholders have a note."},
-             Case{setClipVolume(locked(timeline()), id("A"), 1), "V1" + locks},
-             Case{resetClipTransform(locked(timeline()), id("A")), "V1" + locks},
-             Case{renamePlaceholder(locked(timeline()), id("p"), "x"), "V1" + locks},
-             Case{updateClip(locked(timeline()), id("A"), [](Clip&) {}), "V1" + locks},
+                  Reason::onlyPlaceholdersAreRenamed},
+             Case{setPlaceholderNote(timeline(), id("A"), "n"), Reason::onlyPlaceholdersHaveNotes},
+             Case{setClipVolume(locked(timeline()), id("A"), 1), lockedTrack("v1")},
+             Case{resetClipTransform(locked(timeline()), id("A")), lockedTrack("v1")},
+             Case{renamePlaceholder(locked(timeline()), id("p"), "x"), lockedTrack("v1")},
+             Case{updateClip(locked(timeline()), id("A"), [](Clip&) {}), lockedTrack("v1")},
          })
-        EXPECT_EQ(c.done ? "" : c.done.refusal(), c.refusal);
+        EXPECT_EQ(c.done, c.refusal);
 }
 
 TEST(ClipSettings, AreSet)
@@ -111,13 +111,14 @@ TEST(DetachAudio, GoesWhereThereIsRoomAtThatTime)
         EXPECT_EQ(find(done->project, "X").sourceStart, 10) << c.name;
     }
     auto const done = detachAudio(sketch("A"), id("A"), id("X"), id("a9"));
-    EXPECT_EQ(detachAudio(done->project, id("A"), id("Y"), id("a8")).refusal(),
-              "The clip is silent already.");
-    EXPECT_EQ(detachAudio(timeline(), id("p"), id("X"), id("a9")).refusal(),
-              "Only video clips have sound to detach.");
-    EXPECT_EQ(detachAudio(timeline(), id("S"), id("X"), id("a9")).refusal(),
-              "Only video clips have sound to detach.");
-    EXPECT_EQ(detachAudio(locked(timeline()), id("A"), id("X"), id("a9")).refusal(), "V1" + locks);
+    EXPECT_EQ(detachAudio(done->project, id("A"), id("Y"), id("a8")).refusal().reason,
+              Reason::alreadySilent);
+    EXPECT_EQ(detachAudio(timeline(), id("p"), id("X"), id("a9")).refusal().reason,
+              Reason::noSoundToDetach);
+    EXPECT_EQ(detachAudio(timeline(), id("S"), id("X"), id("a9")).refusal().reason,
+              Reason::noSoundToDetach);
+    EXPECT_EQ(detachAudio(locked(timeline()), id("A"), id("X"), id("a9")).refusal(),
+              lockedTrack("v1"));
 }
 
 TEST(ClampAudioToTimeline, MovesWhatStartsBeforeZeroAndLeavesTheEnd)

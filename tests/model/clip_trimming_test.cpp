@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 namespace framewright {
 
 TEST(Split, CutsWithATenthOfASecondToSpare)
@@ -21,7 +23,8 @@ TEST(Split, CutsWithATenthOfASecondToSpare)
             auto const cut = split(project, id("A"), std::nullopt, c.time, id("X"));
             ASSERT_EQ(bool(cut), c.isCut) << c.time;
             if (!cut) {
-                EXPECT_EQ(cut.refusal(), "Could not split there.");
+                EXPECT_EQ(cut.refusal(), (Refusal{Reason::splitOutsideClip, Subject::clip(id("A")),
+                                                  TimeRange{2, 6}, c.time}));
                 continue;
             }
             Clip const& first = find(cut->project, "A");
@@ -70,10 +73,12 @@ TEST(Split, FallsBackToTheClipUnderTheTime)
     EXPECT_EQ(split(project, std::nullopt, id("v1"), 3, id("X"))->firstID, id("B"));
     EXPECT_EQ(split(project, id("A"), id("a1"), 3, id("X"))->firstID, id("C")) << "A is not there";
     EXPECT_EQ(split(project, id("C"), id("v1"), 3, id("X"))->firstID, id("C"));
-    EXPECT_EQ(split(project, id("A"), id("v1"), 9, id("X")).refusal(), "Could not split there.");
-    EXPECT_EQ(split(project, std::nullopt, std::nullopt, 1, id("X")).refusal(),
-              "Could not split there.");
-    EXPECT_EQ(split(locked(project), id("A"), std::nullopt, 1, id("X")).refusal(), "V1" + locks);
+    EXPECT_EQ(split(project, std::nullopt, std::nullopt, 1, id("X")),
+              Expected(Reason::nothingToSplit));
+    EXPECT_EQ(split(project, id("Z"), id("v1"), 9, id("X")), Expected(Reason::clipGone));
+    for (double const time : {1, 9})
+        EXPECT_EQ(split(locked(project), id("A"), std::nullopt, time, id("X")).refusal(),
+                  lockedTrack("v1"));
     EXPECT_TRUE(split(locked(project, "a1"), id("A"), id("a1"), 1, id("X")))
         << "A's track is not locked";
 }
@@ -136,59 +141,49 @@ TEST(TrimClip, OnAMagneticTrackLaterClipsFollow)
         EXPECT_EQ(done->headTrimmedBy, c.head) << c.name;
         EXPECT_EQ(done->start, 2) << c.name;
     }
-    EXPECT_EQ(packedNote(0.5), "Magnetic track: the clip stays packed against its neighbors; its "
-                               "head was trimmed by 0.5 s.");
 }
 
 TEST(TrimClip, RefusalsSayWhatBoundsIt)
 {
     Project const free = sketch("A..BBBB..C");
     Project const packed = magnetic(sketch("AABBBB"));
+    auto const span = [](char const* clip, TimeRange range) {
+        return Refusal{Reason::overlapsNeighbor, Subject::clip(id(clip)), range};
+    };
+    double const endless = std::numeric_limits<double>::infinity();
     struct Case {
         Project project;
         char const* clip;
         Trim trim;
-        std::string refusal;
+        Expected refusal;
     };
     for (Case const& c : {
-             Case{free, "B", {}, "Give start, end, in or out."},
-             Case{free, "B", {.end = 5, .out = 12}, "Give end or out, not both."},
-             Case{free, "B", {.end = 3.1}, ""},
-             Case{free, "B", {.end = 3.09}, "The clip would be shorter than 0.1 s."},
-             Case{free, "B", {.start = 6.91}, "The clip would be shorter than 0.1 s."},
-             Case{free, "B", {.in = 14}, "The clip would be shorter than 0.1 s."},
-             Case{free, "B", {.end = 2}, "The clip would be shorter than 0.1 s."},
-             Case{free, "B", {.end = std::nan("")}, "The clip would be shorter than 0.1 s."},
-             Case{free, "B", {.start = std::nan(""), .in = 10}, "The clip cannot start before 0."},
-             Case{free, "A", {.start = -0.5}, "The clip cannot start before 0."},
-             Case{free,
-                  "B",
-                  {.start = 0.5},
-                  "That would overlap a neighbor; this clip can span 1–9 s."},
-             Case{free,
-                  "B",
-                  {.end = 9.1},
-                  "That would overlap a neighbor; this clip can span 1–9 s."},
-             Case{free,
-                  "B",
-                  {.start = 12, .in = 10},
-                  "That would overlap a neighbor; this clip can span 1–9 s."},
-             Case{free,
-                  "C",
-                  {.start = 6},
-                  "That would overlap a neighbor; this clip can span 7 s onwards."},
-             Case{free, "C", {.out = 100}, ""},
-             Case{free, "C", {.out = 100.1}, "The source only runs 0–100 s."},
-             Case{free, "C", {.in = -0.1, .out = 5}, "The source only runs 0–100 s."},
-             Case{packed, "B", {.start = -9}, "The clip cannot start before 0."},
-             Case{packed, "B", {.in = -1}, "The source only runs 0–100 s."},
-             Case{packed, "B", {.end = 92.1}, "The source only runs 0–100 s."},
-             Case{packed, "B", {.end = 92}, ""},
-             Case{locked(packed), "B", {.end = 5}, "V1" + locks},
-             Case{packed, "Z", {.end = 5}, "That clip is no longer on the timeline."},
+             Case{free, "B", {}, Reason::noEdgeGiven},
+             Case{free, "B", {.end = 5, .out = 12}, Reason::endGivenTwice},
+             Case{free, "B", {.end = 3.1}, {}},
+             Case{free, "B", {.end = 3.09}, Reason::tooShort},
+             Case{free, "B", {.start = 6.91}, Reason::tooShort},
+             Case{free, "B", {.in = 14}, Reason::tooShort},
+             Case{free, "B", {.end = 2}, Reason::tooShort},
+             Case{free, "B", {.end = std::nan("")}, Reason::tooShort},
+             Case{free, "B", {.start = std::nan(""), .in = 10}, Reason::startsBeforeZero},
+             Case{free, "A", {.start = -0.5}, Reason::startsBeforeZero},
+             Case{free, "B", {.start = 0.5}, span("B", {1, 9})},
+             Case{free, "B", {.end = 9.1}, span("B", {1, 9})},
+             Case{free, "B", {.start = 12, .in = 10}, span("B", {1, 9})},
+             Case{free, "C", {.start = 6}, span("C", {7, endless})},
+             Case{free, "C", {.out = 100}, {}},
+             Case{free, "C", {.out = 100.1}, Reason::pastSourceEnd},
+             Case{free, "C", {.in = -0.1, .out = 5}, Reason::pastSourceEnd},
+             Case{packed, "B", {.start = -9}, Reason::startsBeforeZero},
+             Case{packed, "B", {.in = -1}, Reason::pastSourceEnd},
+             Case{packed, "B", {.end = 92.1}, Reason::pastSourceEnd},
+             Case{packed, "B", {.end = 92}, {}},
+             Case{locked(packed), "B", {.end = 5}, lockedTrack("v1")},
+             Case{packed, "Z", {.end = 5}, Reason::clipGone},
          }) {
         auto const done = trimClip(c.project, id(c.clip), c.trim);
-        EXPECT_EQ(done ? "" : done.refusal(), c.refusal) << c.clip;
+        EXPECT_EQ(done, c.refusal) << c.clip;
     }
 }
 
@@ -199,18 +194,18 @@ TEST(TrimClip, PhotosPlaceholdersAndTextsStretchBothWays)
     struct Case {
         Trim trim;
         double length;
-        std::string refusal;
+        Expected refusal;
     };
     for (Case const& c : {
-             Case{{.end = 70}, 60, ""},
-             Case{{.end = 70.1}, 0, "A photo can be stretched to 60 s at most."},
-             Case{{.start = 2}, 11, ""},
-             Case{{.start = 2, .end = 62.5}, 0, "A photo can be stretched to 60 s at most."},
-             Case{{.out = 9}, 9, ""},
-             Case{{.in = -1}, 0, "in must be 0 or later."},
+             Case{{.end = 70}, 60, {}},
+             Case{{.end = 70.1}, 0, Reason::photoTooLong},
+             Case{{.start = 2}, 11, {}},
+             Case{{.start = 2, .end = 62.5}, 0, Reason::photoTooLong},
+             Case{{.out = 9}, 9, {}},
+             Case{{.in = -1}, 0, beyond(Setting::sourceIn)},
          }) {
         auto const done = trimClip(project, id("P"), c.trim);
-        ASSERT_EQ(done ? "" : done.refusal(), c.refusal);
+        ASSERT_EQ(done, c.refusal);
         if (!done)
             continue;
         Clip const& clip = find(done->project, "P");
@@ -221,13 +216,11 @@ TEST(TrimClip, PhotosPlaceholdersAndTextsStretchBothWays)
     Project const texts = sketch({{"t1", "..TT"}});
     auto const earlier = trimClip(texts, id("T"), {.start = 0, .end = 3600});
     EXPECT_EQ(find(earlier->project, "T").length(), 3600);
-    EXPECT_EQ(trimClip(texts, id("T"), {.end = 3602.1}).refusal(),
-              "A text can last 3600 s at most.");
+    EXPECT_EQ(trimClip(texts, id("T"), {.end = 3602.1}).refusal().reason, Reason::textTooLong);
     Project longer = texts;
     longer.track(id("t1"))->clips.edit()[0].sourceEnd = 5000; // By hand.
     EXPECT_TRUE(trimClip(longer, id("T"), {.end = 4900}));
-    EXPECT_EQ(trimClip(texts, id("T"), {.end = 2e6}).refusal(),
-              "The timeline only goes to 1000000 s.");
+    EXPECT_EQ(trimClip(texts, id("T"), {.end = 2e6}).refusal().reason, Reason::pastTimelineEnd);
 }
 
 TEST(TrimClip, AFileThatProbedShortBindsOnlyItsEnd)
@@ -236,7 +229,8 @@ TEST(TrimClip, AFileThatProbedShortBindsOnlyItsEnd)
     project.assets.edit()[id("talk.mov")].duration = 13.5; // A plays 10 to 14.
     EXPECT_TRUE(trimClip(project, id("A"), {.in = 9}));
     EXPECT_TRUE(trimClip(project, id("A"), {.end = 3}));
-    EXPECT_EQ(trimClip(project, id("A"), {.end = 5}).refusal(), "The source only runs 0–14 s.");
+    EXPECT_EQ(trimClip(project, id("A"), {.end = 5}).refusal(),
+              (Refusal{Reason::pastSourceEnd, {}, TimeRange{0, 14}}));
 }
 
 TEST(SlipClip, MovesTheSourceRangeOnly)
@@ -249,15 +243,13 @@ TEST(SlipClip, MovesTheSourceRangeOnly)
     EXPECT_EQ(find(*slipped, "B"), expected);
     EXPECT_TRUE(slipClip(project, id("B"), 0));
 
-    std::string const bounds = "The source only runs 0–100 s; this clip can begin at 0–96 s of it.";
+    Refusal const bounds = {Reason::slipsPastSource, Subject::clip(id("B")), TimeRange{0, 96}, 100};
     EXPECT_EQ(slipClip(project, id("B"), 96.1).refusal(), bounds);
     EXPECT_EQ(slipClip(project, id("B"), -0.1).refusal(), bounds);
     EXPECT_EQ(slipClip(project, id("B"), std::nan("")).refusal(), bounds);
-    EXPECT_EQ(slipClip(sketch("pp"), id("p"), 1).refusal(),
-              "Only clips with a file have a range to slide.");
-    EXPECT_EQ(slipClip(sketch({{"t1", "T"}}), id("T"), 1).refusal(),
-              "Only clips with a file have a range to slide.");
-    EXPECT_EQ(slipClip(locked(project), id("B"), 1).refusal(), "V1" + locks);
+    EXPECT_EQ(slipClip(sketch("pp"), id("p"), 1).refusal().reason, Reason::onlyMediaSlips);
+    EXPECT_EQ(slipClip(sketch({{"t1", "T"}}), id("T"), 1).refusal().reason, Reason::onlyMediaSlips);
+    EXPECT_EQ(slipClip(locked(project), id("B"), 1).refusal(), lockedTrack("v1"));
 }
 
 } // namespace framewright

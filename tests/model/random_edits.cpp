@@ -37,8 +37,8 @@ std::string brokenClipRule(Project const& project, Track const& track, Clip cons
 {
     if (kindRefusal(project, clip, track))
         return "a clip stands on another kind of track";
-    if (auto const refusal = rangeRefusal(project, clip))
-        return refusal->sentence;
+    if (rangeRefusal(project, clip))
+        return "a clip has times it may not have";
     if (!(clip.timelineStart >= 0) || !(clip.end() <= latestTime + timeTolerance))
         return "a clip stands outside the timeline";
     return {};

@@ -23,7 +23,7 @@ template <class Result>
 Outcome<Project> projectOf(Outcome<Result> outcome)
 {
     if (!outcome)
-        return Refusal{outcome.refusal()};
+        return outcome.refusal();
     if constexpr (requires { outcome->at; }) {
         auto const found = findClip(outcome->project, outcome->clipID);
         if (!found || found->track->id != outcome->trackID ||

@@ -8,11 +8,13 @@
 // tracks play the file "talk.mov" from second 10 of its 100; those drawn in small letters are
 // placeholders. Clips on text tracks are texts.
 
+#include "model/outcome.h"
 #include "model/project.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <ostream>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -186,7 +188,50 @@ inline Clip const& find(Project const& project, std::string_view name)
     return *findClip(project, id(name))->clip;
 }
 
-inline std::string const locks =
-    " is locked. Unlock it from its header, panel or context menu to edit it.";
+/// What a test expects of an edit: that it is made, or refused for a reason, or as a refusal says.
+struct Expected {
+    Expected() = default;
+    Expected(Reason why) noexcept : reason(why) {}
+    Expected(Refusal refusal) noexcept : reason(refusal.reason), whole(std::move(refusal)) {}
+
+    std::optional<Reason> reason;
+    std::optional<Refusal> whole;
+};
+
+template <class T>
+bool operator==(Outcome<T> const& outcome, Expected const& expected)
+{
+    if (outcome || !expected.reason)
+        return bool(outcome) == !expected.reason;
+    return outcome.refusal().reason == *expected.reason &&
+           (!expected.whole || outcome.refusal() == *expected.whole);
+}
+
+template <class T>
+void PrintTo(Outcome<T> const& outcome, std::ostream* to)
+{
+    if (outcome)
+        *to << "made";
+    else
+        *to << "refused for reason " << int(outcome.refusal().reason);
+}
+
+inline void PrintTo(Expected const& expected, std::ostream* to)
+{
+    if (expected.reason)
+        *to << "refused for reason " << int(*expected.reason);
+    else
+        *to << "made";
+}
+
+inline Refusal lockedTrack(std::string_view name)
+{
+    return {Reason::trackLocked, Subject::track(id(name))};
+}
+
+inline Refusal beyond(Setting setting) noexcept
+{
+    return {Reason::outOfRange, Subject::setting(setting)};
+}
 
 } // namespace framewright

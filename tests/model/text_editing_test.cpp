@@ -27,11 +27,6 @@ NewText newText(double time, double length, std::optional<Id> const& trackID = s
             .newTrackID = id("t9")};
 }
 
-std::string refusalOf(auto const& outcome)
-{
-    return outcome ? "" : outcome.refusal();
-}
-
 } // namespace
 
 TEST(AddText, FindsATrackAndRoom)
@@ -54,7 +49,7 @@ TEST(AddText, FindsATrackAndRoom)
              Case{"all locked", locked(sketch({{"t1", "A"}}), "t1"), newText(0, 1), "t9", "X"},
          }) {
         auto const placed = addText(c.before, c.text);
-        ASSERT_TRUE(placed) << c.name << ": " << placed.refusal();
+        ASSERT_TRUE(placed) << c.name;
         EXPECT_EQ(drawing(placed->project, c.track), c.after) << c.name;
         EXPECT_EQ(find(placed->project, "X").timelineStart, placed->at) << c.name;
     }
@@ -72,39 +67,39 @@ TEST(AddText, RefusalsSayWhy)
     };
     struct Case {
         NewText text;
-        std::string refusal;
+        Expected refusal;
     };
     std::string const spaces = " \n\t\u00A0\u3000\u200B";
     for (Case const& c : {
-             Case{newText(0, 0.1), ""},
-             Case{newText(0, 3600), ""},
-             Case{newText(0, 0.09), "duration must be 0.1 to 3600 seconds."},
-             Case{newText(0, 3601), "duration must be 0.1 to 3600 seconds."},
-             Case{newText(0, std::nan("")), "duration must be 0.1 to 3600 seconds."},
-             Case{newText(-1, 1), "at must be 0 or later."},
-             Case{newText(0, 1, id("v1")), "V1 is not a text track."},
-             Case{newText(999'999.5, 1, id("t1")), ""}, // As near as there is room.
-             Case{with([&](NewText& t) { t.text.text = spaces; }), "A text needs some words."},
-             Case{with([&](NewText& t) { t.text.text = ""; }), "A text needs some words."},
-             Case{with([&](NewText& t) { t.text.text = spaces + "."; }), ""},
-             Case{with([](NewText& t) { t.text.text = std::string(10'000, 'x'); }), ""},
+             Case{newText(0, 0.1), {}},
+             Case{newText(0, 3600), {}},
+             Case{newText(0, 0.09), beyond(Setting::textLength)},
+             Case{newText(0, 3601), beyond(Setting::textLength)},
+             Case{newText(0, std::nan("")), beyond(Setting::textLength)},
+             Case{newText(-1, 1), beyond(Setting::placeTime)},
+             Case{newText(0, 1, id("v1")), Reason::notATextTrack},
+             Case{newText(999'999.5, 1, id("t1")), {}}, // As near as there is room.
+             Case{with([&](NewText& t) { t.text.text = spaces; }), Reason::noWords},
+             Case{with([&](NewText& t) { t.text.text = ""; }), Reason::noWords},
+             Case{with([&](NewText& t) { t.text.text = spaces + "."; }), {}},
+             Case{with([](NewText& t) { t.text.text = std::string(10'000, 'x'); }), {}},
              Case{with([](NewText& t) { t.text.text = std::string(10'001, 'x'); }),
-                  "A text has at most 10000 characters."},
-             Case{with([](NewText& t) { t.text.style.fontSize = 8; }), ""},
-             Case{with([](NewText& t) { t.text.style.fontSize = 240; }), ""},
-             Case{with([](NewText& t) { t.text.style.fontSize = 7; }),
-                  "size must be 8 to 240 points."},
-             Case{with([](NewText& t) { t.text.style.fontSize = 241; }),
-                  "size must be 8 to 240 points."},
-             Case{with([](NewText& t) { t.text.x = 1.01; }), "x must be 0 to 1."},
-             Case{with([](NewText& t) { t.text.y = -0.01; }), "y must be 0 to 1."},
+                  Reason::tooManyCharacters},
+             Case{with([](NewText& t) { t.text.style.fontSize = 8; }), {}},
+             Case{with([](NewText& t) { t.text.style.fontSize = 240; }), {}},
+             Case{with([](NewText& t) { t.text.style.fontSize = 7; }), beyond(Setting::fontSize)},
+             Case{with([](NewText& t) { t.text.style.fontSize = 241; }), beyond(Setting::fontSize)},
+             Case{with([](NewText& t) { t.text.x = 1.01; }), beyond(Setting::textX)},
+             Case{with([](NewText& t) { t.text.y = -0.01; }), beyond(Setting::textY)},
          })
-        EXPECT_EQ(refusalOf(addText(before, c.text)), c.refusal);
+        EXPECT_EQ(addText(before, c.text), c.refusal);
 
     Project full = sketch({{"t1", ""}});
     full.track(id("t1"))->clips = Shared(std::vector<Clip>{textClip("A", 1'000'000 - 0.5)});
-    EXPECT_EQ(refusalOf(addText(full, newText(4, 1, id("t1")))),
-              "No room on the text track near 4 s; add another text track with track-add.");
+    EXPECT_EQ(addText(full, newText(4, 1, id("t1"))).refusal(),
+              (Refusal{.reason = Reason::noRoomForText,
+                       .subject = Subject::track(id("t1")),
+                       .value = 4}));
 }
 
 TEST(ChangeText, KeepsTheRulesOfTheTrack)
@@ -117,24 +112,26 @@ TEST(ChangeText, KeepsTheRulesOfTheTrack)
         char const* clip;
         double length;
         char const* after;
-        std::string refusal;
+        Expected refusal;
     };
-    std::string const runsInto = "That would run into the next text on T1; it can last up to ";
+    auto const runsInto = [](double most) {
+        return Refusal{
+            .reason = Reason::runsIntoNextText, .subject = Subject::track(id("t1")), .value = most};
+    };
     for (Case const& c : {
-             Case{"up to the next", free, "A", 4, "AAAABB.C", ""},
-             Case{"into the next", free, "A", 5, "", runsInto + "4 s."},
-             Case{"the last one", free, "C", 3, "AA..BB.CCC", ""},
-             Case{"an hour", free, "C", 3600, "", ""},
-             Case{"too short", free, "C", 0.05, "", "duration must be 0.1 to 3600 seconds."},
-             Case{"packed, shorter", packed, "A", 1, "ABBC", ""},
-             Case{"packed, longer", packed, "A", 3, "", runsInto + "2 s."},
-             Case{"packed, the last one", packed, "C", 2, "AABBCC", ""},
-             Case{"locked", locked(free, "t1"), "A", 1, "",
-                  "T1 is locked. Unlock it to edit this text."},
-             Case{"no text", free, "D", 1, "", "talk.mov is not a text clip."},
+             Case{"up to the next", free, "A", 4, "AAAABB.C", {}},
+             Case{"into the next", free, "A", 5, "", runsInto(4)},
+             Case{"the last one", free, "C", 3, "AA..BB.CCC", {}},
+             Case{"an hour", free, "C", 3600, "", {}},
+             Case{"too short", free, "C", 0.05, "", beyond(Setting::textLength)},
+             Case{"packed, shorter", packed, "A", 1, "ABBC", {}},
+             Case{"packed, longer", packed, "A", 3, "", runsInto(2)},
+             Case{"packed, the last one", packed, "C", 2, "AABBCC", {}},
+             Case{"locked", locked(free, "t1"), "A", 1, "", lockedTrack("t1")},
+             Case{"no text", free, "D", 1, "", Reason::notAText},
          }) {
         auto const changed = changeText(c.before, id(c.clip), {.length = c.length});
-        EXPECT_EQ(refusalOf(changed), c.refusal) << c.name;
+        EXPECT_EQ(changed, c.refusal) << c.name;
         if (changed && *c.after) {
             EXPECT_EQ(drawing(*changed, "t1"), c.after) << c.name;
         }
@@ -149,8 +146,7 @@ TEST(ChangeText, ChangesWordsAndLengthTogetherOrNotAtAll)
     EXPECT_EQ((*find(*changed, "A").text)->text, "Hello");
     EXPECT_EQ(drawing(*changed, "t1"), "A...BB");
     EXPECT_FALSE(changeText(before, id("A"), {.text = words("Hello"), .length = 9}));
-    EXPECT_EQ(refusalOf(changeText(before, id("A"), {.text = words(" ")})),
-              "A text needs some words.");
+    EXPECT_EQ(changeText(before, id("A"), {.text = words(" ")}).refusal().reason, Reason::noWords);
 }
 
 } // namespace framewright

@@ -82,9 +82,10 @@ TEST(AddTrack, OnlyTheFirstVideoTrackIsMagneticAndOnlyTheFirstAudioTrackDucks)
     EXPECT_TRUE(addTrack(project, {.id = id("x1"), .kind = TrackKind::text, .isMagnetic = true})
                     ->tracks[0]
                     .isMagnetic);
-    EXPECT_EQ(
-        addTrack(project, {.id = id("x1"), .kind = TrackKind::audio, .isMagnetic = true}).refusal(),
-        "Audio tracks are always free.");
+    EXPECT_EQ(addTrack(project, {.id = id("x1"), .kind = TrackKind::audio, .isMagnetic = true})
+                  .refusal()
+                  .reason,
+              Reason::audioNeverMagnetic);
 }
 
 TEST(AddTrack, PassesOverNamesThatAreTaken)
@@ -110,9 +111,9 @@ TEST(RemoveTrack, LeavesAtLeastOne)
     Project const project = sketch({{"v1", "AA"}, {"a1", "S"}});
     Project const one = *removeTrack(project, id("v1"));
     EXPECT_EQ(names(one), "A1");
-    EXPECT_EQ(removeTrack(one, id("a1")).refusal(), "A project needs at least one track.");
-    EXPECT_EQ(removeTrack(locked(project), id("v1")).refusal(), "V1" + locks);
-    EXPECT_EQ(removeTrack(project, id("v9")).refusal(), "That track is no longer on the timeline.");
+    EXPECT_EQ(removeTrack(one, id("a1")).refusal().reason, Reason::lastTrack);
+    EXPECT_EQ(removeTrack(locked(project), id("v1")).refusal(), lockedTrack("v1"));
+    EXPECT_EQ(removeTrack(project, id("v9")).refusal().reason, Reason::trackGone);
 }
 
 TEST(MoveTrack, GoesAsFarAsThereAreTracks)
@@ -128,9 +129,9 @@ TEST(MoveTrack, GoesAsFarAsThereAreTracks)
                           Case{"v2", 99, "V1, V3, A1, V2"}, Case{"v2", -99, "V2, V1, V3, A1"}})
         EXPECT_EQ(names(*moveTrack(project, id(c.track), c.offset)), c.after)
             << c.track << c.offset;
-    EXPECT_EQ(moveTrack(project, id("v1"), -1).refusal(), "V1 is the topmost track already.");
-    EXPECT_EQ(moveTrack(project, id("a1"), 1).refusal(), "A1 is the bottom track already.");
-    EXPECT_EQ(moveTrack(locked(project), id("v1"), 1).refusal(), "V1" + locks);
+    EXPECT_EQ(moveTrack(project, id("v1"), -1).refusal().reason, Reason::topmostTrack);
+    EXPECT_EQ(moveTrack(project, id("a1"), 1).refusal().reason, Reason::bottomTrack);
+    EXPECT_EQ(moveTrack(locked(project), id("v1"), 1).refusal(), lockedTrack("v1"));
 }
 
 TEST(ChangeTrack, SetsWhatIsGiven)
@@ -151,26 +152,26 @@ TEST(ChangeTrack, SetsWhatIsGiven)
     struct Case {
         char const* track;
         TrackChanges changes;
-        char const* refusal;
+        Expected refusal;
     };
     for (Case const& c : {
-             Case{"a1", {.isHidden = true}, "Audio tracks cannot be hidden; mute them instead."},
-             Case{"t1", {.isHidden = true}, ""},
-             Case{"s1", {.isHidden = true}, ""},
-             Case{"a1", {.opacity = 1}, "Only video tracks have an opacity."},
-             Case{"v1", {.opacity = 1.1}, "opacity is 0 to 1."},
-             Case{"v1", {.opacity = std::nan("")}, "opacity is 0 to 1."},
-             Case{"v1", {.volume = 1.6f}, "volume is 0 to 1.5."},
-             Case{"v1", {.ducks = true}, "Only audio tracks duck."},
-             Case{"t1", {.isMuted = true}, "Only video and audio tracks have sound."},
-             Case{"a1", {.isMagnetic = true}, "Audio tracks are always free."},
-             Case{"s1", {.isMagnetic = true}, "Subtitles tracks are never magnetic."},
-             Case{"t1", {.isMagnetic = true}, ""},
-             Case{"v1", {.name = ""}, "A track needs a name."},
-             Case{"v9", {.name = "x"}, "That track is no longer on the timeline."},
+             Case{"a1", {.isHidden = true}, Reason::audioNeverHidden},
+             Case{"t1", {.isHidden = true}, {}},
+             Case{"s1", {.isHidden = true}, {}},
+             Case{"a1", {.opacity = 1}, Reason::onlyVideoHasOpacity},
+             Case{"v1", {.opacity = 1.1}, beyond(Setting::opacity)},
+             Case{"v1", {.opacity = std::nan("")}, beyond(Setting::opacity)},
+             Case{"v1", {.volume = 1.6f}, beyond(Setting::volume)},
+             Case{"v1", {.ducks = true}, Reason::onlyAudioDucks},
+             Case{"t1", {.isMuted = true}, Reason::trackHasNoSound},
+             Case{"a1", {.isMagnetic = true}, Reason::audioNeverMagnetic},
+             Case{"s1", {.isMagnetic = true}, Reason::subtitlesNeverMagnetic},
+             Case{"t1", {.isMagnetic = true}, {}},
+             Case{"v1", {.name = ""}, Reason::trackNameEmpty},
+             Case{"v9", {.name = "x"}, Reason::trackGone},
          }) {
         auto const done = changeTrack(project, id(c.track), c.changes);
-        EXPECT_EQ(done ? "" : done.refusal(), c.refusal) << c.track;
+        EXPECT_EQ(done, c.refusal) << c.track;
     }
 }
 
@@ -181,7 +182,7 @@ TEST(ChangeTrack, ALockedTrackOnlyTakesBeingUnlocked)
          {TrackChanges{.name = "x"}, TrackChanges{.isMagnetic = true},
           TrackChanges{.isHidden = true}, TrackChanges{.isMuted = true},
           TrackChanges{.name = "x", .isLocked = true}})
-        EXPECT_EQ(changeTrack(project, id("v1"), changes).refusal(), "V1" + locks);
+        EXPECT_EQ(changeTrack(project, id("v1"), changes).refusal(), lockedTrack("v1"));
     auto const unlocked = changeTrack(project, id("v1"), {.name = "x", .isLocked = false});
     EXPECT_EQ(names(*unlocked), "x");
     EXPECT_FALSE(unlocked->tracks[0].isLocked);

@@ -1,4 +1,3 @@
-#include "model/time_rules.h"
 #include "model/track_rules.h"
 
 #include "model/sketch.h"
@@ -101,20 +100,6 @@ TEST(Normalize, DoesNotCopyATrackThatIsInOrder)
     Project copy = project;
     normalize(copy.tracks[0]);
     EXPECT_TRUE(copy.tracks[0].clips.isSameAs(project.tracks[0].clips));
-}
-
-TEST(SecondsText, IsNoLongerThanNeeded)
-{
-    struct Case {
-        double seconds;
-        char const* text;
-    };
-    for (Case const& c :
-         {Case{12.4, "12.4 s"}, Case{3, "3 s"}, Case{0.1 + 0.2, "0.3 s"}, Case{100, "100 s"},
-          Case{-0.00001, "0 s"}, Case{-1.5, "-1.5 s"}, Case{1.0 / 30, "0.033 s"}})
-        EXPECT_EQ(secondsText(c.seconds), c.text);
-    EXPECT_EQ(stretchText(0, 7.25), "0–7.25 s");
-    EXPECT_EQ(stretchText(3, std::numeric_limits<double>::infinity()), "3 s onwards");
 }
 
 } // namespace framewright

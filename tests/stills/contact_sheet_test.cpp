@@ -18,10 +18,9 @@ std::vector<double> timesOf(SheetMoments const& moments, double duration)
     return times ? *times : std::vector<double>{};
 }
 
-std::string refusalOf(SheetMoments const& moments, double duration)
+Refusal refusalOf(SheetMoments const& moments, double duration)
 {
-    auto const times = sheetTimes(moments, duration);
-    return times ? "" : times.refusal();
+    return sheetTimes(moments, duration).refusal();
 }
 
 std::array<int, 3> pixelAt(RGBImage const& image, int x, int y)
@@ -53,16 +52,16 @@ TEST(SheetTimes, AreSpreadOverTheRange)
 
 TEST(SheetTimes, RefusalsSayWhy)
 {
-    std::string const tooMany = " frames is too many for one sheet; use a larger every or a "
-                                "narrower start/end (48 at most).";
-    EXPECT_EQ(refusalOf({.every = 6.0 / 49}, 6), "49" + tooMany);
-    EXPECT_THAT(refusalOf({.every = 1e-9}, 6), HasSubstr(tooMany));
-    EXPECT_EQ(refusalOf({.times = std::vector<double>(49)}, 6), "49" + tooMany);
-    EXPECT_EQ(refusalOf({.every = 0}, 6), "every must be positive.");
-    EXPECT_EQ(refusalOf({.every = -1}, 6), "every must be positive.");
-    EXPECT_EQ(refusalOf({.start = 3, .end = 3}, 6), "end must be after start.");
-    EXPECT_EQ(refusalOf({.start = 7}, 6), "end must be after start.");
-    EXPECT_THAT(refusalOf({}, 0), HasSubstr("Could not make the sheet."));
+    Refusal const tooMany = {.reason = Reason::tooManyFrames, .value = 49};
+    Refusal const noStep = {Reason::outOfRange, Subject::setting(Setting::sheetStep)};
+    EXPECT_EQ(refusalOf({.every = 6.0 / 49}, 6), tooMany);
+    EXPECT_EQ(refusalOf({.every = 1e-9}, 6).reason, Reason::tooManyFrames);
+    EXPECT_EQ(refusalOf({.times = std::vector<double>(49)}, 6), tooMany);
+    EXPECT_EQ(refusalOf({.every = 0}, 6), noStep);
+    EXPECT_EQ(refusalOf({.every = -1}, 6), noStep);
+    EXPECT_EQ(refusalOf({.start = 3, .end = 3}, 6).reason, Reason::endNotAfterStart);
+    EXPECT_EQ(refusalOf({.start = 7}, 6).reason, Reason::endNotAfterStart);
+    EXPECT_EQ(refusalOf({}, 0).reason, Reason::noPicture);
 }
 
 TEST(TimeLabel, CountsMinutes)

@@ -1,7 +1,6 @@
 #include "workspace/workspace.h"
 
 #include "platform/test_folder.h"
-#include "workspace/workspace_messages.h"
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
@@ -23,7 +22,10 @@ std::chrono::system_clock::time_point const someTime{std::chrono::seconds(1'795'
 
 TEST(Workspace, IsAFolderWithOneOfItsMarks)
 {
-    struct Case { char const* file; bool isWorkspace; };
+    struct Case {
+        char const* file;
+        bool isWorkspace;
+    };
     for (Case const& c : {
              Case{"workspace.json", true},
              Case{"library.json", true},
@@ -41,7 +43,10 @@ TEST(Workspace, IsAFolderWithOneOfItsMarks)
 
 TEST(Workspace, ProjectDocumentsAreKnownByTheirPath)
 {
-    struct Case { char const* file; bool isDocument; };
+    struct Case {
+        char const* file;
+        bool isDocument;
+    };
     for (Case const& c : {
              Case{"/w/projects/Hook/project.json", true},
              Case{"/w/projects/Hook/../Other/./project.json", true},
@@ -65,7 +70,10 @@ TEST(Workspace, IsFoundFromTheFoldersInside)
     put(folder / "outer/inner/projects/Hook/media/a.mp4");
     put(folder / "outer/other/b.mp4");
 
-    struct Case { char const* from; char const* found; };
+    struct Case {
+        char const* from;
+        char const* found;
+    };
     for (Case const& c : {
              Case{"outer/inner/projects/Hook/media", "outer/inner"},
              Case{"outer/inner/", "outer/inner"},
@@ -85,7 +93,10 @@ TEST(CanonicalPath, IsTheSameForEveryWayToAPlace)
     fs::create_symlink("real", folder / "link");
     fs::create_symlink("loop", folder / "loop");
 
-    struct Case { std::string path; std::string canonical; };
+    struct Case {
+        std::string path;
+        std::string canonical;
+    };
     for (Case const& c : {
              Case{base + "/real", base + "/real"},
              Case{base + "/real/", base + "/real"},
@@ -106,7 +117,11 @@ TEST(CanonicalPath, IsTheSameForEveryWayToAPlace)
 
 TEST(UniqueName, CountsPastTheNamesThere)
 {
-    struct Case { char const* name; std::vector<char const*> there; char const* unique; };
+    struct Case {
+        char const* name;
+        std::vector<char const*> there;
+        char const* unique;
+    };
     for (Case const& c : {
              Case{"Hook", {}, "Hook"},
              Case{"Hook", {"Hook v2", "Hook 2"}, "Hook"},
@@ -139,8 +154,8 @@ TEST(Recent, RemembersEightMostRecentFirst)
                 ElementsAre("/w/i", "/w/h", "/w/g", "/w/f", "/w/e", "/w/d", "/w/c", "/w/b"));
     Workspace::remember("/private/w/d/", defaults);
     Workspace::remember("/w/x/../i", defaults);
-    EXPECT_THAT(Workspace::recent(defaults),
-                ElementsAre("/w/i", "/private/w/d", "/w/h", "/w/g", "/w/f", "/w/e", "/w/c", "/w/b"));
+    EXPECT_THAT(Workspace::recent(defaults), ElementsAre("/w/i", "/private/w/d", "/w/h", "/w/g",
+                                                         "/w/f", "/w/e", "/w/c", "/w/b"));
     Workspace::remember("/not utf8 \xFF", defaults);
     EXPECT_EQ(Workspace::recent(defaults).front(), "/not utf8 \xFF");
 }
@@ -206,8 +221,7 @@ TEST(Create, TakesANewNameOrAWorkspace)
 
     for (char const* const name : {"Taken", "File", "Link"})
         EXPECT_EQ(Workspace::create(folder.path(), name).refusal(),
-                  "A folder named “" + std::string(name) +
-                      "” is already there and isn't a workspace. Pick another name or place.");
+                  (Refusal{Reason::folderNameTaken, Subject::named(name)}));
     EXPECT_FALSE(Workspace::create(folder.path(), "../out"));
     EXPECT_THAT(namesIn(folder / "Taken"), ElementsAre("notes.txt"));
 }
@@ -221,19 +235,23 @@ TEST(Openable, RefusalsSayWhy)
     Workspace::setUp(folder / "good");
     std::string const base = folder.path().string();
 
-    struct Case { char const* name; std::string sentence; };
+    struct Case {
+        char const* name;
+        Reason reason;
+    };
     for (Case const& c : {
-             Case{"gone", base + "/gone is not there. It may have been moved, renamed or deleted."},
-             Case{"plain/", "“plain” isn't a workspace."},
-             Case{"file", "“file” isn't a workspace."},
-             Case{"broken", "The workspace at " + base +
-                                "/broken could not be opened: workspace.json: The document is not "
-                                "valid JSON (line 2, column 12)."},
+             Case{"gone", Reason::folderGone},
+             Case{"plain/", Reason::notAWorkspace},
+             Case{"file", Reason::notAWorkspace},
          }) {
         auto const opened = Workspace::openable(folder / c.name);
         ASSERT_FALSE(opened) << c.name;
-        EXPECT_EQ(opened.refusal(), c.sentence);
+        EXPECT_EQ(opened.refusal(), (Refusal{c.reason, Subject::named(base + "/" + c.name)}));
     }
+    EXPECT_EQ(failureOf<WorkspaceError>([&] { (void)Workspace::openable(folder / "broken"); }),
+              "The workspace at " + base +
+                  "/broken could not be opened: workspace.json: The "
+                  "document is not valid JSON (line 2, column 12).");
     EXPECT_TRUE(Workspace::openable(folder / "good"));
 }
 
@@ -249,11 +267,12 @@ TEST(Marker, KeepsWhatOthersWroteIntoIt)
     Workspace::setHadVideos(true, place);
     Workspace::setMediaFolders({"/b/", "/a", "/b/c/..", "beside", "/not utf8 \xFF"}, place);
 
-    EXPECT_EQ(Json::parse(contentsOf(place / "workspace.json")), Json::parse(R"({
+    EXPECT_EQ(Json::parse(contentsOf(place / "workspace.json")),
+              Json::parse(R"({
         "version": 1, "theirs": {"b": [1, 2.5, "é"], "a": null}, "about": "Cooking \"fast\"",
         "canvas": "fourFive", "seen": ["captions", "welcome"], "hadVideos": true,
-        "mediaFolders": ["/b/", "/a", ")" + (place / "beside").string() +
-                                                                  R"(", "file:///not%20utf8%20%FF"]})"));
+        "mediaFolders": ["/b/", "/a", ")" +
+                          (place / "beside").string() + R"(", "file:///not%20utf8%20%FF"]})"));
     EXPECT_EQ(Workspace::about(place), "Cooking \"fast\"");
     EXPECT_EQ(Workspace::canvas(place), AspectPreset::fourFive);
     EXPECT_THAT(Workspace::seen(place), ElementsAre("captions", "welcome"));
@@ -294,21 +313,25 @@ TEST(Marker, MediaFoldersMayBeWrittenByHand)
     TestFolder const folder;
     TestVariable const home("HOME", "/home/someone");
     put(folder / "workspace.json", R"({"mediaFolders": ["~/Footage", "../shared", "/abs", ""]})");
-    EXPECT_THAT(Workspace::mediaFolders(folder / ""),
-                ElementsAre("/home/someone/Footage", folder.path().parent_path() / "shared", "/abs"));
+    EXPECT_THAT(
+        Workspace::mediaFolders(folder / ""),
+        ElementsAre("/home/someone/Footage", folder.path().parent_path() / "shared", "/abs"));
 }
 
 TEST(Marker, ABrokenOneIsNamedAndNeverOverwritten)
 {
-    struct Case { char const* text; char const* place; };
+    struct Case {
+        char const* text;
+        char const* place;
+    };
     for (Case const& c : {
              Case{"{\"about\": ", "The document is not valid JSON (line 1, column 11)."},
              Case{"", "The document is not valid JSON (line 1, column 1)."},
              Case{"[]", "The document must be an object."},
              Case{"{\"about\": \"\xFF\"}", "The document is not valid JSON (line 1, column 12)."},
              Case{R"({"version": "1"})", "version must be a number."},
-             Case{R"({"version": 2})",
-                  "The workspace was written by a newer Framewright (format 2, this one reads up to 1)."},
+             Case{R"({"version": 2})", "The workspace was written by a newer Framewright (format "
+                                       "2, this one reads up to 1)."},
          }) {
         TestFolder const folder;
         put(folder / "workspace.json", c.text);
@@ -332,8 +355,9 @@ TEST(Marker, ValuesOfAnotherTypeAreNamed)
     using testing::EndsWith;
     EXPECT_THAT(failureOf<WorkspaceError>([&] { Workspace::mediaFolders(place); }),
                 EndsWith("workspace.json: mediaFolders[1] must be a string."));
-    EXPECT_THAT(failureOf<WorkspaceError>([&] { Workspace::canvas(place); }),
-                EndsWith("canvas must be \"portrait\", \"landscape\", \"square\" or \"fourFive\"."));
+    EXPECT_THAT(
+        failureOf<WorkspaceError>([&] { Workspace::canvas(place); }),
+        EndsWith("canvas must be \"portrait\", \"landscape\", \"square\" or \"fourFive\"."));
     EXPECT_THAT(failureOf<WorkspaceError>([&] { Workspace::seen(place); }),
                 EndsWith("seen must be an array."));
     EXPECT_THAT(failureOf<WorkspaceError>([&] { Workspace::hadVideos(place); }),

@@ -4,7 +4,7 @@
 #include "cli/tools/clip_results.h"
 #include "cli/tools/editor_tools.h"
 #include "cli/tools/json_views.h"
-#include "model/time_rules.h"
+#include "cli/values.h"
 
 namespace framewright {
 
@@ -89,6 +89,12 @@ ToolResult setClip(ToolArgs const& args, AppState& editor)
     return clipResult(editor, id);
 }
 
+std::string packedNote(double headTrimmedBy)
+{
+    return "Magnetic track: the clip stays packed against its neighbors; its head was trimmed by " +
+           secondsText(headTrimmedBy) + ".";
+}
+
 ToolResult trimClip(ToolArgs const& args, AppState& editor)
 {
     Id const id = args[clip];
@@ -111,7 +117,7 @@ ToolResult moveClip(ToolArgs const& args, AppState& editor)
     ClipPlace const place = editableClip(editor, id);
     std::optional<Id> const onto = args.find(destination);
     Track const& track = onto ? *editor.project().track(*onto) : *place.track;
-    requireUnlocked(editor.project(), track);
+    requireUnlocked(track);
     double const to = *args.time(moveTo, track.end());
     if (to < 0)
         throw ToolError("to must be 0 or later.");

@@ -2,6 +2,7 @@
 
 #include "cli/references.h"
 #include "cli/tools/json_views.h"
+#include "cli/values.h"
 #include "model/time_rules.h"
 
 #include <cmath>
@@ -47,7 +48,7 @@ ClipPlace editableClip(AppState const& editor, Id const& id)
     auto const place = findClip(editor.project(), id);
     if (!place)
         throw ToolError("The clip is gone.");
-    requireUnlocked(editor.project(), *place->track);
+    requireUnlocked(*place->track);
     return *place;
 }
 

@@ -4,6 +4,7 @@
 #include "cli/tools/clip_results.h"
 #include "cli/tools/editor_tools.h"
 #include "cli/tools/json_views.h"
+#include "cli/values.h"
 #include "model/time_rules.h"
 
 namespace framewright {
@@ -84,7 +85,7 @@ Clip clipOf(ToolArgs const& args, MediaAsset const& source)
     made.assetID = source.id;
     made.sourceStart = args.get(in, 0);
     if (!within(made.sourceStart) || made.sourceStart > fileEnd - timeTolerance)
-        throw ToolError("in must be within the file (" + stretchText(0, fileEnd) + ").");
+        throw ToolError("in must be within the file (" + rangeText({0, fileEnd}) + ").");
     double const wholeEnd = isPhoto ? made.sourceStart + photoLength : fileEnd;
     made.sourceEnd =
         args.has(duration) ? made.sourceStart + args[duration] : args.get(out, wholeEnd);
@@ -94,7 +95,7 @@ Clip clipOf(ToolArgs const& args, MediaAsset const& source)
         throw ToolError("The clip would be shorter than 0.1 s.");
     if (!within(made.sourceEnd)) {
         throw ToolError(isPhoto ? "Photos become 3-second clips (stretchable to 60 s)."
-                                : "The source only runs " + stretchText(0, fileEnd) + ".");
+                                : "The source only runs " + rangeText({0, fileEnd}) + ".");
     }
     made.sourceEnd = std::min(made.sourceEnd, fileEnd);
     return made;
@@ -103,7 +104,7 @@ Clip clipOf(ToolArgs const& args, MediaAsset const& source)
 Task<ToolResult> addClip(ToolArgs args, AppState& editor)
 {
     Id const trackID = args[track];
-    requireUnlocked(editor.project(), *editor.project().track(trackID));
+    requireUnlocked(*editor.project().track(trackID));
     std::optional<AppState::Imported> const source = co_await sourceOf(args, editor);
     if (!source)
         throw ToolError("Give an asset name or a path.");
@@ -111,7 +112,7 @@ Task<ToolResult> addClip(ToolArgs args, AppState& editor)
     // Looking into the file took a while; the track may have changed or gone.
     Id const onto = args[track];
     Track const& destination = *editor.project().track(onto);
-    requireUnlocked(editor.project(), destination);
+    requireUnlocked(destination);
     checkKind(editor.project(), destination, *source);
     Clip const made = clipOf(args, source->asset);
     auto const wanted = args.time(at, destination.end());
@@ -136,7 +137,7 @@ ToolResult addPlaceholder(ToolArgs const& args, AppState& editor)
                             trackTitle(editor.project(), onto) + " is a " +
                             (onto.kind == TrackKind::text ? "text" : "subtitles") +
                             " track; use text-add or the caption commands there.");
-        requireUnlocked(editor.project(), onto);
+        requireUnlocked(onto);
         end = onto.end();
     }
     placeholder.time = args.time(slotAt, end);
@@ -151,8 +152,7 @@ ToolResult splitClip(ToolArgs const& args, AppState& editor)
     double const time = *args.time(cutAt, place.clip->end());
     if (!canSplit(*place.clip, time))
         throw ToolError(secondsText(time) + " is not inside the clip (" +
-                        stretchText(place.clip->timelineStart, place.clip->end()) +
-                        ") with 0.1 s to spare on each side.");
+                        rangeText(place.clip->range()) + ") with 0.1 s to spare on each side.");
     SplitClip const halves = accepted(editor.splitClip(id, std::nullopt, time));
     return ToolResult::json({{"clips",
                               {clipJSON(editor.project(), halves.firstID),
@@ -176,10 +176,9 @@ ToolResult duplicateClip(ToolArgs const& args, AppState& editor)
         throw ToolError("Bar not duplicated. Subtitle bars can't be copied yet.");
     ClipPlace const place = editableClip(editor, original.id);
     double const wanted = place.clip->end();
-    auto const copies = editor.duplicateClips(std::span(&original.id, 1));
-    if (!copies)
-        throw ToolError("Clip not duplicated. " + copies.refusal());
-    return clipResult(editor, copies->clipIDs.front(), wanted);
+    PlacedClips const copies =
+        accepted(editor.duplicateClips(std::span(&original.id, 1)), "Clip not duplicated.");
+    return clipResult(editor, copies.clipIDs.front(), wanted);
 }
 
 } // namespace

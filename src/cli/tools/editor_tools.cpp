@@ -40,8 +40,7 @@ std::vector<Tool> allTools(EditorTools tools)
 void requireProject(AppState const& editor)
 {
     if (!editor.isOpen())
-        throw ToolError("No project is open. Start one with project_new or open one with "
-                        "project_open.");
+        throw RefusedEdit({Reason::noProject});
 }
 
 } // namespace framewright

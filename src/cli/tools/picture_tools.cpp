@@ -3,6 +3,7 @@
 #include "cli/references.h"
 #include "cli/tools/editor_tools.h"
 #include "cli/tools/json_views.h"
+#include "cli/values.h"
 #include "model/time_rules.h"
 #include "stills/contact_sheet.h"
 #include "tasks/on_worker.h"

@@ -3,8 +3,8 @@
 #include "cli/tools/editor_tools.h"
 #include "cli/tools/json_views.h"
 #include "cli/tools/project_lookup.h"
-#include "tasks/on_worker.h"
 #include "platform/atomic_file.h"
+#include "tasks/on_worker.h"
 #include "workspace/project_folders.h"
 #include "workspace/workspace.h"
 
@@ -121,7 +121,7 @@ Task<ToolResult> deleteProject(ToolArgs args, AppState& editor)
     std::filesystem::path const folder = co_await savedFolder(args, doomed, editor);
     bool const isOpen = isOpenProject(editor, Workspace::projectFile(folder));
     auto const trash = [folder] { return trashProject(folder); };
-    std::filesystem::path const trashed = co_await onWorker(trash);
+    std::filesystem::path const trashed = accepted(co_await onWorker(trash));
     if (isOpen)
         accepted(co_await editor.closeProject(AppState::Changes::discard));
     Json json = {{"deleted", validUtf8(folder.filename().string())}};

@@ -2,7 +2,6 @@
 
 #include "workspace/project_folders.h"
 #include "workspace/workspace.h"
-#include "workspace/workspace_messages.h"
 
 #include <algorithm>
 
@@ -22,7 +21,7 @@ std::filesystem::path workspaceOf(ToolArgs const& args, AppState& editor)
     auto const current = Workspace::url(editor.defaults());
     auto const around = Workspace::findWorkspace(args.cwd());
     if (!around && !current)
-        throw ToolError(WorkspaceMessage::noWorkspace);
+        throw RefusedEdit({Reason::noWorkspace});
     if (!around)
         return accepted(Workspace::openable(*current));
 

@@ -1,6 +1,7 @@
 // Commands that look and change nothing.
 
 #include "cli/references.h"
+#include "cli/refusal_sentences.h"
 #include "cli/tools/editor_tools.h"
 #include "cli/tools/json_views.h"
 #include "cli/tools/look_report.h"
@@ -52,13 +53,24 @@ Json looksNotedJSON(StyleStores const& styles, Project const& project, FontRegis
     return notes;
 }
 
+/// Why the workspace can't be used.
+std::string workspaceProblem(std::filesystem::path const& folder, Project const& project)
+{
+    try {
+        auto const opened = Workspace::openable(folder);
+        return opened ? std::string() : sentenceOf(opened.refusal(), project);
+    } catch (WorkspaceError const& error) {
+        return validUtf8(error.what());
+    }
+}
+
 Json statusJSON(AppState& editor, StyleStores const& styles, FontRegistry const& fonts)
 {
     Json json = {{"version", FRAMEWRIGHT_VERSION}};
     if (auto const folder = Workspace::url(editor.defaults())) {
         json["workspace"] = validUtf8(folder->string());
         if (!Workspace::isWorkspace(*folder))
-            json["workspaceProblem"] = validUtf8(Workspace::openable(*folder).refusal());
+            json["workspaceProblem"] = workspaceProblem(*folder, editor.project());
     } else {
         json["workspace"] = nullptr;
     }

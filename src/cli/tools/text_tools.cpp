@@ -80,7 +80,7 @@ ToolResult addText(ToolArgs const& args, EditorTools const& tools)
         Track const& onto = *editor.project().track(*text.trackID);
         if (onto.kind != TrackKind::text)
             throw ToolError(trackTitle(editor.project(), onto) + " is not a text track.");
-        requireUnlocked(editor.project(), onto);
+        requireUnlocked(onto);
     }
     double const wantedStart = text.time;
     Placed const placed = accepted(editor.addText(std::move(text)));
@@ -95,7 +95,7 @@ ToolResult setText(ToolArgs const& args, EditorTools const& tools)
     if (!place.clip->isText())
         throw ToolError(clipRef(editor.project(), *place.track, *place.clip) +
                         " is not a text clip.");
-    requireUnlocked(editor.project(), *place.track);
+    requireUnlocked(*place.track);
 
     TextChanges changes;
     TextOverlay text = place.clip->text ? **place.clip->text : newText(tools);

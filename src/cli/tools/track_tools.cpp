@@ -76,7 +76,7 @@ ToolResult setTrack(ToolArgs const& args, AppState& editor)
 
     // Unlocking is how a locked track is made editable; all else waits for it.
     if (before.isLocked && changes.isLocked != false)
-        requireUnlocked(project, before);
+        requireUnlocked(before);
     accepted(editor.changeTrack(id, changes));
     return trackResult(editor, id);
 }
@@ -84,7 +84,7 @@ ToolResult setTrack(ToolArgs const& args, AppState& editor)
 ToolResult moveTrack(ToolArgs const& args, AppState& editor)
 {
     Id const id = args[track];
-    requireUnlocked(editor.project(), *editor.project().track(id));
+    requireUnlocked(*editor.project().track(id));
     accepted(editor.moveTrack(id, args[by]));
     return trackResult(editor, id);
 }
@@ -93,7 +93,7 @@ ToolResult removeTrack(ToolArgs const& args, AppState& editor)
 {
     Id const id = args[track];
     Project const& project = editor.project();
-    requireUnlocked(project, *project.track(id));
+    requireUnlocked(*project.track(id));
     std::string const title = trackTitle(project, *project.track(id));
     accepted(editor.removeTrack(id));
     Json tracks = Json::array();
