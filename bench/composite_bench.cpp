@@ -51,7 +51,7 @@ int main(int argc, char** argv)
         std::filesystem::temp_directory_path() / "framewright-bench-composite.ini";
     UserDefaults defaults(settings);
     AppState editor(defaults);
-    QCoro::waitFor(editor.openProject(argv[1]));
-    QCoro::waitFor(editor.assetsLoaded());
-    std::printf("%d pictures\n", drawAll(editor.project(), editor.assets(), std::atoi(argv[2])));
+    QCoro::waitFor(editor.files().open(argv[1]));
+    QCoro::waitFor(editor.media().loaded());
+    std::printf("%d pictures\n", drawAll(editor.project(), editor.media().store(), std::atoi(argv[2])));
 }

@@ -1,6 +1,8 @@
 // The editor's own part of editing, opening and saving: what happens on its main thread.
 
-#include "editor/app_state.h"
+#include "editor/commands/clip_changing_commands.h"
+#include "editor/commands/selection_commands.h"
+#include "model/track_editing.h"
 #include "platform/user_defaults.h"
 
 #include <QCoreApplication>
@@ -42,7 +44,7 @@ std::filesystem::path folder()
            ("framewright-bench-" + std::to_string(getpid()));
 }
 
-/// An editor with a project open that lies outside any workspace, so that nothing is saved meanwhile.
+/// An editor with a project open that is in no workspace, so that nothing is saved meanwhile.
 class OpenEditor {
 public:
     explicit OpenEditor(Project const& project) : defaults(folder() / "settings.ini"), editor(defaults)
@@ -53,7 +55,8 @@ public:
     }
     ~OpenEditor() { std::filesystem::remove_all(folder()); }
 
-    void open() { QCoro::waitFor(editor.openProject(file)); }
+    Editing editing() { return {editor, Author::commandLine}; }
+    void open() { QCoro::waitFor(editor.files().open(file)); }
 
     std::filesystem::path const file = folder() / "project.fwp";
     UserDefaults defaults;
@@ -73,9 +76,9 @@ void commitInLongProject(benchmark::State& state)
     Id const id = (*open.editor.project().tracks[1].clips)[5000].id;
     float level = 0;
     for (auto _ : state) {
-        AppState::ClipChanges changes;
+        ClipChanges changes;
         changes.volume = level = level > 1 ? 0 : level + 0.001f;
-        if (!open.editor.changeClip(id, changes))
+        if (!changeClip(open.editing(), id, changes))
             state.SkipWithError("refused");
     }
 }
@@ -83,9 +86,11 @@ void commitInLongProject(benchmark::State& state)
 void splitInLongProject(benchmark::State& state)
 {
     OpenEditor open(longProject());
+    open.editor.selection().selectClip((*open.editor.project().tracks[1].clips)[0].id);
     double time = 100.5;
     for (auto _ : state) {
-        if (!open.editor.splitClip(std::nullopt, open.editor.project().tracks[1].id, time))
+        open.editor.selection().seek(time);
+        if (!splitAtPlayhead(open.editing()))
             state.SkipWithError("refused");
         time += 1;
     }
@@ -97,12 +102,12 @@ void undoMemory(benchmark::State& state)
         OpenEditor open(longProject(200, 0));
         Id const id = (*open.editor.project().tracks[1].clips)[100].id;
         for (int i = 0; i < 1000; ++i) {
-            AppState::ClipChanges changes;
+            ClipChanges changes;
             changes.volume = float(i % 1400) / 1000;
-            (void)open.editor.changeClip(id, changes);
+            (void)changeClip(open.editing(), id, changes);
         }
-        state.counters["steps"] = double(open.editor.history().undoCount());
-        state.counters["MB"] = double(open.editor.history().memory()) / 1e6;
+        state.counters["steps"] = double(open.editor.document().history().undoCount());
+        state.counters["MB"] = double(open.editor.document().history().memory()) / 1e6;
     }
 }
 

@@ -131,7 +131,7 @@ int runEditor(int argc, char** argv)
     auto const followWorkspace = [&] { styles.follow(Workspace::url(defaults)); };
     followWorkspace();
     QObject::connect(&editor, &AppState::workspaceChanged, &styles.texts, followWorkspace);
-    QObject::connect(&editor, &AppState::saved, &styles.texts, [&] { styles.syncStyles(); });
+    QObject::connect(&editor.files(), &ProjectFiles::saveEnded, &styles.texts, [&] { styles.syncStyles(); });
     // Shared, since work that stalled may outlive what follows.
     auto const fonts = std::make_shared<FontRegistry const>(carriedFontsFolder());
     auto const burner = std::make_shared<CaptionBurner const>(fonts);
@@ -145,7 +145,7 @@ int runEditor(int argc, char** argv)
     });
     idling.start(30s);
     EditorReferences const references(editor, *fonts);
-    Toolbox const toolbox(allTools({editor, exports, stills, styles, *fonts,
+    Toolbox const toolbox(allTools({{editor, Author::commandLine}, exports, stills, styles, *fonts,
                                     [] {
                                         QMetaObject::invokeMethod(qApp, &QCoreApplication::quit,
                                                                   Qt::QueuedConnection);
@@ -166,7 +166,7 @@ int runEditor(int argc, char** argv)
     }
     QThreadPool::globalInstance()->start([fonts] { fonts->load(); });
     // Requests wait in the socket until the loop below runs, so none sees half a project.
-    editor.reopenLastProject();
+    editor.files().reopenLast();
     ready.announce();
 
     QSocketNotifier ending(endSignals.descriptor(), QSocketNotifier::Read);
@@ -177,8 +177,11 @@ int runEditor(int argc, char** argv)
     int const status = QGuiApplication::exec();
 
     server.stop();
-    if (!editor.saveBeforeQuitting())
-        std::fprintf(stderr, "%s\n", editor.errorMessage().c_str());
+    try {
+        editor.files().saveBeforeQuitting();
+    } catch (ProjectFileError const& error) {
+        std::fprintf(stderr, "%s\n", error.what());
+    }
     styles.writeBeforeQuitting();
     QThreadPool::globalInstance()->waitForDone();
     return status;

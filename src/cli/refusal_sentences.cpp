@@ -4,6 +4,7 @@
 #include "cli/values.h"
 #include "model/file_url.h"
 
+#include <charconv>
 #include <cmath>
 #include <filesystem>
 
@@ -340,9 +341,9 @@ public:
         if (name == "files")
             return count() + (value() == 1 ? " file" : " files");
         if (name == "setting")
-            return wordsOf(m_subject.number).name;
+            return isNamed() ? m_subject.text : wordsOf(m_subject.number).name;
         if (name == "range")
-            return wordsOf(m_subject.number).range;
+            return isNamed() ? " must be " + limits() + "." : wordsOf(m_subject.number).range;
         if (name == "file")
             return m_subject.what == Subject::What::clip ? "The clip's media file" : "That file";
         if (name == "quoted")
@@ -354,6 +355,12 @@ public:
 
 private:
     double value() const { return m_refusal.value.value_or(0); }
+    bool isNamed() const { return m_subject.what == Subject::What::name; }
+    std::string limits() const
+    {
+        TimeRange const limits = m_refusal.limits.value_or(TimeRange());
+        return shortest(limits.start) + " to " + shortest(limits.end);
+    }
     std::string count() const { return std::to_string(std::llround(value())); }
 
     std::string ofTrack(std::string_view name) const
@@ -370,6 +377,13 @@ private:
     {
         auto const place = findClip(m_project, m_subject.id);
         return place ? clipRef(m_project, *place->track, *place->clip) : "The clip";
+    }
+
+    static std::string shortest(double number)
+    {
+        char digits[32];
+        auto const end = std::to_chars(std::begin(digits), std::end(digits), float(number)).ptr;
+        return {digits, end};
     }
 
     static std::string inQuotes(std::string const& name) { return "“" + validUtf8(name) + "”"; }

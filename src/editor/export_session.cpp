@@ -9,7 +9,7 @@ namespace framewright {
 
 namespace {
 
-bool isSource(ProjectAssets const& assets, std::filesystem::path const& file)
+bool isSource(decltype(Project::assets) const& assets, std::filesystem::path const& file)
 {
     return std::ranges::any_of(*assets, [&](auto const& entry) {
         std::error_code failed;
@@ -55,16 +55,16 @@ QCoro::Task<Outcome<ExportResult>> ExportSession::run(ExportSettings settings,
     m_stop = std::stop_source();
     Running const running(*this, settings.file, stop);
 
-    Exporter const exporter(m_editor.project(), m_editor.assets(), m_burner, settings);
+    Exporter const exporter(m_editor.project(), m_editor.media().store(), m_burner, settings);
     auto const check = [assets = m_editor.project().assets,
                         file = settings.file]() -> std::optional<Refusal> {
         if (isSource(assets, file))
             return Refusal{Reason::exportOverSource};
         return targetProblem(file);
     };
-    std::optional<Refusal> const problem = co_await onWorker(check);
-    if (problem)
-        co_return *problem;
+    std::optional<Refusal> const refusal = co_await onWorker(check);
+    if (refusal)
+        co_return *refusal;
     auto const render = [exporter, progress, own = m_stop.get_token()] {
         return exporter.run(progress, own);
     };

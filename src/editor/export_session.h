@@ -12,7 +12,7 @@
 
 namespace framewright {
 
-/// The export that is under way, of which there is one at a time.
+/// The running export. There is one at a time.
 ///
 /// It renders a snapshot on a worker thread; editing goes on. Main thread only.
 class ExportSession : public QObject {
@@ -26,17 +26,16 @@ public:
 
     bool isRunning() const { return m_isRunning; }
 
-    /// What the export that runs will write.
+    /// The file the running export writes.
     std::filesystem::path const& file() const { return m_file; }
 
-    /// Renders the open project as it is when this is called, with its files as AppState knows
-    /// them: refresh those before. Refused while another export runs, onto one of the project's own
-    /// files, and where no file can be. Throws ExportError. `progress` is called on a worker
-    /// thread.
+    /// Renders the open project as it is now, with its files as the media pool knows them: refresh
+    /// those first. Refused while another export runs, onto one of the project's own files, and
+    /// where no file can be written. Throws ExportError. `progress` is called on a worker.
     QCoro::Task<Outcome<ExportResult>> run(ExportSettings settings, ExportProgress progress,
                                            std::stop_token stop);
 
-    /// Cancels the export that runs, if any. Ends when it has ended, and whoever awaited it knows.
+    /// Cancels the running export, if any. Ends when it has ended and its caller knows.
     QCoro::Task<void> cancel();
 
 signals:

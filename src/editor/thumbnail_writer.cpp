@@ -14,8 +14,8 @@ namespace {
 
 constexpr int thumbnailWidth = 270;
 
-/// A moment that shows something: a little into the piece, past a first frame that may be black.
-double momentOf(Project const& project)
+/// A time that shows something: a little past the first frame, which may be black.
+double representativeTime(Project const& project)
 {
     return std::min(1.0, project.videoDuration() / 2);
 }
@@ -25,30 +25,36 @@ double momentOf(Project const& project)
 ThumbnailWriter::ThumbnailWriter(AppState& editor, StillFrames& stills, QObject* parent)
     : QObject(parent), m_editor(editor), m_stills(stills)
 {
-    connect(&editor, &AppState::compositionOutdated, this, [this] { m_isOutdated = true; });
-    connect(&editor, &AppState::saved, this, [this] { write(); });
+    connect(&editor.document(), &Document::changed, this, [this](ProjectChange const& change) {
+        // An import alone changes nothing that is seen.
+        if (!(change.before.tracks == change.after.tracks &&
+              change.before.aspect == change.after.aspect))
+            m_isOutdated = true;
+    });
+    connect(&editor.media(), &MediaPool::changed, this, [this] { m_isOutdated = true; });
+    connect(&editor.files(), &ProjectFiles::saveEnded, this, [this] { write(); });
 }
 
 QCoro::Task<void> ThumbnailWriter::write()
 {
-    if (m_isWriting || !m_isOutdated || !m_editor.isWorkspaceProject() ||
+    if (m_isWriting || !m_isOutdated || !m_editor.files().isInWorkspace() ||
         m_editor.project().videoDuration() <= 0)
         co_return;
     QPointer<ThumbnailWriter> const self(this);
     m_isWriting = true;
     m_isOutdated = false;
-    co_await m_editor.refreshAssets();
-    if (self && m_editor.isWorkspaceProject()) {
+    co_await m_editor.media().refresh();
+    if (self && m_editor.files().isInWorkspace()) {
         auto const draw = [&stills = m_stills, project = m_editor.project(),
-                           assets = m_editor.assets(),
-                           file = Workspace::thumbnailFile(m_editor.projectFile()->parent_path())] {
-            auto const png = stills.png(project, assets, momentOf(project), thumbnailWidth);
+                           assets = m_editor.media().store(),
+                           file = Workspace::thumbnailFile(m_editor.files().file()->parent_path())] {
+            auto const png = stills.png(project, assets, representativeTime(project), thumbnailWidth);
             writeFileAtomically(file, {reinterpret_cast<char const*>(png.data()), png.size()});
         };
         try {
             co_await onWorker(draw);
         } catch (std::exception const& error) {
-            // The project itself is saved; a picture of it is not worth an alarm.
+            // The project itself is saved; its thumbnail is not worth an alarm.
             qWarning("The thumbnail was not written: %s", error.what());
         }
     }

@@ -7,8 +7,8 @@
 
 namespace framewright {
 
-/// Keeps the thumbnail beside a workspace project: a frame of it, drawn anew on a worker thread
-/// after each save that changed something. Main thread only.
+/// Keeps the thumbnail of a workspace project current: a frame of it, drawn on a worker after each
+/// save that changed what is seen. Main thread only.
 class ThumbnailWriter : public QObject {
     Q_OBJECT
 

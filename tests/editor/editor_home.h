@@ -2,7 +2,7 @@
 
 #include "../platform/test_folder.h"
 
-#include "editor/app_state.h"
+#include "editor/commands/editing.h"
 #include "workspace/project_folders.h"
 #include "workspace/workspace.h"
 
@@ -41,12 +41,14 @@ public:
     }
 
     AppState& editor() { return *m_editor; }
+    ProjectFiles& files() { return m_editor->files(); }
+    Editing editing() { return {*m_editor, Author::commandLine}; }
 
     /// Starts a project in the workspace and opens it. Gives its file.
     std::filesystem::path startProject(std::string const& name)
     {
         auto const file = Workspace::projectFile(*createProjectFolder(workspace(), name));
-        awaited(editor().startProject(file, newProject()));
+        awaited(files().create(file, newProject()));
         return file;
     }
 
@@ -109,7 +111,7 @@ inline void setBrief(AppState& editor, std::string const& brief)
 {
     Project project = editor.project();
     project.brief = brief;
-    editor.commit(std::move(project), "Change Brief");
+    editor.commit(std::move(project), "Change Brief", Author::commandLine);
 }
 
 inline std::string briefIn(std::filesystem::path const& file)

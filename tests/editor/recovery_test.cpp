@@ -22,87 +22,83 @@ TEST(Recovery, ALooseProjectIsKeptAsideUntilItIsSaved)
 {
     EditorHome home;
     auto const file = looseProject(home, "as saved");
-    awaited(home.editor().openProject(file));
+    awaited(home.files().open(file));
     setBrief(home.editor(), "unsaved");
-    ASSERT_TRUE(
-        eventually([&] { return std::filesystem::exists(home.editor().recovery().file()); }));
+    ASSERT_TRUE(eventually([&] { return std::filesystem::exists(home.files().recovery().file()); }));
     EXPECT_EQ(briefIn(file), "as saved") << "The user's file is the user's.";
 
     home.restart();
-    ASSERT_TRUE(home.editor().recovery().waiting());
-    EXPECT_EQ(home.editor().recovery().waiting()->origin, file);
-    ASSERT_TRUE(awaited(home.editor().restoreRecovery()));
+    ASSERT_TRUE(home.files().recovery().waiting());
+    EXPECT_EQ(home.files().recovery().waiting()->origin, file);
+    ASSERT_TRUE(awaited(home.files().restoreRecovery()));
     EXPECT_EQ(home.editor().project().brief, "unsaved");
-    EXPECT_TRUE(home.editor().isDirty());
+    EXPECT_TRUE(home.files().isDirty());
     EXPECT_EQ(briefIn(file), "as saved");
 
-    ASSERT_TRUE(awaited(home.editor().saveProject()));
+    awaited(home.files().save());
     EXPECT_EQ(briefIn(file), "unsaved");
     home.restart();
-    EXPECT_FALSE(home.editor().recovery().waiting()) << "Saved, so there is nothing to recover.";
+    EXPECT_FALSE(home.files().recovery().waiting()) << "Saved, so there is nothing to recover.";
 }
 
 TEST(Recovery, ClosingWithoutTheChangesLeavesNoCopy)
 {
     EditorHome home;
-    awaited(home.editor().openProject(looseProject(home, "as saved")));
+    awaited(home.files().open(looseProject(home, "as saved")));
     setBrief(home.editor(), "unsaved");
-    ASSERT_TRUE(
-        eventually([&] { return std::filesystem::exists(home.editor().recovery().file()); }));
+    ASSERT_TRUE(eventually([&] { return std::filesystem::exists(home.files().recovery().file()); }));
 
-    auto const kept = awaited(home.editor().closeProject(AppState::Changes::keep));
+    auto const kept = awaited(home.files().close(ProjectFiles::Unsaved::keep));
     ASSERT_FALSE(kept);
     EXPECT_EQ(kept.refusal(), (Refusal{Reason::unsavedChanges, Subject::named("loose")}));
     EXPECT_TRUE(home.editor().isOpen());
 
-    ASSERT_TRUE(awaited(home.editor().closeProject(AppState::Changes::discard)));
+    ASSERT_TRUE(awaited(home.files().close(ProjectFiles::Unsaved::discard)));
     EXPECT_FALSE(home.editor().isOpen());
     home.restart();
-    EXPECT_FALSE(home.editor().recovery().waiting());
+    EXPECT_FALSE(home.files().recovery().waiting());
 }
 
 TEST(Recovery, AWaitingCopyIsNeverOverwritten)
 {
     EditorHome home;
     auto const file = looseProject(home, "as saved");
-    awaited(home.editor().openProject(file));
+    awaited(home.files().open(file));
     setBrief(home.editor(), "of the first run");
-    ASSERT_TRUE(
-        eventually([&] { return std::filesystem::exists(home.editor().recovery().file()); }));
+    ASSERT_TRUE(eventually([&] { return std::filesystem::exists(home.files().recovery().file()); }));
 
     home.restart();
-    auto const waiting = home.editor().recovery().waiting()->file;
-    awaited(home.editor().openProject(file));
+    auto const waiting = home.files().recovery().waiting()->file;
+    awaited(home.files().open(file));
     setBrief(home.editor(), "of the second run");
-    ASSERT_TRUE(
-        eventually([&] { return std::filesystem::exists(home.editor().recovery().file()); }));
+    ASSERT_TRUE(eventually([&] { return std::filesystem::exists(home.files().recovery().file()); }));
 
     EXPECT_EQ(briefIn(waiting), "of the first run");
-    EXPECT_EQ(briefIn(home.editor().recovery().file()), "of the second run");
+    EXPECT_EQ(briefIn(home.files().recovery().file()), "of the second run");
     home.restart();
-    ASSERT_TRUE(home.editor().discardRecovery());
+    ASSERT_TRUE(home.files().discardRecovery());
     EXPECT_FALSE(std::filesystem::exists(waiting));
     home.restart();
-    ASSERT_TRUE(home.editor().recovery().waiting()) << "The second run's copy comes up next.";
-    EXPECT_EQ(briefIn(home.editor().recovery().waiting()->file), "of the second run");
+    ASSERT_TRUE(home.files().recovery().waiting()) << "The second run's copy comes up next.";
+    EXPECT_EQ(briefIn(home.files().recovery().waiting()->file), "of the second run");
 }
 
 TEST(Recovery, AProjectThatKillsTheEditorIsNotOpenedForever)
 {
     EditorHome home;
     home.startProject("Deadly");
-    awaited(home.editor().assetsLoaded());
+    awaited(home.editor().media().loaded());
     int starts = 0;
     for (; starts < 10; ++starts) {
         home.restart();
-        home.editor().reopenLastProject(); // Dies before the event loop runs on.
+        home.files().reopenLast(); // Dies before the event loop runs on.
         if (!home.editor().isOpen())
             break;
         // What a dying process would have left behind.
         home.defaults.setNumber("project.openAttempts", starts + 1);
     }
     EXPECT_EQ(starts, 3);
-    EXPECT_THAT(home.editor().errorMessage(), testing::HasSubstr("Deadly"));
+    EXPECT_THAT(home.files().problem(), testing::HasSubstr("Deadly"));
 }
 
 } // namespace framewright

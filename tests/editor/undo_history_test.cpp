@@ -1,4 +1,4 @@
-#include "editor/undo_history.h"
+#include "editor/document/undo_history.h"
 
 #include <gtest/gtest.h>
 

@@ -5,6 +5,8 @@
 #include "cli/tools/editor_tools.h"
 #include "cli/tools/json_views.h"
 #include "cli/values.h"
+#include "editor/commands/clip_changing_commands.h"
+#include "editor/commands/clip_placing_commands.h"
 
 namespace framewright {
 
@@ -59,169 +61,141 @@ Param<ClipRef> const with{"with", "A clip on the timeline (v1:3 or an id) to mov
 Param<Flag> const fill{"fill", "When the source is shorter, fill what is left with a placeholder.",
                        optionalParam};
 
-ToolResult setClip(ToolArgs const& args, AppState& editor)
+ToolResult setClip(ToolArgs const& args, Editing editing)
 {
     Id const id = args[clip];
-    ClipPlace const place = editableClip(editor, id);
-    if (place.clip->isText())
-        throw ToolError("Use text-set for text clips.");
-
-    AppState::ClipChanges changes;
+    ClipChanges changes;
     if (auto const level = args.find(volume))
         changes.volume = static_cast<float>(*level);
-    ClipTransform transform = place.clip->transform;
     for (TransformOption const& option : transformOptions) {
-        if (auto const value = args.find(option.param)) {
-            transform.*option.member = *value;
-            changes.transform = transform;
-        }
+        if (auto const value = args.find(option.param))
+            changes.transform.emplace_back(option.member, *value);
     }
-    if (changes.transform && place.track->kind != TrackKind::video)
-        throw ToolError("Scale, offset and crop apply to clips on video tracks.");
     changes.placeholderName = args.find(name);
-    if (changes.placeholderName && !place.clip->isPlaceholder())
-        throw ToolError("Only placeholders can be renamed.");
-    if (!changes.volume && !changes.transform && !changes.placeholderName)
+    if (changes.isEmpty())
         throw ToolError(
             "Give something to change: volume, scale, offsetX, offsetY, a crop or name.");
-
-    accepted(editor.changeClip(id, changes));
-    return clipResult(editor, id);
+    accepted(changeClip(editing, id, changes));
+    return clipResult(editing.state, id);
 }
 
-std::string packedNote(double headTrimmedBy)
+/// `seconds`: what was trimmed from the head; less than 0 was given back.
+std::string packedNote(double seconds)
 {
     return "Magnetic track: the clip stays packed against its neighbors; its head was trimmed by " +
-           secondsText(headTrimmedBy) + ".";
+           secondsText(seconds) + ".";
 }
 
-ToolResult trimClip(ToolArgs const& args, AppState& editor)
+ToolResult trimClip(ToolArgs const& args, Editing editing)
 {
-    Id const id = args[clip];
-    ClipPlace const place = editableClip(editor, id);
+    ClipPlace const place = *findClip(editing.project(), args[clip]);
+    Id const id = place.clip->id;
     Trim trim;
     trim.start = args.time(start, place.clip->end());
-    trim.end = args.time(end, editor.project().videoDuration());
+    trim.end = args.time(end, editing.project().videoDuration());
     trim.in = args.find(in);
     trim.out = args.find(out);
-    if (!trim.start && !trim.end && !trim.in && !trim.out)
-        throw ToolError("Give start, end, in or out.");
-    Trimmed const trimmed = accepted(editor.trimClip(id, trim));
-    return ToolResult::json({{"clip", clipJSON(editor.project(), id)}},
+    Trimmed const trimmed = accepted(trimClip(editing, id, trim));
+    return ToolResult::json({{"clip", clipJSON(editing.project(), id)}},
                             trimmed.headTrimmedBy ? packedNote(*trimmed.headTrimmedBy) : "");
 }
 
-ToolResult moveClip(ToolArgs const& args, AppState& editor)
+ToolResult moveClip(ToolArgs const& args, Editing editing)
 {
-    Id const id = args[clip];
-    ClipPlace const place = editableClip(editor, id);
+    ClipPlace const place = *findClip(editing.project(), args[clip]);
+    Id const id = place.clip->id;
     std::optional<Id> const onto = args.find(destination);
-    Track const& track = onto ? *editor.project().track(*onto) : *place.track;
-    requireUnlocked(track);
+    Track const& track = onto ? *editing.project().track(*onto) : *place.track;
     double const to = *args.time(moveTo, track.end());
-    if (to < 0)
-        throw ToolError("to must be 0 or later.");
-    accepted(editor.moveClip(id, to, onto));
-    return clipResult(editor, id, to);
+    accepted(moveClip(editing, id, to, onto));
+    return clipResult(editing.state, id, to);
 }
 
-ToolResult slipClip(ToolArgs const& args, AppState& editor)
+ToolResult slipClip(ToolArgs const& args, Editing editing)
 {
     Id const id = args[clip];
-    ClipPlace const place = editableClip(editor, id);
     auto const to = args.find(slipTo);
     auto const by = args.find(slipBy);
     if (to.has_value() == by.has_value())
         throw ToolError("Give --to (a source time) or --by (a shift).");
-    if (!place.clip->hasMedia())
-        throw ToolError("Only clips with a file have a range to slide");
-    accepted(editor.editRange(id, to ? *to : place.clip->sourceStart + *by));
-    return clipResult(editor, id);
+    if (to)
+        accepted(slipClip(editing, id, SlipTo{*to}));
+    else
+        accepted(slipClip(editing, id, SlipBy{*by}));
+    return clipResult(editing.state, id);
 }
 
-/// The clip that is to move into the spot, checked in the words of the command.
-Replacement otherClip(ToolArgs const& args, AppState& editor, Id const& id)
+std::variant<MediaSource, OtherClip> replacementOf(ToolArgs const& args)
 {
-    Id const other = args[with];
-    if (other == id)
-        throw ToolError("A clip cannot replace itself.");
-    ClipPlace const place = editableClip(editor, other);
-    if (!place.clip->hasMedia())
-        throw ToolError(clipRef(editor.project(), *place.track, *place.clip) +
-                        " carries no file to bring along.");
-    return {Replacement::From::timeline, other};
+    if (args.has(with))
+        return OtherClip{args[with]};
+    if (auto const id = args.find(asset))
+        return MediaSource(*id);
+    if (auto const file = args.find(path))
+        return MediaSource(*file);
+    throw ToolError("Give an asset name, a path, or --with a clip.");
 }
 
-Task<ToolResult> replaceClip(ToolArgs args, AppState& editor)
+/// What there is to say of a replacement; `leftSpot` is the reference the other clip had.
+std::string replacedNote(Replaced const& result, std::string const& leftSpot)
 {
-    Id id = args[replaced];
-    if (editableClip(editor, id).clip->isText())
-        throw ToolError("Text clips carry no file; use text-set.");
-    if (!args.has(asset) && !args.has(path) && !args.has(with))
-        throw ToolError("Give an asset name, a path, or --with a clip.");
-
-    Replacement source;
-    std::optional<AppState::Imported> file;
-    if (args.has(with)) {
-        source = otherClip(args, editor, id);
-    } else if (auto const assetID = args.find(asset)) {
-        source = {Replacement::From::file, *assetID};
-    } else {
-        file = co_await editor.inspect(args[path]);
-        source = {Replacement::From::file, file->asset.id};
-        id = args[replaced]; // It may be gone by now.
-    }
-    ClipPlace const place = editableClip(editor, id);
-    MediaAsset const* const known = editor.project().asset(source.id);
-    if (source.from == Replacement::From::file) {
-        MediaAsset const& used = file ? file->asset : *known;
-        if (used.kind == MediaKind::image && place.track->kind == TrackKind::audio)
-            throw ToolError("A photo cannot replace an audio clip.");
-        if (used.kind == MediaKind::audio && place.track->kind == TrackKind::video)
-            throw ToolError(used.displayName + " is audio; it cannot replace a video clip.");
-    }
-    std::string const otherRef =
-        args.has(with) ? clipRef(editor.project(), *findClip(editor.project(), source.id)->track,
-                                 *findClip(editor.project(), source.id)->clip)
-                       : "";
-    Replaced const result = accepted(editor.replaceClip(
-        file ? editor.withAsset(*file) : editor.project(), id, source,
-        args.get(fill, false) ? AppState::Fill::withPlaceholder : AppState::Fill::leaveRest));
-
-    Json json = {{"clip", clipJSON(editor.project(), result.clipID)}};
-    if (result.fillerID)
-        json["filler"] = clipJSON(editor.project(), *result.fillerID);
     std::string note;
-    if (!otherRef.empty())
-        note = otherRef + " left its old spot.";
+    if (!leftSpot.empty())
+        note = leftSpot + " left its old spot.";
     if (result.isShorter() && !result.fillerID)
         note += (note.empty() ? "" : " ") +
                 ("The file is shorter than the clip was (" + secondsText(result.slotLength) +
                  "); the clip now has the file's length. Pass "
                  "--fill to keep the rest as a placeholder.");
-    co_return ToolResult::json(json, note);
+    return note;
 }
 
-ToolResult detachAudio(ToolArgs const& args, AppState& editor)
+Task<ToolResult> replaceClip(ToolArgs args, Editing editing)
+{
+    Id const id = args[replaced];
+    auto const source = replacementOf(args);
+    std::string leftSpot;
+    if (auto const* const other = std::get_if<OtherClip>(&source)) {
+        ClipPlace const place = *findClip(editing.project(), other->clipID);
+        leftSpot = clipRef(editing.project(), *place.track, *place.clip);
+    }
+    Replaced const result = accepted(co_await replaceClip(
+        editing, id, source, args.get(fill, false) ? Fill::withPlaceholder : Fill::leaveRest));
+
+    Json json = {{"clip", clipJSON(editing.project(), result.clipID)}};
+    if (result.fillerID)
+        json["filler"] = clipJSON(editing.project(), *result.fillerID);
+    co_return ToolResult::json(json, replacedNote(result, leftSpot));
+}
+
+ToolResult detachAudio(ToolArgs const& args, Editing editing)
 {
     Id const id = args[clip];
-    editableClip(editor, id);
-    DetachedAudio const detached = accepted(editor.detachAudio(id));
-    return ToolResult::json({{"clip", clipJSON(editor.project(), id)},
-                             {"sound", clipJSON(editor.project(), detached.clipID)}});
+    DetachedAudio const detached = accepted(detachAudio(editing, id));
+    return ToolResult::json({{"clip", clipJSON(editing.project(), id)},
+                             {"sound", clipJSON(editing.project(), detached.clipID)}});
 }
 
-Task<ToolResult> checkSource(ToolArgs args, AppState& editor)
+ToolResult copyClip(ToolArgs const& args, Editing editing)
 {
-    co_await editor.refreshAssets();
-    co_return co_await replaceClip(std::move(args), editor);
+    Id const id = args[clip];
+    accepted(copyClips(editing, std::span(&id, 1)));
+    return ToolResult::json({{"copied", clipJSON(editing.project(), id)}});
+}
+
+ToolResult pasteClips(Editing editing)
+{
+    requireProject(editing.state);
+    double const playhead = editing.state.selection().playhead();
+    PlacedClips const pasted = accepted(paste(editing));
+    return clipResult(editing.state, pasted.clipIDs.front(), playhead);
 }
 
 } // namespace
 
 std::vector<Tool> clipChangingTools(EditorTools tools)
 {
-    AppState& editor = tools.editor;
+    Editing const editing = tools.editing;
     return {
         {
             .name = "clip_set",
@@ -231,7 +205,7 @@ std::vector<Tool> clipChangingTools(EditorTools tools)
                 "placeholder's name.",
             .params = {clip, volume, scale, offsetX, offsetY, cropLeft, cropRight, cropTop,
                        cropBottom, name},
-            .action = [&editor](ToolArgs args) { return setClip(args, editor); },
+            .action = [editing](ToolArgs args) { return setClip(args, editing); },
         },
         {
             .name = "clip_trim",
@@ -240,7 +214,7 @@ std::vector<Tool> clipChangingTools(EditorTools tools)
                 "in/out are source times (the timeline start stays). On a magnetic track "
                 "the clips after it ripple.",
             .params = {clip, start, end, in, out},
-            .action = [&editor](ToolArgs args) { return trimClip(args, editor); },
+            .action = [editing](ToolArgs args) { return trimClip(args, editing); },
         },
         {
             .name = "clip_move",
@@ -248,7 +222,7 @@ std::vector<Tool> clipChangingTools(EditorTools tools)
                            "On a magnetic track this reorders; on a free track it lands at the "
                            "nearest spot that fits.",
             .params = {clip, moveTo, destination},
-            .action = [&editor](ToolArgs args) { return moveClip(args, editor); },
+            .action = [editing](ToolArgs args) { return moveClip(args, editing); },
         },
         {
             .name = "clip_slip",
@@ -256,7 +230,7 @@ std::vector<Tool> clipChangingTools(EditorTools tools)
                            "on the timeline (a slip). --to is the new source in point; --by shifts "
                            "it.",
             .params = {clip, slipTo, slipBy},
-            .action = [&editor](ToolArgs args) { return slipClip(args, editor); },
+            .action = [editing](ToolArgs args) { return slipClip(args, editing); },
         },
         {
             .name = "clip_replace",
@@ -267,38 +241,27 @@ std::vector<Tool> clipChangingTools(EditorTools tools)
                 "own in/out, level and placement). A shorter source keeps its own length "
                 "unless `--fill` puts a placeholder over the rest.",
             .params = {replaced, asset, path, with, fill},
-            .action = [&editor](ToolArgs args) { return checkSource(std::move(args), editor); },
+            .action = [editing](ToolArgs args) { return replaceClip(std::move(args), editing); },
         },
         {
             .name = "clip_detach_audio",
             .description = "Lay a video clip's sound on an audio track of its own and silence the "
                            "clip.",
             .params = {clip},
-            .action = [&editor](ToolArgs args) { return detachAudio(args, editor); },
+            .action = [editing](ToolArgs args) { return detachAudio(args, editing); },
         },
         {
             .name = "clip_copy",
             .description = "Copy a clip, for clip-paste.",
             .params = {clip},
-            .action =
-                [&editor](ToolArgs args) {
-                    Id const id = args[clip];
-                    editor.copyClips(std::span(&id, 1));
-                    return ToolResult::json({{"copied", clipJSON(editor.project(), id)}});
-                },
+            .action = [editing](ToolArgs args) { return copyClip(args, editing); },
         },
         {
             .name = "clip_paste",
             .description =
                 "Paste the copied clip at the playhead (see seek), on its kind of track.",
             .params = {},
-            .action =
-                [&editor](ToolArgs) {
-                    requireProject(editor);
-                    double const playhead = editor.currentTime();
-                    PlacedClips const pasted = accepted(editor.paste());
-                    return clipResult(editor, pasted.clipIDs.front(), playhead);
-                },
+            .action = [editing](ToolArgs) { return pasteClips(editing); },
         },
     };
 }

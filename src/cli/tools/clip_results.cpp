@@ -23,8 +23,7 @@ std::string landingNote(ClipPlace const& place, double wantedStart)
                      " that fits.";
 }
 
-/// What keeps a text from being seen. A piece without any picture yet is left alone: then it is
-/// no surprise.
+/// Why a text is not seen for all of its time. Before there is any footage that is no surprise.
 std::string unseenNote(Project const& project, ClipPlace const& place)
 {
     if (!place.clip->isText())
@@ -42,15 +41,6 @@ std::string unseenNote(Project const& project, ClipPlace const& place)
 }
 
 } // namespace
-
-ClipPlace editableClip(AppState const& editor, Id const& id)
-{
-    auto const place = findClip(editor.project(), id);
-    if (!place)
-        throw ToolError("The clip is gone.");
-    requireUnlocked(*place->track);
-    return *place;
-}
 
 ToolResult clipResult(AppState const& editor, Id const& id, std::optional<double> wantedStart)
 {

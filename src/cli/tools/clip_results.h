@@ -7,15 +7,12 @@
 
 namespace framewright {
 
-/// The clip, on a track that may be edited. Throws ToolError when it is locked.
-ClipPlace editableClip(AppState const& editor, Id const& id);
-
-/// A clip as it now stands, with a note when it is not where it was asked to go, and when it is a
-/// text that is not seen for all of its time.
+/// A clip as it is now, with a note when it is not where it was asked to go, and when it is a text
+/// that is not seen for all of its time.
 ToolResult clipResult(AppState const& editor, Id const& id,
                       std::optional<double> wantedStart = std::nullopt);
 
-/// Adds a line to what a command answers, where there is something to say.
+/// Adds a line to a reply; an empty note adds nothing.
 void addNote(ToolResult& result, std::string const& note);
 
 /// A sentence that names the texts which last longer than the picture; empty when none does.

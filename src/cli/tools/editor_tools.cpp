@@ -12,7 +12,7 @@ Project const& EditorReferences::project() const
 
 double EditorReferences::playhead() const
 {
-    return m_editor.currentTime();
+    return m_editor.selection().playhead();
 }
 
 double EditorReferences::timelineEnd() const
@@ -30,7 +30,7 @@ std::vector<Tool> allTools(EditorTools tools)
     std::vector<Tool> all;
     for (auto* const family :
          {readingTools, projectTools, projectFolderTools, mediaTools, trackTools, clipTools,
-          clipChangingTools, textTools, lookTools, pictureTools, viewTools}) {
+          clipChangingTools, textTools, styleTools, frameTools, viewTools}) {
         std::vector<Tool> more = family(tools);
         std::ranges::move(more, std::back_inserter(all));
     }

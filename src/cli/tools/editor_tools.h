@@ -2,7 +2,7 @@
 
 #include "cli/reference_context.h"
 #include "cli/tool.h"
-#include "editor/app_state.h"
+#include "editor/commands/editing.h"
 #include "editor/export_session.h"
 #include "stills/still_frames.h"
 #include "styles/style_store.h"
@@ -13,9 +13,9 @@
 
 namespace framewright {
 
-/// What the commands work with. All of it outlives them.
+/// What tools work with. All of it outlives them.
 struct EditorTools {
-    AppState& editor;
+    Editing editing; ///< Its author is the command line.
     ExportSession& exports;
     StillFrames& stills;
     StyleStores& styles;
@@ -23,7 +23,7 @@ struct EditorTools {
     std::function<void()> quit; ///< Ends the editor soon after it returns.
 };
 
-/// The names that commands use for things, understood against the open project.
+/// Resolves the names that commands use for things in the open project.
 class EditorReferences : public ReferenceContext {
 public:
     EditorReferences(AppState const& editor, FontRegistry const& fonts)
@@ -53,8 +53,8 @@ std::vector<Tool> trackTools(EditorTools tools);
 std::vector<Tool> clipTools(EditorTools tools);
 std::vector<Tool> clipChangingTools(EditorTools tools);
 std::vector<Tool> textTools(EditorTools tools);
-std::vector<Tool> lookTools(EditorTools tools);
-std::vector<Tool> pictureTools(EditorTools tools);
+std::vector<Tool> styleTools(EditorTools tools);
+std::vector<Tool> frameTools(EditorTools tools);
 std::vector<Tool> viewTools(EditorTools tools);
 
 /// Throws ToolError when no project is open.

@@ -19,7 +19,7 @@ namespace {
 
 Json transformJSON(ClipTransform const& transform)
 {
-    // What stands at its default is left out: an untouched picture is most of them.
+    // Defaults are omitted: most clips are not transformed.
     Json json = Json::object();
     std::apply(
         [&](auto const&... field) {
@@ -159,10 +159,10 @@ Json timelineJSON(AppState const& editor)
     Json tracks = Json::array();
     for (Track const& track : project.tracks)
         tracks.push_back(trackJSON(project, track));
-    return {{"project", editor.projectName()},
+    return {{"project", editor.files().projectName()},
             {"canvas", ratioName(project.aspect)},
             {"duration", rounded(project.videoDuration())},
-            {"playhead", rounded(editor.currentTime())},
+            {"playhead", rounded(editor.selection().playhead())},
             {"tracks", std::move(tracks)}};
 }
 
@@ -173,7 +173,7 @@ Json assetJSON(AppState const& editor, MediaAsset const& asset)
                  {"kind", storedWord(asset.kind)},
                  {"duration", rounded(asset.duration)},
                  {"path", validUtf8(asset.url.path)}};
-    if (LoadedAsset const* const loaded = editor.assets().find(asset.id)) {
+    if (LoadedAsset const* const loaded = editor.media().store().find(asset.id)) {
         if (loaded->hasVideo) {
             json["width"] = std::lround(loaded->displaySize().width);
             json["height"] = std::lround(loaded->displaySize().height);
@@ -183,7 +183,7 @@ Json assetJSON(AppState const& editor, MediaAsset const& asset)
         if (loaded->frameRate > 0)
             json["fps"] = rounded(loaded->frameRate);
     }
-    if (auto const problem = editor.assetProblem(asset.id))
+    if (auto const problem = editor.media().problem(asset.id))
         json["missing"] = validUtf8(*problem);
     return json;
 }
@@ -209,19 +209,25 @@ Json mediaInfoJSON(MediaInfo const& info)
     return json;
 }
 
-Json missingMediaJSON(AppState const& editor)
+Json missingMediaJSON(RenderedProject const& rendered)
 {
     Json missing = Json::array();
-    Project const& project = editor.project();
+    Project const& project = rendered.project;
     for (Track const& track : project.tracks) {
         for (Clip const& clip : *track.clips) {
-            if (auto const problem = editor.assetProblem(clip.assetID))
+            auto const problem = rendered.mediaProblems.find(clip.assetID);
+            if (problem != rendered.mediaProblems.end())
                 missing.push_back({{"ref", clipRef(project, track, clip)},
                                    {"id", clip.id.text()},
-                                   {"why", validUtf8(*problem)}});
+                                   {"why", validUtf8(problem->second)}});
         }
     }
     return missing;
+}
+
+Json missingMediaJSON(AppState const& editor)
+{
+    return missingMediaJSON(RenderedProject{editor.project(), editor.media().problems()});
 }
 
 } // namespace framewright

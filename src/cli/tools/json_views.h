@@ -1,6 +1,6 @@
 #pragma once
 
-#include "editor/app_state.h"
+#include "editor/commands/rendering_commands.h"
 #include "media/media_info.h"
 
 #include <nlohmann/json.hpp>
@@ -10,8 +10,8 @@
 
 namespace framewright {
 
-// What commands answer with. Times are seconds, rounded to the microsecond; levels are linear.
-// References ("v1:2") are those of the moment: they change as clips come and go, ids do not.
+// The data in replies. Times are seconds, rounded to the microsecond; levels are linear. References
+// ("v1:2") change as clips come and go, ids do not.
 
 nlohmann::json timelineJSON(AppState const& editor);
 
@@ -26,7 +26,7 @@ nlohmann::json clipJSON(Project const& project, Track const& track, Clip const& 
 /// The clip with this id; null when it is gone.
 nlohmann::json clipJSON(Project const& project, Id const& clipID);
 
-/// A look: what its text is set in, and those of its effects that are on.
+/// A style: its font, and those of its effects that are on.
 nlohmann::json styleJSON(CaptionStyle const& style);
 
 nlohmann::json assetJSON(AppState const& editor, MediaAsset const& asset);
@@ -35,6 +35,7 @@ nlohmann::json mediaInfoJSON(MediaInfo const& info);
 
 /// The clips whose files can't be opened, with the reason.
 nlohmann::json missingMediaJSON(AppState const& editor);
+nlohmann::json missingMediaJSON(RenderedProject const& rendered);
 
 /// A number without the last digits of its arithmetic.
 double rounded(double number);

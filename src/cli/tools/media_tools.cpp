@@ -3,9 +3,9 @@
 #include "cli/tools/editor_tools.h"
 #include "cli/tools/json_views.h"
 #include "cli/tools/project_lookup.h"
+#include "editor/commands/media_commands.h"
+#include "editor/commands/workspace_commands.h"
 #include "workspace/workspace.h"
-
-#include <algorithm>
 
 namespace framewright {
 
@@ -25,62 +25,29 @@ Param<Flag> const consolidate{
 Param<Flag> const force{"force", "Remove a folder even when the open project uses its files.",
                         optionalParam};
 
-Task<ToolResult> importMedia(ToolArgs args, AppState& editor)
+Task<ToolResult> importFiles(ToolArgs args, Editing editing)
 {
-    requireProject(editor);
-    // All or none: a half-done import would leave the caller to find out which half.
-    std::vector<AppState::Imported> files;
-    for (auto const& file : args[paths])
-        files.push_back(co_await editor.inspect(file));
-    requireProject(editor);
+    requireProject(editing.state);
     Json json = Json::array();
-    for (MediaAsset const& asset : editor.importFiles(files))
-        json.push_back(assetJSON(editor, asset));
+    for (MediaAsset const& asset : accepted(co_await importMedia(editing, args[paths])))
+        json.push_back(assetJSON(editing.state, asset));
     co_return ToolResult::json(json);
 }
 
-void addFolder(std::filesystem::path const& folder, std::filesystem::path const& workspace)
+Task<ToolResult> changeMediaFolders(ToolArgs args, Editing editing)
 {
-    if (!std::filesystem::is_directory(folder))
-        throw ToolError("There is no folder " + folder.string() + ".");
-    auto folders = Workspace::mediaFolders(workspace);
-    folders.push_back(folder);
-    Workspace::setMediaFolders(folders, workspace);
-}
-
-void removeFolder(std::filesystem::path const& folder, std::filesystem::path const& workspace,
-                  AppState const& editor, bool isForced)
-{
-    auto folders = Workspace::mediaFolders(workspace);
-    auto const count = std::erase_if(folders, [&](std::filesystem::path const& each) {
-        return Workspace::canonicalPath(each) == Workspace::canonicalPath(folder);
-    });
-    if (count == 0)
-        throw ToolError(folder.string() + " is not one of the media folders.");
-    auto const used = std::ranges::count_if(*editor.project().assets, [&](auto const& entry) {
-        return Workspace::isInside(entry.second.url.path, folder);
-    });
-    if (used > 0 && !isForced)
-        throw ToolError("The open project uses " + std::to_string(used) +
-                        (used == 1 ? " file" : " files") + " of " + folder.string() +
-                        ". Pass --force to remove it all the same.");
-    Workspace::setMediaFolders(folders, workspace);
-}
-
-Task<ToolResult> changeMediaFolders(ToolArgs args, AppState& editor)
-{
-    std::filesystem::path const workspace = workspaceOf(args, editor);
+    std::filesystem::path const workspace = workspaceOf(args, editing.state);
     if (auto const folder = args.find(add))
-        addFolder(*folder, workspace);
+        accepted(addMediaFolder(workspace, *folder));
     if (auto const folder = args.find(remove))
-        removeFolder(*folder, workspace, editor, args.get(force, false));
-
+        accepted(removeMediaFolder(editing.state, workspace, *folder,
+                                   args.get(force, false) ? InUse::removeAnyway : InUse::refuse));
     Json json;
     if (args.get(consolidate, false)) {
-        requireProject(editor);
+        requireProject(editing.state);
         Json copied = Json::array();
         for (auto const& file :
-             accepted(co_await editor.consolidateMedia(Workspace::mediaFolders(workspace))))
+             accepted(co_await consolidateMedia(editing, Workspace::mediaFolders(workspace))))
             copied.push_back(validUtf8(file.string()));
         json["copied"] = std::move(copied);
     }
@@ -95,7 +62,7 @@ Task<ToolResult> changeMediaFolders(ToolArgs args, AppState& editor)
 
 std::vector<Tool> mediaTools(EditorTools tools)
 {
-    AppState& editor = tools.editor;
+    Editing const editing = tools.editing;
     return {
         {
             .name = "media_folders",
@@ -104,14 +71,14 @@ std::vector<Tool> mediaTools(EditorTools tools)
                 "open project's other files into it.",
             .params = {add, remove, consolidate, force},
             .action =
-                [&editor](ToolArgs args) { return changeMediaFolders(std::move(args), editor); },
+                [editing](ToolArgs args) { return changeMediaFolders(std::move(args), editing); },
         },
         {
             .name = "media_import",
             .description = "Register media files with the project without placing them (clip-add "
                            "can then use them by name). Files stay where they are.",
             .params = {paths},
-            .action = [&editor](ToolArgs args) { return importMedia(std::move(args), editor); },
+            .action = [editing](ToolArgs args) { return importFiles(std::move(args), editing); },
         },
     };
 }

@@ -3,9 +3,8 @@
 #include "cli/tools/editor_tools.h"
 #include "cli/tools/json_views.h"
 #include "cli/tools/project_lookup.h"
-#include "platform/atomic_file.h"
-#include "tasks/on_worker.h"
-#include "workspace/project_folders.h"
+#include "editor/commands/project_commands.h"
+#include "model/file_url.h"
 #include "workspace/workspace.h"
 
 namespace framewright {
@@ -32,27 +31,13 @@ Param<Choice<RecoverAction>> const recoverAction{
 Param<Flag> const force{"force", "Go on even when changes of the open project can't be saved.",
                         optionalParam};
 
-bool isOpenProject(AppState const& editor, std::filesystem::path const& file)
+/// The document of the project that is meant, the open one by default.
+std::filesystem::path documentOf(ToolArgs const& args, Param<Text> const& which, AppState& editor)
 {
-    return editor.projectFile() &&
-           Workspace::canonicalPath(*editor.projectFile()) == Workspace::canonicalPath(file);
-}
-
-/// The folder of the project that is meant, which lies in a workspace. What is open is saved.
-Task<std::filesystem::path> savedFolder(ToolArgs args, Param<Text> which, AppState& editor)
-{
-    if (!args.has(which))
-        requireProject(editor);
-    std::filesystem::path const file =
-        args.has(which) ? fileOfProject(args, which, editor) : editor.projectFile().value_or("");
-    if (!Workspace::isProjectDocument(file))
-        throw ToolError("Only projects of a workspace can be renamed, duplicated or deleted.");
-    if (isOpenProject(editor, file)) {
-        bool const isSaved = co_await editor.saveNow();
-        if (!isSaved)
-            throw ToolError(editor.errorMessage());
-    }
-    co_return file.parent_path();
+    if (args.has(which))
+        return fileOfProject(args, which, editor);
+    requireProject(editor);
+    return editor.files().file().value_or("");
 }
 
 Json folderJSON(std::filesystem::path const& folder)
@@ -61,93 +46,60 @@ Json folderJSON(std::filesystem::path const& folder)
             {"path", validUtf8(Workspace::projectFile(folder).string())}};
 }
 
-Task<ToolResult> saveCopy(std::filesystem::path file, AppState& editor)
-{
-    if (file.extension() != ".fwp")
-        file += ".fwp";
-    if (std::filesystem::exists(file))
-        throw ToolError("There is a file at " + file.string() + " already.");
-    auto const write = [file, project = editor.project()] {
-        // An exact copy to be opened anywhere: its paths are absolute.
-        writeFileAtomically(file, ProjectDocument(project).data());
-    };
-    co_await onWorker(write);
-    co_return ToolResult::json({{"copy", validUtf8(file.string())}});
-}
-
 Task<ToolResult> saveProject(ToolArgs args, AppState& editor)
 {
     requireProject(editor);
     if (auto const file = args.find(copyPath)) {
-        if (editor.projectFile())
-            co_return co_await saveCopy(*file, editor);
-        std::filesystem::path own = *file;
-        if (own.extension() != ".fwp")
-            own += ".fwp";
-        if (std::filesystem::exists(own))
-            throw ToolError("There is a file at " + own.string() + " already.");
-        editor.followTo(own);
+        bool const hasFile = editor.files().file().has_value();
+        auto const written = accepted(co_await saveProjectAs(editor, *file));
+        co_return ToolResult::json({{hasFile ? "copy" : "saved", validUtf8(written.string())}});
     }
-    if (!editor.projectFile())
-        throw ToolError("Give a path: the project was never saved.");
-    if (!co_await editor.saveProject())
-        throw ToolError(editor.errorMessage());
-    co_return ToolResult::json({{"saved", validUtf8(editor.projectFile()->string())}});
+    accepted(co_await saveProject(editor));
+    co_return ToolResult::json({{"saved", validUtf8(editor.files().file()->string())}});
 }
 
-Task<ToolResult> renameProjectFolder(ToolArgs args, AppState& editor)
+Task<ToolResult> renameProject(ToolArgs args, AppState& editor)
 {
-    std::filesystem::path const folder = co_await savedFolder(args, project, editor);
-    bool const isOpen = isOpenProject(editor, Workspace::projectFile(folder));
-    std::filesystem::path const renamed = accepted(renameProject(folder, args[newName]));
-    if (isOpen)
-        editor.followTo(Workspace::projectFile(renamed));
-    co_return ToolResult::json(folderJSON(renamed));
+    auto const file = documentOf(args, project, editor);
+    co_return ToolResult::json(
+        folderJSON(accepted(co_await renameProject(editor, file, args[newName]))));
 }
 
-Task<ToolResult> duplicateProjectFolder(ToolArgs args, AppState& editor)
+Task<ToolResult> duplicateProject(ToolArgs args, AppState& editor)
 {
-    std::filesystem::path const folder = co_await savedFolder(args, project, editor);
-    std::optional<std::string> const name = args.find(copyName);
-    auto const duplicate = [folder, name] {
-        return name ? duplicateProject(folder, *name) : duplicateProject(folder);
-    };
-    std::filesystem::path const copy = accepted(co_await onWorker(duplicate));
-    co_return ToolResult::json(folderJSON(copy));
+    auto const file = documentOf(args, project, editor);
+    co_return ToolResult::json(
+        folderJSON(accepted(co_await duplicateProject(editor, file, args.find(copyName)))));
 }
 
 Task<ToolResult> deleteProject(ToolArgs args, AppState& editor)
 {
-    std::filesystem::path const folder = co_await savedFolder(args, doomed, editor);
-    bool const isOpen = isOpenProject(editor, Workspace::projectFile(folder));
-    auto const trash = [folder] { return trashProject(folder); };
-    std::filesystem::path const trashed = accepted(co_await onWorker(trash));
-    if (isOpen)
-        accepted(co_await editor.closeProject(AppState::Changes::discard));
-    Json json = {{"deleted", validUtf8(folder.filename().string())}};
-    if (!trashed.empty())
-        json["trash"] = validUtf8(trashed.string());
+    auto const file = documentOf(args, doomed, editor);
+    auto const trash = accepted(co_await deleteProject(editor, file));
+    Json json = {{"deleted", validUtf8(file.parent_path().filename().string())}};
+    if (!trash.empty())
+        json["trash"] = validUtf8(trash.string());
     co_return ToolResult::json(json);
 }
 
 Task<ToolResult> recoverProject(ToolArgs args, AppState& editor)
 {
     if (args[recoverAction] == RecoverAction::discard) {
-        accepted(editor.discardRecovery());
+        accepted(editor.files().discardRecovery());
         co_return ToolResult::json({{"recovery", "discarded"}});
     }
-    accepted(co_await editor.confirmDiscardingChanges(
-        args.get(force, false) ? AppState::Changes::discard : AppState::Changes::keep));
-    accepted(co_await editor.restoreRecovery());
-    co_return ToolResult::json({{"recovery", "restored"}, {"project", editor.projectName()}},
-                               "It is not saved yet; project-save writes it to its own place.");
+    accepted(co_await restoreRecovery(
+        editor, args.get(force, false) ? Unsaved::discard : Unsaved::keep));
+    co_return ToolResult::json(
+        {{"recovery", "restored"}, {"project", editor.files().projectName()}},
+        "It is not saved yet; project-save writes it to its own place.");
 }
 
 } // namespace
 
 std::vector<Tool> projectFolderTools(EditorTools tools)
 {
-    AppState& editor = tools.editor;
+    AppState& editor = tools.editing.state;
     return {
         {
             .name = "project_save",
@@ -162,7 +114,7 @@ std::vector<Tool> projectFolderTools(EditorTools tools)
             .description = "Give a project of the workspace another name.",
             .params = {newName, project},
             .action =
-                [&editor](ToolArgs args) { return renameProjectFolder(std::move(args), editor); },
+                [&editor](ToolArgs args) { return renameProject(std::move(args), editor); },
         },
         {
             .name = "project_duplicate",
@@ -172,7 +124,7 @@ std::vector<Tool> projectFolderTools(EditorTools tools)
             .params = {copyName, project},
             .action =
                 [&editor](ToolArgs args) {
-                    return duplicateProjectFolder(std::move(args), editor);
+                    return duplicateProject(std::move(args), editor);
                 },
         },
         {

@@ -43,7 +43,7 @@ std::filesystem::path fileOfProject(ToolArgs const& args, Param<Text> const& pro
         if (found != listings.end())
             return Workspace::projectFile(found->folder);
         if (!word.ends_with(".fwp") && !word.ends_with(".json"))
-            throw ToolError("There is no project called " + word + " in the workspace.");
+            throw RefusedEdit({Reason::projectUnknown, Subject::named(word)});
     }
     std::filesystem::path const path = args[Param<FilePath>(project.name)];
     return std::filesystem::is_directory(path) ? Workspace::projectFile(path) : path;

@@ -3,13 +3,10 @@
 #include "cli/tools/editor_tools.h"
 #include "cli/tools/json_views.h"
 #include "cli/tools/project_lookup.h"
-#include "tasks/on_worker.h"
+#include "editor/commands/project_commands.h"
+#include "editor/commands/workspace_commands.h"
 #include "workspace/project_folders.h"
 #include "workspace/workspace.h"
-#include "workspace/workspace_messages.h"
-
-#include <algorithm>
-#include <sstream>
 
 namespace framewright {
 
@@ -31,24 +28,6 @@ Param<Text> const projectToOpen{"project", "A project's name, or the path of one
 Param<Flag> const force{"force", "Go on even when changes of the open project can't be saved.",
                         optionalParam};
 
-/// The canvas that a description of what gets made asks for, if it does.
-std::optional<AspectPreset> canvasMeant(std::string const& description)
-{
-    std::istringstream words(description);
-    for (std::string word; words >> word;) {
-        while (!word.empty() && std::ispunct(static_cast<unsigned char>(word.back())))
-            word.pop_back();
-        // "Reels" are made of what "reel" means.
-        if (auto const preset = aspectPresetNamed(word))
-            return preset;
-        if (word.ends_with('s')) {
-            if (auto const preset = aspectPresetNamed(word.substr(0, word.size() - 1)))
-                return preset;
-        }
-    }
-    return std::nullopt;
-}
-
 Json workspaceJSON(std::filesystem::path const& folder)
 {
     Json json = {{"path", validUtf8(folder.string())},
@@ -65,27 +44,18 @@ Json workspaceJSON(std::filesystem::path const& folder)
 
 ToolResult showWorkspace(ToolArgs const& args, AppState& editor)
 {
-    std::filesystem::path folder;
-    if (auto const given = args.find(workspacePath)) {
-        folder = *given;
-        Workspace::setUp(folder);
-        folder = accepted(Workspace::openable(folder));
-        editor.setWorkspace(folder);
-    } else {
-        folder = workspaceOf(args, editor);
-    }
-    if (auto const text = args.find(about)) {
-        Workspace::setAbout(*text, folder);
-        if (auto const meant = canvasMeant(*text))
-            Workspace::setCanvas(*meant, folder);
-    }
+    auto const given = args.find(workspacePath);
+    std::filesystem::path const folder =
+        given ? accepted(setUpWorkspace(editor, *given)) : workspaceOf(args, editor);
+    if (auto const text = args.find(about))
+        describeWorkspace(folder, *text);
     return ToolResult::json(workspaceJSON(folder));
 }
 
 Json listingJSON(ProjectListing const& listing, AppState const& editor)
 {
     bool const isOpen =
-        editor.projectFile() && editor.projectFile()->parent_path() == listing.folder;
+        editor.files().file() && editor.files().file()->parent_path() == listing.folder;
     return {{"name", listing.name},
             {"path", validUtf8(listing.folder.string())},
             {"open", isOpen},
@@ -94,49 +64,42 @@ Json listingJSON(ProjectListing const& listing, AppState const& editor)
 
 Json openedJSON(AppState const& editor)
 {
-    return {{"project", editor.projectName()},
-            {"path", validUtf8(editor.projectFile()->string())},
+    return {{"project", editor.files().projectName()},
+            {"path", validUtf8(editor.files().file()->string())},
             {"canvas", ratioName(editor.project().aspect)},
             {"duration", rounded(editor.project().videoDuration())}};
 }
 
-AppState::Changes changesKept(ToolArgs const& args)
+Unsaved unsavedChanges(ToolArgs const& args)
 {
-    return args.get(force, false) ? AppState::Changes::discard : AppState::Changes::keep;
+    return args.get(force, false) ? Unsaved::discard : Unsaved::keep;
 }
 
-Task<ToolResult> startProject(ToolArgs args, AppState& editor)
+Task<ToolResult> newProject(ToolArgs args, AppState& editor)
 {
-    std::filesystem::path const workspace = workspaceOf(args, editor);
-    Project project =
-        newProject(args.get(canvas, Workspace::canvas(workspace).value_or(AspectPreset::portrait)));
-    project.brief = args.find(brief);
-    // Before the folder is made, so that a project that can't be left doesn't leave an empty one.
-    accepted(co_await editor.confirmDiscardingChanges(changesKept(args)));
-    std::filesystem::path const folder = accepted(createProjectFolder(workspace, args[newName]));
-    co_await editor.startProject(Workspace::projectFile(folder), std::move(project));
+    ProjectToStart wanted{workspaceOf(args, editor), args[newName], args.find(canvas),
+                          args.find(brief)};
+    accepted(co_await startProject(editor, std::move(wanted), unsavedChanges(args)));
     co_return ToolResult::json(openedJSON(editor));
 }
 
 Task<ToolResult> openProject(ToolArgs args, AppState& editor)
 {
     std::filesystem::path const file = fileOfProject(args, projectToOpen, editor);
-    accepted(co_await editor.confirmDiscardingChanges(changesKept(args)));
-    co_await editor.openProject(file);
-    co_await editor.assetsLoaded();
+    accepted(co_await openProject(editor, file, unsavedChanges(args)));
     Json json = openedJSON(editor);
     if (Json missing = missingMediaJSON(editor); !missing.empty())
         json["missing"] = std::move(missing);
-    if (!editor.unknownKeys().empty())
-        json["unknownKeys"] = editor.unknownKeys();
+    if (!editor.files().unknownKeys().empty())
+        json["unknownKeys"] = editor.files().unknownKeys();
     co_return ToolResult::json(json);
 }
 
 Task<ToolResult> closeProject(ToolArgs args, AppState& editor)
 {
     requireProject(editor);
-    std::string const name = editor.projectName();
-    accepted(co_await editor.closeProject(changesKept(args)));
+    std::string const name = editor.files().projectName();
+    accepted(co_await closeProject(editor, unsavedChanges(args)));
     co_return ToolResult::json({{"closed", name}});
 }
 
@@ -144,7 +107,7 @@ Task<ToolResult> closeProject(ToolArgs args, AppState& editor)
 
 std::vector<Tool> projectTools(EditorTools tools)
 {
-    AppState& editor = tools.editor;
+    AppState& editor = tools.editing.state;
     return {
         {
             .name = "workspace",
@@ -170,7 +133,7 @@ std::vector<Tool> projectTools(EditorTools tools)
             .description = "Start a project in the workspace and open it. A name that is taken "
                            "gets a number.",
             .params = {newName, brief, canvas, force},
-            .action = [&editor](ToolArgs args) { return startProject(std::move(args), editor); },
+            .action = [&editor](ToolArgs args) { return newProject(std::move(args), editor); },
         },
         {
             .name = "project_open",

@@ -1,10 +1,10 @@
-// Commands that look and change nothing.
+// Commands that read and change nothing.
 
 #include "cli/references.h"
 #include "cli/refusal_sentences.h"
 #include "cli/tools/editor_tools.h"
 #include "cli/tools/json_views.h"
-#include "cli/tools/look_report.h"
+#include "cli/tools/style_report.h"
 #include "tasks/on_worker.h"
 #include "workspace/workspace.h"
 
@@ -23,24 +23,24 @@ Json projectSummary(AppState const& editor)
     Json tracks = Json::array();
     for (Track const& track : project.tracks)
         tracks.push_back(trackSummaryJSON(project, track));
-    Json json = {{"name", editor.projectName()},
+    Json json = {{"name", editor.files().projectName()},
                  {"canvas", ratioName(project.aspect)},
                  {"duration", rounded(project.videoDuration())},
                  {"assets", project.assets->size()},
-                 {"saved", !editor.isDirty()},
+                 {"saved", !editor.files().isDirty()},
                  {"tracks", std::move(tracks)}};
-    if (editor.projectFile())
-        json["path"] = validUtf8(editor.projectFile()->string());
+    if (editor.files().file())
+        json["path"] = validUtf8(editor.files().file()->string());
     if (project.brief)
         json["brief"] = *project.brief;
     return json;
 }
 
-/// What is wrong or odd in the files of saved looks, and in those of the project; empty when all is
-/// well.
-Json looksNotedJSON(StyleStores const& styles, Project const& project, FontRegistry const& fonts)
+/// Problems with the files of saved styles, and invalid values in them and in the project's styles;
+/// empty while all is well.
+Json styleNotesJSON(StyleStores const& styles, Project const& project, FontRegistry const& fonts)
 {
-    Json notes = oddLooks(project, fonts);
+    Json notes = invalidStyles(project, fonts);
     for (StyleStore const* const store : {&styles.captions, &styles.texts}) {
         if (!store->problem().empty())
             notes.push_back(validUtf8(store->problem()));
@@ -53,7 +53,7 @@ Json looksNotedJSON(StyleStores const& styles, Project const& project, FontRegis
     return notes;
 }
 
-/// Why the workspace can't be used.
+/// Why the workspace can't be used; empty when it can.
 std::string workspaceProblem(std::filesystem::path const& folder, Project const& project)
 {
     try {
@@ -74,35 +74,35 @@ Json statusJSON(AppState& editor, StyleStores const& styles, FontRegistry const&
     } else {
         json["workspace"] = nullptr;
     }
-    if (auto const& waiting = editor.recovery().waiting()) {
+    if (auto const& waiting = editor.files().recovery().waiting()) {
         json["recovery"] = {{"copy", validUtf8(waiting->file.string())},
                             {"what", "An autosaved copy of a project that wasn't saved before the "
                                      "app last closed. See project-recover."}};
         if (waiting->origin)
             json["recovery"]["project"] = validUtf8(waiting->origin->string());
     }
-    if (!editor.errorMessage().empty())
-        json["problem"] = validUtf8(editor.errorMessage());
+    if (!editor.files().problem().empty())
+        json["problem"] = validUtf8(editor.files().problem());
     if (Json replaced = fontReportJSON(editor.project(), fonts); !replaced.empty())
         json["fonts"] = std::move(replaced);
-    if (Json notes = looksNotedJSON(styles, editor.project(), fonts); !notes.empty())
+    if (Json notes = styleNotesJSON(styles, editor.project(), fonts); !notes.empty())
         json["looks"] = std::move(notes);
     if (!editor.isOpen()) {
         json["project"] = nullptr;
         return json;
     }
     json["project"] = projectSummary(editor);
-    json["playhead"] = rounded(editor.currentTime());
-    if (editor.selectedClip())
-        json["selected"] = clipJSON(editor.project(), *editor.selectedClip());
-    if (auto const name = editor.history().undoName())
+    json["playhead"] = rounded(editor.selection().playhead());
+    if (auto const& clips = editor.selection().clips(); !clips.empty())
+        json["selected"] = clipJSON(editor.project(), clips.front());
+    if (auto const name = editor.document().history().undoName())
         json["undo"] = *name;
-    if (auto const name = editor.history().redoName())
+    if (auto const name = editor.document().history().redoName())
         json["redo"] = *name;
     if (Json missing = missingMediaJSON(editor); !missing.empty())
         json["missing"] = std::move(missing);
-    if (!editor.unknownKeys().empty())
-        json["unknownKeys"] = editor.unknownKeys();
+    if (!editor.files().unknownKeys().empty())
+        json["unknownKeys"] = editor.files().unknownKeys();
     return json;
 }
 
@@ -110,7 +110,7 @@ Json statusJSON(AppState& editor, StyleStores const& styles, FontRegistry const&
 
 std::vector<Tool> readingTools(EditorTools tools)
 {
-    AppState& editor = tools.editor;
+    AppState& editor = tools.editing.state;
     FontRegistry const& fonts = tools.fonts;
     return {
         {
@@ -118,7 +118,7 @@ std::vector<Tool> readingTools(EditorTools tools)
             .description = "The workspace, the open project and its tracks in short. Start here.",
             .params = {},
             .action = [&editor, &styles = tools.styles, &fonts](ToolArgs) -> Task<ToolResult> {
-                co_await editor.refreshAssets();
+                co_await editor.media().refresh();
                 co_return ToolResult::json(statusJSON(editor, styles, fonts));
             },
         },
@@ -141,7 +141,7 @@ std::vector<Tool> readingTools(EditorTools tools)
             .params = {},
             .action = [&editor](ToolArgs) -> Task<ToolResult> {
                 requireProject(editor);
-                co_await editor.refreshAssets();
+                co_await editor.media().refresh();
                 Json assets = Json::array();
                 for (auto const& [id, asset] : *editor.project().assets)
                     assets.push_back(assetJSON(editor, asset));

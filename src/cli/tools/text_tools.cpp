@@ -3,7 +3,8 @@
 #include "cli/references.h"
 #include "cli/tools/clip_results.h"
 #include "cli/tools/editor_tools.h"
-#include "cli/tools/look_options.h"
+#include "cli/tools/style_options.h"
+#include "editor/commands/text_commands.h"
 
 namespace framewright {
 
@@ -29,24 +30,25 @@ Param<Number> const newDuration{
     "duration", "New length in seconds (use clip-move / clip-trim for timing beyond that).",
     optionalParam};
 
-/// Changes a text's look and place as far as a command says so; whether it says anything.
+/// Applies the options for a text's style and place. Whether any was given.
 bool applyOptions(ToolArgs const& args, StyleStore const& favorites, TextOverlay& text)
 {
     auto const wanted = args.find(favoriteName);
     if (wanted)
         text.style = favorite(favorites.styles(), *wanted, "text favorite");
-    bool const changesLook = applyLookOptions(args, text.style);
+    StyleChanges const changes = styleChanges(args);
+    text.style = accepted(changed(std::move(text.style), changes));
     text.x = args.get(x, text.x);
     text.y = args.get(y, text.y);
-    return wanted || changesLook || args.has(x) || args.has(y);
+    return wanted || !changes.isEmpty() || args.has(x) || args.has(y);
 }
 
 ToolResult textResult(EditorTools const& tools, Id const& id,
                       std::optional<double> wantedStart = std::nullopt)
 {
-    ToolResult result = clipResult(tools.editor, id, wantedStart);
-    auto const place = findClip(tools.editor.project(), id);
-    if (!place->clip->text) // Made by hand, without words.
+    ToolResult result = clipResult(tools.editing.state, id, wantedStart);
+    auto const place = findClip(tools.editing.state.project(), id);
+    if (!place->clip->text) // From a document made by hand.
         return result;
     TextOverlay const& text = **place->clip->text;
     NormalizedStyle const drawn = normalized(text.style);
@@ -57,7 +59,7 @@ ToolResult textResult(EditorTools const& tools, Id const& id,
     return result;
 }
 
-/// Without words yet, in the look of new texts.
+/// Without words yet, in the style of new texts.
 TextOverlay newText(EditorTools const& tools)
 {
     TextOverlay text;
@@ -67,47 +69,35 @@ TextOverlay newText(EditorTools const& tools)
 
 ToolResult addText(ToolArgs const& args, EditorTools const& tools)
 {
-    AppState& editor = tools.editor;
+    AppState const& editor = tools.editing.state;
     requireProject(editor);
     NewText text;
     text.text = newText(tools);
     text.text.text = args[newWords];
     applyOptions(args, tools.styles.texts, text.text);
-    text.time = args.get(at, editor.currentTime());
+    text.time = args.get(at, editor.selection().playhead());
     text.length = args.get(duration, textLength);
     text.trackID = args.find(track);
-    if (text.trackID) {
-        Track const& onto = *editor.project().track(*text.trackID);
-        if (onto.kind != TrackKind::text)
-            throw ToolError(trackTitle(editor.project(), onto) + " is not a text track.");
-        requireUnlocked(onto);
-    }
     double const wantedStart = text.time;
-    Placed const placed = accepted(editor.addText(std::move(text)));
+    Placed const placed = accepted(addText(tools.editing, std::move(text)));
     return textResult(tools, placed.clipID, wantedStart);
 }
 
 ToolResult setText(ToolArgs const& args, EditorTools const& tools)
 {
-    AppState& editor = tools.editor;
     Id const id = args[clip];
-    ClipPlace const place = *findClip(editor.project(), id);
-    if (!place.clip->isText())
-        throw ToolError(clipRef(editor.project(), *place.track, *place.clip) +
-                        " is not a text clip.");
-    requireUnlocked(*place.track);
-
+    ClipPlace const place = *findClip(tools.editing.project(), id);
     TextChanges changes;
     TextOverlay text = place.clip->text ? **place.clip->text : newText(tools);
-    bool const changesLook = applyOptions(args, tools.styles.texts, text);
+    bool const changesStyle = applyOptions(args, tools.styles.texts, text);
     text.text = args.get(words, text.text);
-    if (changesLook || args.has(words))
+    if (changesStyle || args.has(words))
         changes.text = std::move(text);
     changes.length = args.find(newDuration);
     if (!changes.text && !changes.length)
         throw ToolError("Give something to change: text, duration, favorite, font, size, color, "
                         "uppercase, x or y.");
-    accepted(editor.changeText(id, changes));
+    accepted(changeText(tools.editing, id, changes));
     return textResult(tools, id);
 }
 
@@ -115,7 +105,7 @@ ToolResult setText(ToolArgs const& args, EditorTools const& tools)
 
 std::vector<Tool> textTools(EditorTools tools)
 {
-    using namespace LookOption;
+    using namespace StyleOption;
     return {
         {
             .name = "text_add",

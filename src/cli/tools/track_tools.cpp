@@ -3,6 +3,7 @@
 #include "cli/references.h"
 #include "cli/tools/editor_tools.h"
 #include "cli/tools/json_views.h"
+#include "editor/commands/track_commands.h"
 
 namespace framewright {
 
@@ -44,24 +45,20 @@ ToolResult trackResult(AppState const& editor, Id const& id)
     return ToolResult::json(trackJSON(editor.project(), *editor.project().track(id)));
 }
 
-ToolResult addTrack(ToolArgs const& args, AppState& editor)
+ToolResult addTrack(ToolArgs const& args, Editing editing)
 {
-    requireProject(editor);
     NewTrack added;
     added.kind = args[kind];
     added.name = args.find(newName);
     added.isMagnetic = args.find(newMagnetic);
     if (args.get(top, false))
         added.place = TrackPlace::top;
-    return trackResult(editor, accepted(editor.addTrack(added)));
+    return trackResult(editing.state, accepted(addTrack(editing, added)));
 }
 
-ToolResult setTrack(ToolArgs const& args, AppState& editor)
+ToolResult setTrack(ToolArgs const& args, Editing editing)
 {
     Id const id = args[track];
-    Project const& project = editor.project();
-    Track const& before = *project.track(id);
-
     TrackChanges changes;
     changes.name = args.find(name);
     changes.isMagnetic = args.find(magnetic);
@@ -73,40 +70,44 @@ ToolResult setTrack(ToolArgs const& args, AppState& editor)
     if (auto const level = args.find(volume))
         changes.volume = static_cast<float>(*level);
     changes.ducks = args.find(ducks);
-
-    // Unlocking is how a locked track is made editable; all else waits for it.
-    if (before.isLocked && changes.isLocked != false)
-        requireUnlocked(before);
-    accepted(editor.changeTrack(id, changes));
-    return trackResult(editor, id);
+    accepted(changeTrack(editing, id, changes));
+    return trackResult(editing.state, id);
 }
 
-ToolResult moveTrack(ToolArgs const& args, AppState& editor)
+ToolResult moveTrack(ToolArgs const& args, Editing editing)
 {
     Id const id = args[track];
-    requireUnlocked(*editor.project().track(id));
-    accepted(editor.moveTrack(id, args[by]));
-    return trackResult(editor, id);
+    accepted(moveTrack(editing, id, args[by]));
+    return trackResult(editing.state, id);
 }
 
-ToolResult removeTrack(ToolArgs const& args, AppState& editor)
+ToolResult removeTrack(ToolArgs const& args, Editing editing)
 {
     Id const id = args[track];
-    Project const& project = editor.project();
-    requireUnlocked(*project.track(id));
-    std::string const title = trackTitle(project, *project.track(id));
-    accepted(editor.removeTrack(id));
+    std::string const title = trackTitle(editing.project(), *editing.project().track(id));
+    accepted(removeTrack(editing, id));
     Json tracks = Json::array();
-    for (Track const& left : editor.project().tracks)
-        tracks.push_back(trackSummaryJSON(editor.project(), left));
+    for (Track const& left : editing.project().tracks)
+        tracks.push_back(trackSummaryJSON(editing.project(), left));
     return ToolResult::json({{"removed", title}, {"tracks", tracks}});
+}
+
+ToolResult showRatio(ToolArgs const& args, Editing editing)
+{
+    requireProject(editing.state);
+    if (auto const preset = args.find(to))
+        changeAspect(editing, *preset);
+    AspectPreset const canvas = editing.project().aspect;
+    PixelSize const size = baseCanvas(canvas);
+    return ToolResult::json(
+        {{"canvas", ratioName(canvas)}, {"width", size.width}, {"height", size.height}});
 }
 
 } // namespace
 
 std::vector<Tool> trackTools(EditorTools tools)
 {
-    AppState& editor = tools.editor;
+    Editing const editing = tools.editing;
     return {
         {
             .name = "track_add",
@@ -114,26 +115,26 @@ std::vector<Tool> trackTools(EditorTools tools)
                            "video), or on top with top: true; audio at the bottom; text and "
                            "subtitles on top.",
             .params = {kind, newName, newMagnetic, top},
-            .action = [&editor](ToolArgs args) { return addTrack(args, editor); },
+            .action = [editing](ToolArgs args) { return addTrack(args, editing); },
         },
         {
             .name = "track_set",
             .description = "Change a track: name, magnetic, locked, hidden (video/text/subtitles), "
                            "opacity (video, 0-1), muted, solo, volume (0-1.5) and ducks (audio).",
             .params = {track, name, magnetic, locked, hidden, opacity, muted, solo, volume, ducks},
-            .action = [&editor](ToolArgs args) { return setTrack(args, editor); },
+            .action = [editing](ToolArgs args) { return setTrack(args, editing); },
         },
         {
             .name = "track_move",
             .description = "Move a track up or down the list. Upper video tracks cover lower ones.",
             .params = {track, by},
-            .action = [&editor](ToolArgs args) { return moveTrack(args, editor); },
+            .action = [editing](ToolArgs args) { return moveTrack(args, editing); },
         },
         {
             .name = "track_remove",
             .description = "Delete a track and everything on it.",
             .params = {track},
-            .action = [&editor](ToolArgs args) { return removeTrack(args, editor); },
+            .action = [editing](ToolArgs args) { return removeTrack(args, editing); },
         },
         {
             .name = "ratio",
@@ -141,17 +142,7 @@ std::vector<Tool> trackTools(EditorTools tools)
                 "Show or change the canvas: 9:16 (default), 16:9, 1:1 or 4:5. Everything "
                 "keeps its normalized placement; exports follow.",
             .params = {to},
-            .action =
-                [&editor](ToolArgs args) {
-                    requireProject(editor);
-                    if (auto const preset = args.find(to);
-                        preset && *preset != editor.project().aspect)
-                        editor.changeAspect(*preset);
-                    PixelSize const size = baseCanvas(editor.project().aspect);
-                    return ToolResult::json({{"canvas", ratioName(editor.project().aspect)},
-                                             {"width", size.width},
-                                             {"height", size.height}});
-                },
+            .action = [editing](ToolArgs args) { return showRatio(args, editing); },
         },
     };
 }

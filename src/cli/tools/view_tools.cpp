@@ -4,11 +4,10 @@
 #include "cli/tools/clip_results.h"
 #include "cli/tools/editor_tools.h"
 #include "cli/tools/json_views.h"
-#include "tasks/on_worker.h"
-#include "model/time_rules.h"
-#include "workspace/workspace.h"
-
-#include <QDateTime>
+#include "editor/commands/project_commands.h"
+#include "editor/commands/rendering_commands.h"
+#include "editor/commands/selection_commands.h"
+#include "model/file_url.h"
 
 namespace framewright {
 
@@ -35,138 +34,79 @@ Param<Moment> const end{"end", "Export up to here.", optionalParam};
 Param<Flag> const force{"force", "Quit even when changes can't be saved or an export is running.",
                         optionalParam};
 
-/// "NAME-20261122-223105.mp4", in a folder.
-std::filesystem::path unusedExportFile(std::filesystem::path const& folder, AppState const& editor)
+Task<ToolResult> exportProject(ToolArgs args, EditorTools tools)
 {
-    std::string const time =
-        QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd-HHmmss")).toStdString();
-    std::string const stem = editor.projectName() + "-" + time;
-    std::filesystem::path file = folder / (stem + ".mp4");
-    for (int number = 2; std::filesystem::exists(file); ++number)
-        file = folder / (stem + "-" + std::to_string(number) + ".mp4");
-    return file;
-}
-
-/// "projects/NAME/exports/NAME-20261122-223105.mp4"
-std::filesystem::path defaultExportFile(AppState const& editor)
-{
-    if (!editor.projectFile() || !Workspace::isProjectDocument(*editor.projectFile()))
-        throw ToolError(
-            "Give a path (the project is not in a workspace, so there is no exports folder).");
-    std::filesystem::path const folder =
-        Workspace::exportsFolder(editor.projectFile()->parent_path());
-    std::filesystem::create_directories(folder);
-    return unusedExportFile(folder, editor);
-}
-
-/// The file that `given` means: with the ending .mp4, and in a folder under the usual name.
-std::filesystem::path exportFile(std::filesystem::path given, AppState const& editor)
-{
-    QString const ending = QString::fromStdString(given.extension().string());
-    bool const isMovie = ending.compare(QLatin1String(".mp4"), Qt::CaseInsensitive) == 0;
-    if (!isMovie && std::filesystem::is_directory(given))
-        return unusedExportFile(given, editor);
-    if (given.filename().empty())
-        throw ToolError("There is no folder " + given.parent_path().string() + ".");
-    if (!isMovie)
-        given += ".mp4";
-    return given;
-}
-
-ExportSettings exportSettings(ToolArgs const& args, AppState const& editor)
-{
-    ExportSettings settings;
+    AppState& editor = tools.editing.state;
+    requireProject(editor);
+    MovieWanted wanted;
+    wanted.file = args.find(path);
     if (args.get(preview, false))
-        settings.quality = ExportSettings::Quality::preview;
-    settings.height = args.find(height);
-    if (settings.height && (*settings.height < 480 || *settings.height > 4320))
-        throw ToolError("height must be 480 to 4320.");
-    settings.start = args.find(start);
-    settings.end = args.find(end);
-    double const from = settings.start.value_or(0);
-    if (from < 0)
-        throw ToolError("start must be 0 or later.");
-    if (settings.end.value_or(editor.project().videoDuration()) - from < timeTolerance)
-        throw ToolError("The range is empty.");
-
-    settings.file = args.has(path) ? exportFile(args[path], editor) : defaultExportFile(editor);
-    return settings;
-}
-
-Task<ToolResult> exportMovie(ToolArgs args, EditorTools tools)
-{
-    requireProject(tools.editor);
-    if (tools.exports.isRunning())
-        throw ToolError("An export is already running.");
-    ExportSettings const settings = exportSettings(args, tools.editor);
-    co_await tools.editor.refreshAssets(AppState::Missing::searched);
-    requireProject(tools.editor);
-    Json missing = missingMediaJSON(tools.editor);
-    std::string const note = settings.end ? "" : textsBeyondEndNote(tools.editor.project());
+        wanted.quality = ExportSettings::Quality::preview;
+    wanted.height = args.find(height);
+    wanted.start = args.find(start);
+    wanted.end = args.find(end);
     Progress const progress = args.progress();
     ExportProgress const report = [progress](double fraction, std::string_view stage) {
         progress.report(fraction, stage);
     };
-    ExportResult const made =
-        accepted(co_await tools.exports.run(settings, report, args.stopToken()));
+    ExportedMovie const made =
+        accepted(co_await exportMovie(editor, tools.exports, wanted, report, args.stopToken()));
 
-    Json json = {{"path", validUtf8(made.file.string())},
-                 {"duration", rounded(made.duration)},
-                 {"width", made.size.width},
-                 {"height", made.size.height},
-                 {"fps", made.framesPerSecond},
-                 {"frames", made.frames}};
-    if (!missing.empty())
+    Json json = {{"path", validUtf8(made.movie.file.string())},
+                 {"duration", rounded(made.movie.duration)},
+                 {"width", made.movie.size.width},
+                 {"height", made.movie.size.height},
+                 {"fps", made.movie.framesPerSecond},
+                 {"frames", made.movie.frames}};
+    if (Json missing = missingMediaJSON(made.of); !missing.empty())
         json["missing"] = std::move(missing);
-    co_return ToolResult::json(json, note);
+    co_return ToolResult::json(json, wanted.end ? "" : textsBeyondEndNote(made.of.project));
 }
 
-ToolResult selectTarget(ToolArgs const& args, AppState& editor)
+ToolResult seekTo(ToolArgs const& args, Editing editing)
 {
-    requireProject(editor);
-    std::string const word = args[target];
-    if (word == "none") {
-        editor.select(std::nullopt);
+    requireProject(editing.state);
+    accepted(seek(editing, args[seekAt]));
+    return ToolResult::json({{"playhead", rounded(editing.state.selection().playhead())}});
+}
+
+ToolResult selectTarget(ToolArgs const& args, Editing editing)
+{
+    requireProject(editing.state);
+    Selection& selection = editing.state.selection();
+    if (args[target] == "none") {
+        selection.clear();
         return {true, "Nothing selected.", {}};
     }
     ItemRef::Value const item = args[Param<ItemRef>("target")];
     if (item.what == ItemRef::What::bar) {
-        editor.selectCaption(item.id);
+        selection.selectBar(item.id);
         return ToolResult::json({{"selected", {{"bar", item.id.text()}}}});
     }
-    Id const id = item.id;
-    editor.select(id);
-    return ToolResult::json({{"selected", clipJSON(editor.project(), id)}});
+    selection.selectClip(item.id);
+    return ToolResult::json({{"selected", clipJSON(editing.project(), item.id)}});
 }
 
-ToolResult stepped(std::string const& verb, std::optional<std::string> const& action,
-                   AppState const& editor)
+/// What was undone or redone, and what can be now.
+ToolResult stepped(char const* did, std::string const& step, AppState const& editor)
 {
-    if (!action)
-        throw ToolError("Nothing to " + verb + ".");
-    Json json = {{verb == "undo" ? "undone" : "redone", *action}};
-    if (auto const name = editor.history().undoName())
+    Json json = {{did, step}};
+    if (auto const name = editor.document().history().undoName())
         json["undo"] = *name;
-    if (auto const name = editor.history().redoName())
+    if (auto const name = editor.document().history().redoName())
         json["redo"] = *name;
     return ToolResult::json(json);
 }
 
 Task<ToolResult> quit(ToolArgs args, EditorTools tools)
 {
-    bool const isForced = args.get(force, false);
-    accepted(co_await tools.editor.confirmDiscardingChanges(isForced ? AppState::Changes::discard
-                                                                     : AppState::Changes::keep));
+    auto const cancelled = accepted(
+        co_await prepareToQuit(tools.editing.state, tools.exports,
+                               args.get(force, false) ? Unsaved::discard : Unsaved::keep));
     std::string said = "Framewright quits.";
-    if (tools.exports.isRunning()) {
-        std::string const file = validUtf8(tools.exports.file().filename().string());
-        if (!isForced)
-            throw ToolError("The export of " + file +
-                            " is still running. Wait until it is done, "
-                            "or pass --force to cancel it.");
-        said = "The export of " + file + " was cancelled. " + said;
-        co_await tools.exports.cancel();
-    }
+    if (cancelled)
+        said = "The export of " + validUtf8(cancelled->filename().string()) +
+               " was cancelled. " + said;
     tools.quit();
     co_return ToolResult{true, said, {}};
 }
@@ -175,37 +115,29 @@ Task<ToolResult> quit(ToolArgs args, EditorTools tools)
 
 std::vector<Tool> viewTools(EditorTools tools)
 {
-    AppState& editor = tools.editor;
+    Editing const editing = tools.editing;
     return {
         {
             .name = "seek",
             .description = "Move the app's playhead so the user sees that moment.",
             .params = {seekAt},
-            .action =
-                [&editor](ToolArgs args) {
-                    requireProject(editor);
-                    double const time = args[seekAt];
-                    if (time < 0)
-                        throw ToolError("at must be 0 or later.");
-                    editor.seek(time);
-                    return ToolResult::json({{"playhead", rounded(editor.currentTime())}});
-                },
+            .action = [editing](ToolArgs args) { return seekTo(args, editing); },
         },
         {
             .name = "select",
             .description = "Select a clip or subtitle bar in the app (its sidebar opens), or clear "
                            "the selection with \"none\".",
             .params = {target},
-            .action = [&editor](ToolArgs args) { return selectTarget(args, editor); },
+            .action = [editing](ToolArgs args) { return selectTarget(args, editing); },
         },
         {
             .name = "undo",
             .description = "Undo the last change (yours or the user's).",
             .params = {},
             .action =
-                [&editor](ToolArgs) {
-                    requireProject(editor);
-                    return stepped("undo", editor.undo(), editor);
+                [editing](ToolArgs) {
+                    requireProject(editing.state);
+                    return stepped("undone", accepted(undo(editing)), editing.state);
                 },
         },
         {
@@ -213,9 +145,9 @@ std::vector<Tool> viewTools(EditorTools tools)
             .description = "Redo the last undone change.",
             .params = {},
             .action =
-                [&editor](ToolArgs) {
-                    requireProject(editor);
-                    return stepped("redo", editor.redo(), editor);
+                [editing](ToolArgs) {
+                    requireProject(editing.state);
+                    return stepped("redone", accepted(redo(editing)), editing.state);
                 },
         },
         {
@@ -225,7 +157,7 @@ std::vector<Tool> viewTools(EditorTools tools)
                            "footage's own size (up to 4K, HDR kept); default path in the project's "
                            "exports folder, time-stamped.",
             .params = {path, preview, height, start, end},
-            .action = [tools](ToolArgs args) { return exportMovie(std::move(args), tools); },
+            .action = [tools](ToolArgs args) { return exportProject(std::move(args), tools); },
         },
         {
             .name = "app_quit",

@@ -1,0 +1,138 @@
+#pragma once
+
+#include "editor/document/document.h"
+#include "editor/files/project_file.h"
+#include "editor/files/recovery.h"
+#include "editor/media_pool/media_pool.h"
+#include "model/outcome.h"
+#include "platform/user_defaults.h"
+#include "sync/file_watcher.h"
+
+#include <QCoro/QCoroTask>
+#include <QObject>
+#include <QTimer>
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace framewright {
+
+/// The file that the open project is kept in: opened, saved after each change, kept in step with
+/// what other programs write, and backed by a recovery copy.
+///
+/// A project of a workspace is saved by itself a second after a change, and 1.25 s after the first
+/// of several at the latest. Any other project is saved when the user says so; until then its
+/// changes are in a recovery copy. Main thread only. May be destroyed while it reads or writes.
+class ProjectFiles : public QObject {
+    Q_OBJECT
+
+public:
+    ProjectFiles(Document& document, MediaPool& media, UserDefaults& defaults,
+                 QObject* parent = nullptr);
+    ~ProjectFiles() override;
+
+    /// Where the project is kept; nothing for one that was never saved.
+    std::optional<std::filesystem::path> const& file() const { return m_file; }
+    /// "Hook v2", after the project's folder in a workspace, else after its file.
+    std::string projectName() const;
+    bool isInWorkspace() const;
+    /// Whether the project differs from what was last read or written.
+    bool isDirty() const { return m_savedRevision != m_document.revision(); }
+    /// What keeps the project from being saved or read in the background, as one sentence; empty
+    /// while all is well.
+    std::string const& problem() const { return m_problem; }
+    /// Keys of the project's file that this version does not know and that a save drops.
+    std::vector<std::string> const& unknownKeys() const { return m_unknownKeys; }
+    Recovery const& recovery() const { return m_recovery; }
+
+    /// Writes a new project to `file`, where there is none yet, and opens it. Throws
+    /// ProjectFileError.
+    QCoro::Task<void> create(std::filesystem::path file, Project project);
+
+    /// Opens a project in place of the open one, whose unsaved changes are gone: see
+    /// `prepareToLeave`. Throws ProjectFileError, and then what was open stays open.
+    QCoro::Task<void> open(std::filesystem::path file);
+
+    /// Opens the project that was open when the editor last ran. Blocks: for the start, before
+    /// there is anybody to wait. When it can't be opened, none is, and `problem` says why.
+    void reopenLast();
+
+    /// Writes the project to its own file, also one outside any workspace. Ends when every change
+    /// made before the call is on disk. Throws ProjectFileError.
+    QCoro::Task<void> save();
+
+    /// The same for a project of a workspace, blocking, for the last moment before the process
+    /// ends; others get a recovery copy. Throws ProjectFileError when the project's own file does
+    /// not hold all changes afterwards.
+    void saveBeforeQuitting();
+
+    enum class Unsaved { keep, discard };
+
+    /// Saves what can be saved, so that the open project can be left. Refused when changes remain
+    /// that are not to be discarded.
+    QCoro::Task<Outcome<Done>> prepareToLeave(Unsaved unsaved);
+
+    /// The same, and closes the project.
+    QCoro::Task<Outcome<Done>> close(Unsaved unsaved);
+
+    /// The project moved with its folder, or gets its first file: that one is written and watched
+    /// from now on.
+    void followTo(std::filesystem::path file);
+
+    /// The files of assets were replaced: what the document said of them no longer holds.
+    void forgetAssetRefs();
+
+    /// Opens the recovery copy that is waiting. It goes to its project's file when the user saves
+    /// it, and stays as the recovery copy until then. Throws ProjectFileError; refused when none is
+    /// waiting.
+    QCoro::Task<Outcome<Done>> restoreRecovery();
+
+    /// Deletes the copy that is waiting. Refused when none is.
+    Outcome<Done> discardRecovery();
+
+signals:
+    /// An attempt to save has ended, well or not.
+    void saveEnded();
+    void problemChanged();
+
+private:
+    void follow(ProjectChange const& change);
+    void adopt(ReadProject read, std::optional<std::filesystem::path> const& file);
+    void closeNow();
+    void watch();
+    QCoro::Task<void> loadMedia();
+
+    void scheduleSave();
+    QCoro::Task<void> saveByItself();
+    QCoro::Task<void> runningSaveEnded();
+    QCoro::Task<void> writeToFile();
+    QCoro::Task<void> writeRecoveryCopy();
+    void takeSaved(SaveResult const& result, std::uint64_t revision);
+    QCoro::Task<void> reloadFromDisk();
+    void takeOutsideEdit(ReadProject read);
+    void setProblem(std::string problem);
+
+    Document& m_document;
+    MediaPool& m_media;
+    UserDefaults& m_defaults;
+    Recovery m_recovery;
+
+    std::optional<std::filesystem::path> m_file;
+    std::optional<ContentMark> m_diskMark; ///< Of the file as last read or written.
+    std::vector<std::string> m_unknownKeys;
+    std::optional<std::uint64_t> m_savedRevision = 0; ///< Of the document as it is in the file.
+    std::string m_problem;
+
+    std::unique_ptr<FileWatcher> m_watcher;
+    QTimer m_saveTimer;
+    std::chrono::steady_clock::time_point m_unsavedSince;
+    bool m_isSaving = false;
+    std::uint64_t m_saveCount = 0; ///< Saves begun, so that a read knows whether one came between.
+};
+
+} // namespace framewright

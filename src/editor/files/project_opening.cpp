@@ -1,0 +1,218 @@
+// Opening, closing and recovering the project of a ProjectFiles.
+
+#include "editor/files/project_files.h"
+
+#include "model/file_url.h"
+#include "tasks/on_worker.h"
+#include "workspace/workspace.h"
+
+#include <QPointer>
+
+namespace framewright {
+
+namespace {
+
+/// The project that was open last.
+constexpr char const* openKey = "project.open";
+/// How many starts in a row died while opening it.
+constexpr char const* attemptsKey = "project.openAttempts";
+/// A project that ends the editor this often is not opened again by itself.
+constexpr int mostAttempts = 3;
+/// A project that is edited all the time is saved this often before it is left.
+constexpr int mostSaves = 20;
+
+/// As a URL: settings are text, and a path may be any bytes.
+void rememberOpen(std::filesystem::path const& file, UserDefaults& defaults)
+{
+    defaults.setString(openKey, FileURL{file.string()}.text());
+}
+
+AssetRefs refsOf(ReadProject const& read)
+{
+    AssetRefs refs;
+    for (AssetRef const& ref : read.decoded.document.assetRefs)
+        refs.emplace(ref.id, ref);
+    return refs;
+}
+
+} // namespace
+
+QCoro::Task<void> ProjectFiles::create(std::filesystem::path file, Project project)
+{
+    // Nothing is expected there, so a file that exists is not replaced.
+    auto const write = [file, project] { return saveProject(file, project, std::nullopt); };
+    SaveResult const result = co_await onWorker(write);
+    if (result.wasChangedByOthers)
+        throw ProjectFileError("There is a project at " + validUtf8(file.string()) + " already.");
+    adopt(co_await readOnWorker(file), file);
+}
+
+QCoro::Task<void> ProjectFiles::open(std::filesystem::path file)
+{
+    adopt(co_await readOnWorker(file), file);
+}
+
+void ProjectFiles::reopenLast()
+{
+    auto const text = m_defaults.string(openKey);
+    auto const url = text ? FileURL::parse(*text) : std::nullopt;
+    if (!url)
+        return;
+    double const attempts = m_defaults.number(attemptsKey).value_or(0);
+    if (attempts >= mostAttempts) {
+        m_defaults.remove(attemptsKey);
+        setProblem("Framewright ended several times while opening " + validUtf8(url->path) +
+                   "; it was not opened again.");
+        return;
+    }
+    m_defaults.setNumber(attemptsKey, attempts + 1);
+    try {
+        adopt(readProject(url->path), url->path);
+    } catch (ProjectFileError const& error) {
+        setProblem(error.what());
+        m_defaults.remove(attemptsKey);
+    }
+}
+
+void ProjectFiles::adopt(ReadProject read, std::optional<std::filesystem::path> const& file)
+{
+    m_saveTimer.stop();
+    m_file = file;
+    m_diskMark = std::move(read.mark);
+    m_unknownKeys = std::move(read.decoded.unknownKeys);
+    m_media.setPlaces({file ? file->parent_path() : std::filesystem::path(), refsOf(read)});
+    m_document.open(std::move(read.decoded.document.project));
+    m_savedRevision = m_document.revision();
+    setProblem({});
+    if (file)
+        rememberOpen(*file, m_defaults);
+    watch();
+    loadMedia();
+}
+
+QCoro::Task<void> ProjectFiles::loadMedia()
+{
+    // A start that dies until this has ended dies of the project's media.
+    QPointer<ProjectFiles> const self(this);
+    co_await m_media.load();
+    if (self)
+        m_defaults.remove(attemptsKey);
+}
+
+void ProjectFiles::watch()
+{
+    m_watcher.reset();
+    if (!isInWorkspace())
+        return;
+    m_watcher = std::make_unique<FileWatcher>(*m_file);
+    connect(m_watcher.get(), &FileWatcher::changed, this, [this] { reloadFromDisk(); });
+    if (!m_watcher->isWatching())
+        setProblem("The project's folder can't be watched; changes by other programs are only "
+                   "seen when the project is saved or opened.");
+}
+
+void ProjectFiles::followTo(std::filesystem::path file)
+{
+    // Media inside the project's folder moved with it.
+    std::map<Id, std::filesystem::path> moved;
+    if (m_file) {
+        for (auto const& [id, asset] : *m_document.project().assets) {
+            std::filesystem::path const inside =
+                std::filesystem::path(asset.url.path).lexically_relative(m_file->parent_path());
+            if (!inside.empty() && *inside.begin() != "..")
+                moved[id] = file.parent_path() / inside;
+        }
+    }
+    m_file = std::move(file);
+    m_media.setPlaces({m_file->parent_path(), m_media.places().refs});
+    rememberOpen(*m_file, m_defaults);
+    watch();
+    if (moved.empty())
+        return;
+    m_media.relocate(moved);
+    loadMedia();
+}
+
+void ProjectFiles::forgetAssetRefs()
+{
+    m_media.setPlaces({m_media.places().projectFolder, {}});
+}
+
+QCoro::Task<Outcome<Done>> ProjectFiles::prepareToLeave(Unsaved unsaved)
+{
+    if (!m_document.isOpen())
+        co_return Done();
+    // Other commands may edit while it is saved.
+    for (int n = 0; n < mostSaves && isInWorkspace() && isDirty(); ++n) {
+        try {
+            co_await save();
+        } catch (ProjectFileError const&) {
+            break; // It is the problem now.
+        }
+    }
+    if (!isDirty())
+        co_return Done();
+    if (unsaved == Unsaved::discard) {
+        m_recovery.clear();
+        co_return Done();
+    }
+    co_return isInWorkspace() ? Refusal{Reason::saveFailed, Subject::named(m_problem)}
+                              : Refusal{Reason::unsavedChanges, Subject::named(projectName())};
+}
+
+QCoro::Task<Outcome<Done>> ProjectFiles::close(Unsaved unsaved)
+{
+    auto const ready = co_await prepareToLeave(unsaved);
+    if (ready)
+        closeNow();
+    co_return ready;
+}
+
+void ProjectFiles::closeNow()
+{
+    m_saveTimer.stop();
+    m_watcher.reset();
+    m_file.reset();
+    m_diskMark.reset();
+    m_unknownKeys.clear();
+    m_media.setPlaces({});
+    m_document.close();
+    m_savedRevision = m_document.revision();
+    setProblem({});
+    m_defaults.remove(openKey);
+}
+
+QCoro::Task<Outcome<Done>> ProjectFiles::restoreRecovery()
+{
+    if (!m_recovery.waiting())
+        co_return Refusal{Reason::noRecoveryCopy};
+    Recovery::Waiting const waiting = *m_recovery.waiting();
+    ReadProject read = co_await readOnWorker(waiting.file);
+
+    // What the project's own file holds now is known from here on, so that saving over it is
+    // refused only if it changes again.
+    std::optional<ContentMark> onDisk;
+    if (waiting.origin) {
+        try {
+            ReadProject const there = co_await readOnWorker(*waiting.origin);
+            onDisk = there.mark;
+        } catch (ProjectFileError const&) {
+            // It is gone or broken; the copy is then all there is.
+        }
+    }
+    adopt(std::move(read), waiting.origin);
+    m_diskMark = onDisk;
+    m_recovery.adoptWaiting();
+    m_savedRevision.reset();
+    co_return Done();
+}
+
+Outcome<Done> ProjectFiles::discardRecovery()
+{
+    if (!m_recovery.waiting())
+        return Refusal{Reason::noRecoveryCopy};
+    m_recovery.discardWaiting();
+    return Done();
+}
+
+} // namespace framewright

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "model/project.h"
+#include "platform/user_defaults.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace framewright {
+
+/// The copy that holds changes which are not yet in the project's own file: of a project outside
+/// any workspace until it is saved, and of any project whose file can't be written.
+///
+/// A copy left by an earlier run waits until the user restores or discards it; it is never
+/// overwritten. `write` may be called from any thread, one at a time; the rest on the main thread.
+class Recovery {
+public:
+    explicit Recovery(UserDefaults& defaults);
+
+    /// A copy left by an earlier run.
+    struct Waiting {
+        std::filesystem::path file;
+        std::optional<std::filesystem::path> origin; ///< The file of the project it is a copy of.
+    };
+    std::optional<Waiting> const& waiting() const { return m_waiting; }
+
+    /// The file of this run's copy.
+    std::filesystem::path const& file() const { return m_file; }
+
+    /// Stores which project the copy belongs to.
+    void rememberOrigin(std::optional<std::filesystem::path> const& origin);
+
+    /// The waiting copy was opened: it is this run's own copy from now on.
+    void adoptWaiting();
+
+    /// Deletes the waiting copy.
+    void discardWaiting();
+
+    /// Deletes this run's copy: everything is saved.
+    void clear();
+
+    /// Writes `project` as the copy in `file`. Blocks. Throws ProjectFileError.
+    static void write(std::filesystem::path const& file, Project const& project);
+
+private:
+    UserDefaults& m_defaults;
+    std::filesystem::path m_file;
+    std::optional<Waiting> m_waiting;
+};
+
+} // namespace framewright

@@ -1,0 +1,147 @@
+#include "editor_home.h"
+
+#include "editor/commands/clip_placing_commands.h"
+#include "editor/commands/media_commands.h"
+
+#include <QImage>
+
+namespace framewright {
+
+namespace {
+
+/// Writes a photo of one colour.
+void putPhoto(std::filesystem::path const& file, int width)
+{
+    std::filesystem::create_directories(file.parent_path());
+    QImage image(width, 16, QImage::Format_RGB888);
+    image.fill(Qt::red);
+    ASSERT_TRUE(image.save(QString::fromStdString(file.string())));
+}
+
+/// Mono, 16 bits, 8 kHz: a tenth of a second for each hundred.
+void putWave(std::filesystem::path const& file, std::uint32_t seconds)
+{
+    std::uint32_t const rate = 8000, bytes = rate * 2 * seconds;
+    std::string wave = "RIFF....WAVEfmt ";
+    auto const add = [&](std::uint32_t number, int size) {
+        for (int n = 0; n < size; ++n)
+            wave += char(number >> (8 * n));
+    };
+    for (auto const& [number, size] : {std::pair(16u, 4), {1u, 2}, {1u, 2}, {rate, 4}, {rate * 2, 4}, {2u, 2}, {16u, 2}})
+        add(number, size);
+    wave += "data";
+    add(bytes, 4);
+    wave.append(bytes, '\x11');
+    put(file, wave);
+}
+
+double widthOf(AppState const& editor, Id const& asset)
+{
+    LoadedAsset const* const loaded = editor.media().store().find(asset);
+    return loaded ? loaded->displaySize().width : 0;
+}
+
+} // namespace
+
+TEST(MediaPool, AFileThatWasReplacedIsProbedAgain)
+{
+    EditorHome home;
+    home.startProject("Replaced");
+    auto const file = home.folder / "photo.png";
+    putPhoto(file, 32);
+    Id const asset = (*awaited(importMedia(home.editing(), {file})))[0].id;
+    EXPECT_EQ(widthOf(home.editor(), asset), 32);
+
+    putPhoto(file, 48);
+    std::filesystem::last_write_time(file, std::filesystem::file_time_type::clock::now() +
+                                               std::chrono::seconds(5));
+    awaited(home.editor().media().refresh());
+    EXPECT_EQ(widthOf(home.editor(), asset), 48);
+
+    std::filesystem::remove(file);
+    awaited(home.editor().media().refresh());
+    EXPECT_TRUE(home.editor().media().problem(asset));
+    EXPECT_FALSE(home.editor().media().store().find(asset));
+}
+
+TEST(MediaPool, AResultForAFileTheAssetNoLongerHasIsDropped)
+{
+    EditorHome home;
+    home.startProject("Stale");
+    auto const old = home.folder / "old.png", now = home.folder / "now.png";
+    putPhoto(old, 32);
+    putPhoto(now, 64);
+    Id const asset = (*awaited(importMedia(home.editing(), {old})))[0].id;
+    std::filesystem::last_write_time(old, std::filesystem::file_time_type::clock::now() +
+                                              std::chrono::seconds(5));
+
+    auto const refreshing = home.editor().media().refresh(); // Probes old.png on a worker.
+    Project project = home.editor().project();
+    project.assets.edit()[asset].url.path = now.string();
+    home.editor().commit(project, "Replace", Author::commandLine);
+    awaited(home.editor().media().refresh());
+
+    EXPECT_EQ(widthOf(home.editor(), asset), 64);
+    EXPECT_EQ(home.editor().project().asset(asset)->url.path, now.string());
+}
+
+TEST(MediaPool, AResultForAnotherProjectIsDropped)
+{
+    EditorHome home;
+    auto const first = home.startProject("First");
+    auto const file = home.folder / "photo.png";
+    putPhoto(file, 32);
+    (void)awaited(importMedia(home.editing(), {file}));
+    awaited(home.files().save());
+
+    awaited(home.files().open(first)); // Opens the photo on a worker.
+    home.startProject("Second");
+    awaited(home.editor().media().loaded());
+    QCoreApplication::processEvents();
+    EXPECT_EQ(home.editor().media().store(), AssetStore());
+    EXPECT_TRUE(home.editor().media().problems().empty());
+}
+
+TEST(AddClip, KnowsTheFileAndTheTrack)
+{
+    EditorHome home;
+    home.startProject("Rules");
+    auto const photo = home.folder / "photo.png", sound = home.folder / "sound.wav";
+    putPhoto(photo, 32);
+    putWave(sound, 4);
+    Id const video = home.editor().project().tracks[0].id;
+    Id const audio = home.editor().project().tracks[1].id;
+    auto const clip = [](std::filesystem::path const& file, Id const& track, double in, std::optional<double> out) {
+        return ClipToAdd{file, track, {}, in, out};
+    };
+    // clang-format off
+    struct Case { char const* name; ClipToAdd wanted; std::optional<Reason> reason; double length; };
+    for (Case const& c : {
+             Case{"all of the sound", clip(sound, audio, 0, {}), {}, 4},
+             Case{"a part", clip(sound, audio, 1, 2.5), {}, 1.5},
+             Case{"a photo", clip(photo, video, 0, {}), {}, 3},
+             Case{"a long photo", clip(photo, video, 0, 60), {}, 60},
+             Case{"too long a photo", clip(photo, video, 0, 61), Reason::newPhotoTooLong, 0},
+             Case{"past the end", clip(sound, audio, 0, 5), Reason::pastSourceEnd, 0},
+             Case{"in behind the end", clip(sound, audio, 4, {}), Reason::inOutsideSource, 0},
+             Case{"in before 0", clip(sound, audio, -1, {}), Reason::inOutsideSource, 0},
+             Case{"out before in", clip(sound, audio, 2, 1), Reason::tooShort, 0},
+             Case{"sound on a video track", clip(sound, video, 0, {}), Reason::audioOnVideoTrack, 0},
+             Case{"a photo on an audio track", clip(photo, audio, 0, {}), Reason::photoOnAudioTrack, 0},
+             Case{"no track", clip(photo, Id::random(), 0, {}), Reason::trackGone, 0},
+         }) {
+        // clang-format on
+        Project const before = home.editor().project();
+        auto const placed = awaited(addClip(home.editing(), c.wanted));
+        ASSERT_EQ(bool(placed), !c.reason) << c.name;
+        if (!placed) {
+            EXPECT_EQ(placed.refusal().reason, *c.reason) << c.name;
+            EXPECT_EQ(home.editor().project(), before) << c.name;
+            continue;
+        }
+        EXPECT_NEAR(findClip(home.editor().project(), placed->clipID)->clip->length(), c.length, 1e-3)
+            << c.name;
+    }
+}
+
+} // namespace framewright
