@@ -7,17 +7,12 @@
 #include "media/media_error.h"
 #include "media/movie_writer.h"
 #include "model/time_rules.h"
-#include "pipeline/audio_mixer.h"
-#include "pipeline/clip_audio_source.h"
-#include "pipeline/clip_frame_source.h"
-#include "raster/frame_compositor.h"
-#include "tasks/bounded_queue.h"
+#include "pipeline/audio_producer.h"
+#include "pipeline/frame_producer.h"
 
 #include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <cmath>
-#include <exception>
 #include <limits>
 #include <memory>
 #include <new>
@@ -32,8 +27,6 @@ constexpr double previewLongSide = 960;
 /// HEVC's factor for what H.264 looks like at MovieSettings' own, in a smaller file.
 constexpr double hevcQuality = 22;
 constexpr std::size_t queuedFrames = 4;
-constexpr std::size_t keptReaders = 4; ///< Beyond those in use: for cuts back and forth.
-constexpr std::size_t keptPhotos = 2;
 
 /// Of each decoder. Decoding is about a third of the work, and each thread more holds a picture.
 int decoderThreads()
@@ -43,17 +36,16 @@ int decoderThreads()
 
 /// What is rendered: the frames from `start` on.
 struct Plan {
-    BuiltComposition composition;
+    std::shared_ptr<BuiltComposition const> composition;
     double start = 0;
     int frames = 0;
 
-    int framesPerSecond() const { return composition.video.framesPerSecond; }
-    double timeOf(int frame) const { return start + double(frame) / framesPerSecond(); }
+    int framesPerSecond() const { return composition->video.framesPerSecond; }
 
     /// The sample, counted from the first, that plays when a frame begins.
     std::int64_t sampleOf(int frame) const
     {
-        return std::llround(double(frame) * AudioMixer::sampleRate / framesPerSecond());
+        return std::llround(double(frame) * AudioProducer::sampleRate / framesPerSecond());
     }
 };
 
@@ -75,47 +67,10 @@ MovieSettings movieSettings(VideoComposition const& video, ExportSettings::Quali
     return settings;
 }
 
-/// Mixes the sound of one frame after the other.
-class SoundTrack {
-public:
-    SoundTrack(Plan const& plan, ReadingActivity activity)
-        : m_plan(plan),
-          m_source(std::move(activity)),
-          m_mixer(plan.composition, m_source),
-          m_first(std::llround(plan.start * AudioMixer::sampleRate))
-    {
-    }
-
-    std::span<float const> ofFrame(int frame)
-    {
-        std::int64_t const from = m_plan.sampleOf(frame), to = m_plan.sampleOf(frame + 1);
-        m_samples.resize(std::size_t(to - from) * 2);
-        m_mixer.mix(m_first + from, m_samples);
-        return m_samples;
-    }
-
-private:
-    Plan const& m_plan;
-    ClipAudioSource m_source;
-    AudioMixer m_mixer;
-    std::int64_t m_first;
-    std::vector<float> m_samples;
-};
-
 void throwIfStopped(std::stop_token const& stop)
 {
     if (stop.stop_requested())
         throw ExportError(ExportError::Cause::cancelled, "The export was cancelled.");
-}
-
-/// Reading gets on however far from a keyframe it begins, and ends in the middle when the export is
-/// to stop.
-ReadingActivity reading(WatchedWork& watched)
-{
-    return [&watched, stop = watched.stop()] {
-        watched.beat();
-        throwIfStopped(stop);
-    };
 }
 
 /// All that rendering uses: it may outlive the export when something hangs.
@@ -170,96 +125,78 @@ private:
     int m_told = -1;
 };
 
-/// Encodes what comes out of the queue, on a thread of its own, until that is complete.
-class EncodingThread {
+/// What the producers make, frame by frame with its audio. Producing ends when the export stops.
+class Production {
 public:
-    EncodingThread(Job const& job, MovieWriter& writer, BoundedQueue<Frame>& queue,
-                   WatchedWork& watched)
-        : m_queue(queue), m_thread([&job, &writer, &queue, &watched, this] {
-              try {
-                  encode(job, writer, queue, watched);
-              } catch (...) {
-                  m_failure = std::current_exception();
-                  queue.abandon();
-              }
+    Production(Plan const& plan, WatchedWork& watched)
+        : m_plan(plan),
+          m_watched(watched),
+          m_frames(plan.composition, {.capacity = queuedFrames,
+                                      .decoderThreads = decoderThreads(),
+                                      .activity = [&watched] { watched.beat(); }}),
+          m_audio(plan.composition, {.activity = [&watched] { watched.beat(); }}),
+          m_whenStopped(watched.stop(), [this] {
+              m_frames.stop();
+              m_audio.stop();
           })
     {
+        m_frames.seek(plan.start, plan.frames);
+        m_audio.seek(std::llround(plan.start * AudioProducer::sampleRate));
     }
 
-    ~EncodingThread() { m_queue.abandon(); }
-    EncodingThread(EncodingThread const&) = delete;
-    EncodingThread& operator=(EncodingThread const&) = delete;
-
-    /// How many pictures the encoder has taken.
-    int written() const { return m_written; }
-
-    /// Waits until everything is written; throws what went wrong.
-    void finish()
+    Frame nextFrame()
     {
-        m_queue.complete();
-        m_thread.join();
-        if (m_failure)
-            std::rethrow_exception(m_failure);
+        auto produced = m_frames.next();
+        throwIfStopped(m_watched.stop());
+        return std::move(produced.value().frame);
+    }
+
+    std::span<float const> audioOf(int frame)
+    {
+        m_samples.resize(std::size_t(m_plan.sampleOf(frame + 1) - m_plan.sampleOf(frame)) * 2);
+        if (!m_audio.read(m_samples))
+            throwIfStopped(m_watched.stop());
+        return m_samples;
     }
 
 private:
-    void encode(Job const& job, MovieWriter& writer, BoundedQueue<Frame>& queue,
-                WatchedWork& watched)
-    {
-        constexpr auto writing = WatchedWork::Thread::writing;
-        SoundTrack sound(job.plan, reading(watched));
-        int written = 0;
-        while (auto const frame = queue.pop()) {
-            watched.enter(writing, "encoding the picture");
-            writer.writeFrame(*frame);
-            watched.enter(writing, "mixing the sound");
-            writer.writeAudio(sound.ofFrame(written++));
-            watched.enter(writing, nullptr);
-            m_written = written;
-        }
-        if (written < job.plan.frames)
-            return throwIfStopped(watched.stop()); // Or drawing failed, and says why.
-        watched.enter(writing, "finishing the file");
-        writer.finish([&](std::filesystem::path const& file) { job.check(file, watched); });
-    }
-
-    BoundedQueue<Frame>& m_queue;
-    std::atomic<int> m_written = 0;
-    std::exception_ptr m_failure;
-    std::jthread m_thread; ///< Last: it uses the others.
+    Plan const& m_plan;
+    WatchedWork& m_watched;
+    std::vector<float> m_samples;
+    FrameProducer m_frames;
+    AudioProducer m_audio;
+    std::stop_callback<std::function<void()>> m_whenStopped; ///< Last: it uses the producers.
 };
 
 void render(Job const& job, WatchedWork& watched)
 {
     constexpr auto drawing = WatchedWork::Thread::drawing;
+    constexpr auto writing = WatchedWork::Thread::writing;
     Plan const& plan = job.plan;
-    watched.enter(drawing, "beginning the file");
+    watched.enter(writing, "beginning the file");
     MovieSettings settings = job.movie;
     settings.activity = [&watched] { watched.beat(); };
     MovieWriter writer(job.file, settings);
-    BoundedQueue<Frame> queue(queuedFrames);
-    OpenReaders readers(keptReaders, decoderThreads(), reading(watched));
-    ReadPhotos photos(keptPhotos);
-    ClipFrameSource source(plan.composition, readers, photos, ClipFrameSource::Reading::forward);
-    FrameCompositor compositor(plan.composition.video, source);
-    std::stop_callback const whenStopped(watched.stop(), [&queue] { queue.abandon(); });
-    EncodingThread encoding(job, writer, queue, watched);
-
+    Production production(plan, watched);
     ProgressReports progress(plan.frames, watched);
-    for (int frame = 0; frame < plan.frames; ++frame) {
+    for (int n = 0; n < plan.frames; ++n) {
         throwIfStopped(watched.stop());
-        progress.tell(encoding.written());
-        if (frame % plan.framesPerSecond() == 0)
+        progress.tell(n);
+        if (n % plan.framesPerSecond() == 0)
             job.checkSources();
+        watched.enter(writing, nullptr);
         watched.enter(drawing, "reading and drawing the picture");
-        Frame picture = compositor.draw(plan.timeOf(frame));
+        Frame const frame = production.nextFrame();
         watched.enter(drawing, nullptr);
-        if (!queue.push(std::move(picture)))
-            return encoding.finish(); // It failed or was stopped, and says so.
+        watched.enter(writing, "encoding the picture");
+        writer.writeFrame(frame);
+        watched.enter(writing, "mixing the sound");
+        writer.writeAudio(production.audioOf(n));
     }
     throwIfStopped(watched.stop());
     watched.report(1, "Finishing");
-    encoding.finish();
+    watched.enter(writing, "finishing the file");
+    writer.finish([&](std::filesystem::path const& file) { job.check(file, watched); });
 }
 
 void checkSpace(ExportSurroundings const& surroundings, std::filesystem::path const& file,
@@ -328,14 +265,16 @@ ExportResult Exporter::run(ExportProgress const& progress, std::stop_token stop)
     CompositionBuilder::Output const output{size(), exportFrameRate(m_project, m_assets), true,
                                             range};
     auto const overlays = m_burner->overlays(m_project, m_assets, output.renderSize);
-    Plan plan{CompositionBuilder::build(m_project, m_assets, output, overlays), start, 0};
+    Plan plan{std::make_shared<BuiltComposition const>(
+                  CompositionBuilder::build(m_project, m_assets, output, overlays)),
+              start, 0};
     plan.frames = std::max(1, int(std::lround((end - start) * output.framesPerSecond)));
-    if (auto const problem = CompositionValidator::problem(plan.composition))
+    if (auto const problem = CompositionValidator::problem(*plan.composition))
         throw ExportError(ExportError::Cause::media, *problem);
     throwIfStopped(stop);
     ExportResult const result{m_settings.file, double(plan.frames) / output.framesPerSecond,
                               output.renderSize, plan.frames, output.framesPerSecond};
-    VideoComposition const& video = plan.composition.video;
+    VideoComposition const& video = plan.composition->video;
     ExpectedMovie const expected{output.renderSize, output.framesPerSecond, result.duration,
                                  video.colors.isHDR(), m_settings.quality};
     checkSpace(m_surroundings, m_settings.file, expected);
@@ -343,7 +282,7 @@ ExportResult Exporter::run(ExportProgress const& progress, std::stop_token stop)
     if (video.colors.isHDR())
         movie.mastering = exportMastering(m_project, m_assets);
     std::vector<FileIdentity> sources =
-        sourcesOf(plan.composition, {start, start + result.duration});
+        sourcesOf(*plan.composition, {start, start + result.duration});
     auto const job =
         std::make_shared<Job const>(Job{std::move(plan), expected, m_settings.file, movie,
                                         m_surroundings.probe, std::move(sources)});

@@ -1,9 +1,7 @@
 #include "stills/still_frames.h"
 
 #include "composition/composition_builder.h"
-#include "pipeline/clip_frame_source.h"
-#include "pipeline/open_files.h"
-#include "raster/frame_compositor.h"
+#include "pipeline/frame_drawer.h"
 
 #include <algorithm>
 #include <cmath>
@@ -38,13 +36,15 @@ void stretch(VideoComposition& video, PixelSize from, PixelSize to)
     video.renderSize = to;
 }
 
-/// Where pictures are drawn, one at a time: the decoders and photos that are kept open for it.
+/// A place to draw at, one frame at a time, with files that are kept open.
 struct DrawingDesk {
-    explicit DrawingDesk(std::size_t openReaders) : readers(openReaders) {}
+    explicit DrawingDesk(std::size_t openReaders)
+        : drawer({.keptReaders = openReaders, .keptPhotos = keptPhotos})
+    {
+    }
 
     std::mutex mutex;
-    OpenReaders readers;
-    ReadPhotos photos{keptPhotos};
+    FrameDrawer drawer;
     std::optional<Clock::time_point> lastUsed; ///< Nothing while nothing is open.
 };
 
@@ -63,10 +63,11 @@ struct BuiltPiece {
         PixelSize const canvas = baseCanvas(project.aspect);
         PixelSize const drawn{size.width + size.width % 2, size.height + size.height % 2};
         TimeSpan const shown{shownTime(times.start), shownTime(times.end)};
-        composition = CompositionBuilder::build(
+        auto built = std::make_shared<BuiltComposition>(CompositionBuilder::build(
             project, assets, {canvas, framesPerSecond, true, DynamicRange::standard},
-            burner.overlays(project, assets, drawn, shown));
-        stretch(composition.video, canvas, drawn);
+            burner.overlays(project, assets, drawn, shown)));
+        stretch(built->video, canvas, drawn);
+        composition = std::move(built);
     }
 
     /// At or after the end that of the last frame.
@@ -75,36 +76,34 @@ struct BuiltPiece {
     PixelSize size;
     int framesPerSecond;
     double lastFrame; ///< When it begins.
-    BuiltComposition composition;
+    std::shared_ptr<BuiltComposition const> composition;
 };
 
 /// Draws pictures of a piece at a desk.
 class PieceDrawing {
 public:
-    PieceDrawing(BuiltPiece const& piece, DrawingDesk& desk)
-        : m_piece(piece),
-          m_desk(desk),
-          m_source(piece.composition, desk.readers, desk.photos,
-                   ClipFrameSource::Reading::anywhere),
-          m_compositor(piece.composition.video, m_source)
+    PieceDrawing(BuiltPiece const& piece, DrawingDesk& desk) : m_piece(piece), m_desk(desk)
     {
+        m_desk.drawer.show(piece.composition);
     }
 
-    ~PieceDrawing() { m_desk.lastUsed = Clock::now(); }
+    ~PieceDrawing()
+    {
+        m_desk.drawer.show(nullptr);
+        m_desk.lastUsed = Clock::now();
+    }
     PieceDrawing(PieceDrawing const&) = delete;
     PieceDrawing& operator=(PieceDrawing const&) = delete;
 
     RGBImage image(double time)
     {
-        Frame const frame = m_compositor.draw(m_piece.shownTime(time));
+        Frame const frame = m_desk.drawer.draw(m_piece.shownTime(time));
         return screenImage(frame, m_piece.size);
     }
 
 private:
     BuiltPiece const& m_piece;
     DrawingDesk& m_desk;
-    ClipFrameSource m_source;
-    FrameCompositor m_compositor;
 };
 
 } // namespace
@@ -192,8 +191,7 @@ public:
             std::unique_lock const lock(desk->mutex, std::try_to_lock);
             if (!lock || !desk->lastUsed || Clock::now() - *desk->lastUsed < idle)
                 continue;
-            desk->readers.closeAll();
-            desk->photos.forgetAll();
+            desk->drawer.closeFiles();
             desk->lastUsed.reset();
             hasClosed = true;
         }

@@ -30,12 +30,12 @@ public:
         return true;
     }
 
-    /// Waits for a value. Nothing when the queue is complete and empty, or abandoned.
+    /// Waits for a value. Nothing when the queue was abandoned.
     std::optional<Value> pop()
     {
         std::unique_lock lock(m_mutex);
-        m_changed.wait(lock, [&] { return !m_values.empty() || m_isComplete || m_isAbandoned; });
-        if (m_values.empty() || m_isAbandoned)
+        m_changed.wait(lock, [&] { return !m_values.empty() || m_isAbandoned; });
+        if (m_isAbandoned)
             return std::nullopt;
         std::optional<Value> value(std::move(m_values.front()));
         m_values.pop_front();
@@ -43,25 +43,28 @@ public:
         return value;
     }
 
-    /// Nothing more will be pushed; values in the queue can still be taken.
-    void complete() { set(m_isComplete); }
-
-    /// Either side gives up: both stop waiting, and the values are not delivered.
-    void abandon() { set(m_isAbandoned); }
-
-private:
-    void set(bool& state)
+    /// Discards the values in the queue.
+    void clear()
     {
         std::lock_guard lock(m_mutex);
-        state = true;
+        m_values.clear();
         m_changed.notify_all();
     }
 
+    /// Either side gives up: both stop waiting, and the values are not delivered.
+    void abandon()
+    {
+        std::lock_guard lock(m_mutex);
+        m_isAbandoned = true;
+        m_values.clear();
+        m_changed.notify_all();
+    }
+
+private:
     std::size_t const m_capacity;
     std::mutex m_mutex;
     std::condition_variable m_changed;
     std::deque<Value> m_values;
-    bool m_isComplete = false;
     bool m_isAbandoned = false;
 };
 

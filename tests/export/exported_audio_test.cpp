@@ -1,8 +1,5 @@
-#include "composition/composition_builder.h"
 #include "export/exporter.h"
 #include "media/audio_reader.h"
-#include "pipeline/audio_mixer.h"
-#include "pipeline/clip_audio_source.h"
 #include "rendering/made_media.h"
 
 #include <gtest/gtest.h>
@@ -20,7 +17,7 @@ constexpr int rate = AudioReader::sampleRate;
 constexpr int window = rate / 100; ///< 10 ms: whole periods of both tones.
 constexpr double bedTone = 1000, voiceTone = 3000;
 
-class ExportedSound : public MadeMedia {
+class ExportedAudio : public MadeMedia {
 protected:
     Id tone(double frequency, double amplitude, int seconds)
     {
@@ -59,7 +56,7 @@ double duckedGain(double time)
 
 } // namespace
 
-TEST_F(ExportedSound, MakesRoomForAVoiceAsFastAndAsMuchAsPromised)
+TEST_F(ExportedAudio, MakesRoomForAVoiceAsFastAndAsMuchAsPromised)
 {
     Id const picture = loaded(made(
         "-f lavfi -i color=gray:s=32x32:r=24:d=10 -c:v libx264 -pix_fmt yuv420p", "picture.mp4"));
@@ -88,67 +85,6 @@ TEST_F(ExportedSound, MakesRoomForAVoiceAsFastAndAsMuchAsPromised)
     EXPECT_NEAR(decibels(voiced[350] / 0.2), 0, decibel);
     EXPECT_LT(voiced[198], 0.02) << "not before 2 s";
     EXPECT_LT(voiced[501], 0.02) << "not after 5 s";
-}
-
-TEST_F(ExportedSound, IsReadOnceHoweverMuchPlaysAtATime)
-{
-    Id const source = tone(440, 0.01, 8);
-    Clip const whole = clip(source, 0, 3);
-    /// How often something is read of a piece that is mixed from beginning to end.
-    auto const readings = [&](std::vector<Track> tracks) {
-        auto const built =
-            CompositionBuilder::build(project(std::move(tracks)), assets, {{1080, 1920}, 30});
-        int count = 0;
-        ClipAudioSource files([&] { ++count; });
-        AudioMixer mixer(built, files);
-        std::vector<float> block(2 * rate / 30);
-        for (std::int64_t first = 0; first < 3 * rate; first += rate / 30)
-            mixer.mix(first, block);
-        return count;
-    };
-    std::vector<Track> many;
-    for (int n = 0; n < 40; ++n)
-        many.push_back(audioTrack({whole}));
-    int const one = readings({audioTrack({whole})});
-    struct Case {
-        char const* name;
-        std::vector<Track> tracks;
-        int sounds;
-    };
-    for (Case const& c : {
-             Case{"many tracks", many, 40},
-             Case{"overlapping on one track",
-                  {audioTrack({whole, clip(source, 0.5, 2, 4), clip(source, 1, 1, 6)})},
-                  3},
-             Case{"cut", {audioTrack({clip(source, 0, 1), clip(source, 1, 2, 1)})}, 1},
-         })
-        EXPECT_LE(readings(c.tracks), c.sounds * (one + one / 10)) << c.name;
-}
-
-TEST_F(ExportedSound, ClosesFilesThatHavePlayed)
-{
-    Id const first = tone(440, 0.01, 1);
-    std::vector<Clip> clips;
-    for (int n = 0; n < 60; ++n) {
-        LoadedAsset copy = *assets.find(first);
-        copy.file = folder / (std::to_string(n) + ".wav");
-        std::filesystem::create_hard_link(folder / "440.wav", copy.file);
-        Id const id = Id::random();
-        assets.insert(id, copy);
-        clips.push_back(clip(id, n, 1));
-    }
-    auto const built =
-        CompositionBuilder::build(project({audioTrack(clips)}), assets, {{1080, 1920}, 30});
-    auto const openFiles = [] {
-        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
-    };
-    auto const before = openFiles();
-    ClipAudioSource files;
-    AudioMixer mixer(built, files);
-    std::vector<float> block(rate);
-    for (std::int64_t sample = 0; sample < 60 * rate; sample += rate / 2)
-        mixer.mix(sample, block);
-    EXPECT_LT(openFiles(), before + 30);
 }
 
 } // namespace framewright

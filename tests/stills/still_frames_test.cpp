@@ -1,8 +1,5 @@
 #include "stills/still_frames.h"
 
-#include "composition/composition_builder.h"
-#include "pipeline/clip_frame_source.h"
-
 #include "media/media_error.h"
 #include "rendering/made_media.h"
 
@@ -133,32 +130,6 @@ TEST_F(Stills, ShowPhotosAtTheSizeTheyAreSeen)
     RGBImage const image = stills.image(project({videoTrack({zoomed})}), assets, 1, 100);
     EXPECT_THAT(pixel(image, 0.78, 0.5), isAbout(255, 0, 0));
     EXPECT_THAT(pixel(image, 0.82, 0.5), isAbout(0, 255, 0));
-}
-
-TEST_F(Stills, ManyPhotosAtATimeAreReadOnceAndNotMuchLargerThanNeeded)
-{
-    std::vector<Track> tracks;
-    for (int n = 0; n < 6; ++n) {
-        auto const file = made("-f lavfi -i color=red:s=5000x1250 -frames:v 1 -q:v 20",
-                               "photo" + std::to_string(n) + ".jpg");
-        Clip zoomed = clip(loaded(file), 0, 2);
-        zoomed.transform = {.scale = n < 3 ? 1.0 : 200.0, .offsetX = 0.1 * n - 0.3};
-        tracks.push_back(videoTrack({zoomed}));
-    }
-    BuiltComposition const built = CompositionBuilder::build(
-        project(tracks), assets, {{270, 480}, 30, true, DynamicRange::standard});
-    OpenReaders readers(1);
-    ReadPhotos photos(1);
-    ClipFrameSource source(built, readers, photos, ClipFrameSource::Reading::forward);
-    for (double const time : {0.5, 1.0}) { // The second time without the files.
-        std::vector<int> widths;
-        for (Layer const& layer : built.video.instructions.front().layers) {
-            if (!layer.isBlackPlate)
-                widths.push_back(source.frame(layer, time)->width());
-        }
-        EXPECT_THAT(widths, testing::ElementsAre(540, 540, 540, 4096, 4096, 4096));
-        std::filesystem::remove_all(folder);
-    }
 }
 
 TEST_F(Stills, AreAsWideAsAskedFor)

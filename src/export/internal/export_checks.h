@@ -4,7 +4,7 @@
 #include "export/exporter.h"
 #include "media/media_info.h"
 #include "model/aspect_preset.h"
-#include "pipeline/open_files.h"
+#include "pipeline/file_identity.h"
 
 #include <cstdint>
 #include <filesystem>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "media/audio_reader.h"
-#include "pipeline/audio_source.h"
+#include "pipeline/internal/audio_source.h"
 
 #include <list>
 #include <utility>

@@ -1,6 +1,7 @@
-#include "pipeline/clip_frame_source.h"
+#include "pipeline/internal/clip_frame_source.h"
 
 #include "media/media_error.h"
+#include "model/time_rules.h"
 
 #include <algorithm>
 #include <cmath>
@@ -12,6 +13,8 @@ namespace {
 
 /// A decoder that is needed again within this time stays open. Seconds.
 constexpr double soon = 5;
+/// Within the same file, a jump forward this short is read through rather than opened ahead.
+constexpr double shortSkip = 0.25;
 /// Photos are read this much larger than they are shown, since our scaler makes a sharper picture
 /// of it than their readers do.
 constexpr double spareDetail = 2;
@@ -35,10 +38,68 @@ CompositionSegment const* segmentNear(CompositionTrack const& track, Layer const
 
 } // namespace
 
-ClipFrameSource::ClipFrameSource(BuiltComposition const& composition, OpenReaders& readers,
-                                 ReadPhotos& photos, Reading reading)
-    : m_composition(composition), m_readers(readers), m_photos(photos), m_reading(reading)
+ClipFrameSource::ClipFrameSource(BuiltComposition const& composition, Files files,
+                                 FrameDrawer::Options const& options)
+    : m_composition(composition), m_files(files), m_options(options)
 {
+}
+
+void ClipFrameSource::openAhead(double time)
+{
+    for (CompositionTrack const& track : m_composition.tracks) {
+        if (track.kind != CompositionTrack::Kind::picture)
+            continue;
+        CompositionSegment const* const next = opensNext(track, time);
+        if (!next)
+            m_files.ahead.drop(track.id);
+        else if (!m_files.ahead.has(track.id, *next) && !m_files.ahead.isBusy()) {
+            report(*next, time);
+            auto const playing = m_playing.find(track.id);
+            bool const isInUse = playing != m_playing.end() && playing->second.segment &&
+                                 playing->second.segment->file == next->file;
+            m_files.ahead.prepare(track.id, *next,
+                                  isInUse ? std::nullopt
+                                          : m_files.readers.take(next->file, track.id));
+        }
+    }
+}
+
+/// The track's next segment, if it begins soon and needs a decoder other than the one that plays.
+CompositionSegment const* ClipFrameSource::opensNext(CompositionTrack const& track,
+                                                     double time) const
+{
+    auto const startOf = [](CompositionSegment const& segment) {
+        return segment.timeRange.start.seconds();
+    };
+    auto const next = std::ranges::upper_bound(track.segments, time, {}, startOf);
+    if (next == track.segments.end() || startOf(*next) > time + m_options.openAhead ||
+        next->source != CompositionSegment::Source::footage || !isVisible(track, *next))
+        return nullptr;
+    auto const playing = m_playing.find(track.id);
+    if (playing == m_playing.end() || !playing->second.segment)
+        return &*next;
+    CompositionSegment const& current = *playing->second.segment;
+    double const skipped = next->sourceStart - current.sourceTimeAt(startOf(*next));
+    bool const readsOn =
+        current.file == next->file && skipped > -timeTolerance && skipped < shortSkip;
+    return readsOn ? nullptr : &*next;
+}
+
+bool ClipFrameSource::isVisible(CompositionTrack const& track,
+                                CompositionSegment const& segment) const
+{
+    VideoComposition const& video = m_composition.video;
+    auto const& layers =
+        video.instructions[video.instructionIndexAt(segment.timeRange.start)].layers;
+    return std::ranges::any_of(layers, [&](Layer const& layer) {
+        return layer.trackID == track.id && layer.clipID == segment.clipID && layer.opacity > 0;
+    });
+}
+
+void ClipFrameSource::report(CompositionSegment const& segment, double time) const
+{
+    if (m_options.opening)
+        m_options.opening(segment.file, time);
 }
 
 std::optional<Frame> ClipFrameSource::frame(Layer const& layer, double time)
@@ -70,12 +131,26 @@ Frame ClipFrameSource::footage(CompositionTrack const& track, CompositionSegment
     Playing& playing = m_playing[track.id];
     if (playing.segment != &segment) {
         leave(track, time);
-        int const lane = m_reading == Reading::forward ? track.id : 0;
-        playing = {&segment, m_readers.reader(segment.file, lane), std::nullopt};
+        playing = {&segment, reader(track, segment, time), std::nullopt};
     }
     // A time that was rounded into the segment must not show what lies before its beginning.
     double const start = segment.timeRange.start.seconds();
     return playing.reader->frameAt(segment.sourceTimeAt(std::max(time, start)));
+}
+
+std::shared_ptr<VideoReader> ClipFrameSource::reader(CompositionTrack const& track,
+                                                     CompositionSegment const& segment, double time)
+{
+    int const lane = isForward() ? track.id : 0;
+    if (auto prepared = m_files.ahead.take(track.id, segment)) {
+        m_files.readers.adopt(*prepared, lane);
+        return prepared->reader;
+    }
+    bool hasOpened = false;
+    auto reader = m_files.readers.reader(segment.file, lane, hasOpened);
+    if (hasOpened)
+        report(segment, time);
+    return reader;
 }
 
 /// It stays with its track while it plays there, so any number may be seen at once.
@@ -90,7 +165,7 @@ Frame ClipFrameSource::still(Layer const& layer, CompositionTrack const& track,
         double const whole = std::max(layer.naturalSize.width, layer.naturalSize.height);
         double const needed = std::ceil(whole * std::min(scale * spareDetail, 1.0));
         int const side = int(std::clamp<double>(needed, smallestPhoto, largestPhoto));
-        playing = {&segment, nullptr, m_photos.photo(segment.file, side)};
+        playing = {&segment, nullptr, m_files.photos.photo(segment.file, side)};
     }
     return *playing.photo;
 }
@@ -108,7 +183,7 @@ void ClipFrameSource::closeFinished(double time)
 void ClipFrameSource::leave(CompositionTrack const& track, double time)
 {
     CompositionSegment const* const left = std::exchange(m_playing[track.id], {}).segment;
-    if (!left || m_reading == Reading::anywhere)
+    if (!left || !isForward())
         return;
     bool const isNeeded =
         std::ranges::any_of(track.segments, [&](CompositionSegment const& segment) {
@@ -116,7 +191,7 @@ void ClipFrameSource::leave(CompositionTrack const& track, double time)
                    segment.timeRange.start.seconds() < time + soon;
         });
     if (!isNeeded)
-        m_readers.close(left->file, track.id);
+        m_files.readers.close(left->file, track.id);
 }
 
 } // namespace framewright

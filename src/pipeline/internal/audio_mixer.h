@@ -1,7 +1,7 @@
 #pragma once
 
 #include "composition/composition.h"
-#include "pipeline/audio_source.h"
+#include "pipeline/internal/audio_source.h"
 
 #include <cstdint>
 #include <span>

@@ -1,4 +1,4 @@
-#include "pipeline/audio_mixer.h"
+#include "pipeline/internal/audio_mixer.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,12 +1,13 @@
 #include "composition/composition_builder.h"
-#include "pipeline/clip_frame_source.h"
+#include "pipeline/frame_producer.h"
 #include "rendering/made_media.h"
-#include "stills/still_frames.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <iterator>
+#include <memory>
+#include <numeric>
 #include <random>
 
 namespace framewright {
@@ -54,23 +55,20 @@ protected:
                          audioTrack({clip(fitting, 0, 2)})});
     }
 
-    BuiltComposition composition() const
+    std::shared_ptr<BuiltComposition const> composition(PixelSize size = {270, 480}) const
     {
-        return CompositionBuilder::build(piece, assets,
-                                         {{270, 480}, 30, true, DynamicRange::standard});
+        return std::make_shared<BuiltComposition const>(
+            CompositionBuilder::build(piece, assets, {size, 30, true, DynamicRange::standard}));
     }
 
-    /// The frames as an export draws them.
+    /// The frames one after the other, without anything opened ahead.
     std::vector<std::string> forward(int threads) const
     {
-        BuiltComposition const built = composition();
-        OpenReaders readers(4, threads);
-        ReadPhotos photos(2);
-        ClipFrameSource source(built, readers, photos, ClipFrameSource::Reading::forward);
-        FrameCompositor compositor(built.video, source);
+        FrameDrawer drawer({.order = FrameDrawer::Order::forward, .decoderThreads = threads});
+        drawer.show(composition());
         std::vector<std::string> drawn;
         for (int n = 0; n < frames; ++n)
-            drawn.push_back(bytesOf(compositor.draw(n / 30.0)));
+            drawn.push_back(bytesOf(drawer.draw(n / 30.0)));
         return drawn;
     }
 
@@ -88,28 +86,47 @@ TEST_F(SameFrames, WhateverTheThreadsAndTheOrder)
             ASSERT_TRUE(again[n] == once[n]) << "frame " << n << ", " << threads << " threads";
     }
 
-    // As single pictures are drawn: each by itself, in any order, with decoders left open.
-    BuiltComposition const built = composition();
-    OpenReaders readers(8);
-    ReadPhotos photos(2);
+    // As stills are drawn: in any order, with decoders left open.
+    FrameDrawer drawer({});
     std::vector<std::size_t> order(once.size());
-    std::ranges::generate(order, [n = std::size_t(0)]() mutable { return n++; });
+    std::iota(order.begin(), order.end(), 0);
     std::ranges::shuffle(order, std::mt19937(7));
     for (std::size_t const n : order) {
-        ClipFrameSource source(built, readers, photos, ClipFrameSource::Reading::anywhere);
-        FrameCompositor compositor(built.video, source);
-        ASSERT_TRUE(bytesOf(compositor.draw(double(n) / 30)) == once[n]) << "frame " << n;
+        drawer.show(composition());
+        ASSERT_TRUE(bytesOf(drawer.draw(double(n) / 30)) == once[n]) << "frame " << n;
     }
 }
 
-TEST_F(SameFrames, InStillsDrawnWarmAndCold)
+TEST_F(SameFrames, FromAProducerThatSeeksAndIsEdited)
 {
-    StillFrames warm(burner);
-    for (double const time : {1.9, 0.1, 0.75, 0.7, 1.4}) {
-        RGBImage const image = warm.image(piece, assets, time, 270);
-        EXPECT_TRUE(image.pixels == StillFrames(burner).image(piece, assets, time, 270).pixels)
-            << time;
+    std::vector<std::string> const once = forward(1);
+    std::mt19937 random(11);
+    FrameProducer producer(composition(), {.capacity = 3, .decoderThreads = 2});
+    EXPECT_FALSE(producer.next()) << "nothing was asked for";
+    auto const expect = [&](int first, int count) {
+        for (int n = first; n < first + count; ++n) {
+            auto const produced = producer.next();
+            ASSERT_TRUE(produced) << "frame " << n;
+            ASSERT_NEAR(produced->time, n / 30.0, 1e-9);
+            ASSERT_TRUE(bytesOf(produced->frame) == once[std::size_t(n)]) << "frame " << n;
+        }
+    };
+    producer.seek(0);
+    expect(0, frames);
+    EXPECT_FALSE(producer.next()) << "the end";
+    for (int round = 0; round < 6; ++round) {
+        int const first = int(random() % 40);
+        producer.seek(first / 30.0);
+        expect(first, round);
+        producer.replace(composition({136, 240}));
+        for (int n = 0; n < 2; ++n)
+            EXPECT_EQ(producer.next().value().frame.width(), 136);
+        producer.replace(composition());
+        expect(first + round + 2, 5);
     }
+    producer.seek(1, 3);
+    expect(30, 3);
+    EXPECT_FALSE(producer.next()) << "so many were asked for";
 }
 
 } // namespace framewright

@@ -1,4 +1,4 @@
-#include "pipeline/clip_audio_source.h"
+#include "pipeline/internal/clip_audio_source.h"
 
 #include "media/media_error.h"
 

@@ -7,8 +7,15 @@
 #include <filesystem>
 #include <list>
 #include <memory>
+#include <optional>
 
 namespace framewright {
+
+/// An open decoder, and the file as it was when it was opened.
+struct OpenReader {
+    FileIdentity identity;
+    std::shared_ptr<VideoReader> reader;
+};
 
 /// Decoders that are kept open. One thread at a time.
 class OpenReaders {
@@ -16,24 +23,30 @@ public:
     /// `threads`: of each decoder; 0 lets it choose. `activity`: of all readers.
     explicit OpenReaders(std::size_t capacity, int threads = 0, ReadingActivity activity = {});
 
-    /// The reader of a file. Those of different lanes are independent, so that each may go forward
-    /// in its own place. When there are too many, the one not used for longest is closed.
-    std::shared_ptr<VideoReader> reader(std::filesystem::path const& file, int lane);
+    /// The reader of a file. Those of different lanes are independent, so that each may read
+    /// forward in its own place. Above the capacity the least recently used one is closed.
+    /// `opened` becomes true when there was none.
+    std::shared_ptr<VideoReader> reader(std::filesystem::path const& file, int lane, bool& opened);
+
+    /// Keeps a decoder that was opened elsewhere, instead of the file's own.
+    void adopt(OpenReader reader, int lane);
+
+    /// Takes the reader of an unchanged file out; nothing when there is none.
+    std::optional<OpenReader> take(std::filesystem::path const& file, int lane);
 
     void close(std::filesystem::path const& file, int lane);
     void closeAll() { m_open.clear(); }
 
 private:
     struct Open {
-        FileIdentity identity;
+        OpenReader open;
         int lane;
-        std::shared_ptr<VideoReader> reader;
     };
 
     std::size_t m_capacity;
     int m_threads;
     ReadingActivity m_activity;
-    std::list<Open> m_open; ///< The one used last in front.
+    std::list<Open> m_open; ///< The most recently used one first.
 };
 
 /// Photos that have been read. One thread at a time.
