@@ -3,7 +3,7 @@
 #include "cli/near_words.h"
 #include "cli/tool_error.h"
 #include "cli/values.h"
-#include "styles/style_file.h"
+#include "styles/style_list.h"
 
 #include <algorithm>
 #include <array>

@@ -2,18 +2,19 @@
 
 #include "model/file_url.h"
 #include "model/project_document.h"
-#include "platform/atomic_file.h"
 #include "workspace/workspace.h"
 
 #include <algorithm>
-#include <cassert>
 #include <chrono>
 
 namespace framewright {
 
 namespace {
 
-constexpr auto writeDelay = std::chrono::milliseconds(500);
+using namespace std::chrono_literals;
+
+/// Not put off by more changes.
+constexpr SyncTiming timing = {.delay = 500ms, .longestDelay = 500ms};
 
 /// "Neon" of "Neon 2".
 std::string stemOf(std::string const& name)
@@ -52,13 +53,42 @@ CaptionStyle withUnusedName(CaptionStyle style, std::vector<CaptionStyle> const&
     return style;
 }
 
-/// Renames the others that are called as a look is.
-void leaveNameTo(CaptionStyle const& look, std::vector<CaptionStyle>& styles)
+/// Renames the other styles that have the name of `preset`.
+void leaveNameTo(CaptionStyle const& preset, std::vector<CaptionStyle>& styles)
 {
     for (CaptionStyle& style : styles) {
-        if (style.id != look.id && isSameName(style.name, look.name))
+        if (style.id != preset.id && isSameName(style.name, preset.name))
             style.name = unusedName(styles, style.name);
     }
+}
+
+void writeDefaults(StyleStore::Kind const& kind, UserDefaults defaults, StyleList const& list)
+{
+    defaults.setString(kind.listKey, encodeStyleArray(list.styles));
+    if (list.defaultID)
+        defaults.setString(kind.defaultKey, list.defaultID->text());
+    else if (defaults.string(kind.defaultKey))
+        defaults.remove(kind.defaultKey);
+
+    auto const before = defaults.strings(kind.seededKey);
+    std::vector<std::string> seeded = before.value_or(std::vector<std::string>());
+    for (CaptionStyle const& preset : kind.presets) {
+        if (std::ranges::find(seeded, preset.id.text()) == seeded.end())
+            seeded.push_back(preset.id.text());
+    }
+    if (seeded != before)
+        defaults.setStrings(kind.seededKey, seeded);
+}
+
+std::string sentenceOf(FileTrouble const& trouble)
+{
+    std::string const name = validUtf8(trouble.file.filename().string());
+    if (trouble.during == FileTrouble::During::saving)
+        return "Could not save " + name + ": " + trouble.reason;
+    if (trouble.cause == FileTrouble::Cause::failed)
+        return trouble.reason;
+    return name + " is not valid: " + trouble.reason +
+           " The looks stay as they were, and the file is not written until it is whole.";
 }
 
 } // namespace
@@ -76,12 +106,12 @@ StyleStore::Kind StyleStore::texts()
 }
 
 StyleStore::StyleStore(Kind kind, UserDefaults& defaults, QObject* parent)
-    : QObject(parent), m_kind(std::move(kind)), m_defaults(defaults)
+    : QObject(parent),
+      m_kind(std::move(kind)),
+      m_defaults(defaults),
+      m_file(form(), owner(), timing)
 {
-    m_writer.setMaxThreadCount(1);
-    m_pendingWrite.setSingleShot(true);
-    m_pendingWrite.setInterval(writeDelay);
-    connect(&m_pendingWrite, &QTimer::timeout, this, &StyleStore::write);
+    connect(&m_file, &FileSync::problemChanged, this, &StyleStore::changed);
     load();
 }
 
@@ -90,55 +120,61 @@ StyleStore::~StyleStore()
     writeBeforeQuitting();
 }
 
-/// The user's looks, and the built-in ones that were never put in.
+std::string const& StyleStore::problem() const
+{
+    return m_file.problem().empty() ? m_loadingProblem : m_file.problem();
+}
+
+/// Reads the user's styles, and adds the built-in ones that never were.
 void StyleStore::load()
 {
     auto const list = m_defaults.string(m_kind.listKey);
     auto const seeded = m_defaults.strings(m_kind.seededKey);
     try {
         if (list)
-            m_state.styles = decodeStyleList(*list);
+            m_list.styles = decodeStyleArray(*list);
     } catch (DocumentError const& error) {
-        m_problem = "The looks in the user's settings can't be read: " + std::string(error.what()) +
-                    " The built-in ones are used.";
-        m_state.styles.assign(m_kind.presets.begin(), m_kind.presets.end());
+        m_loadingProblem =
+            "The looks in the user's settings can't be read: " + std::string(error.what()) +
+            " The built-in ones are used.";
+        m_list.styles.assign(m_kind.presets.begin(), m_kind.presets.end());
     }
     if (auto const text = m_defaults.string(m_kind.defaultKey))
-        m_state.defaultID = Id::parse(*text);
-    m_base = m_state;
+        m_list.defaultID = Id::parse(*text);
+    StyleList const before = m_list;
 
     for (CaptionStyle const& preset : m_kind.presets) {
-        bool const wasPutIn =
+        bool const wasAdded =
             list && seeded && std::ranges::find(*seeded, preset.id.text()) != seeded->end();
-        if (wasPutIn || holds(m_state.styles, preset.id))
+        if (wasAdded || holds(m_list.styles, preset.id))
             continue;
-        m_state.styles.push_back(withUnusedName(preset, m_state.styles));
-        // The looks of a workspace get what is new to this user, not what is new to this computer.
+        m_list.styles.push_back(withUnusedName(preset, m_list.styles));
+        // A workspace gets what is new to this user, not what is new to this computer.
         if (list && seeded)
-            m_fresh.push_back(preset);
+            m_newPresets.push_back(preset);
     }
-    if (!(m_state == m_base) || !seeded)
-        persist();
+    if (!(m_list == before) || !seeded)
+        m_file.valueChanged();
 }
 
 CaptionStyle const& StyleStore::defaultStyle() const
 {
-    if (m_state.defaultID) {
-        if (CaptionStyle const* const found = style(*m_state.defaultID))
+    if (m_list.defaultID) {
+        if (CaptionStyle const* const found = style(*m_list.defaultID))
             return *found;
     }
-    return m_state.styles.empty() ? m_kind.presets.front() : m_state.styles.front();
+    return m_list.styles.empty() ? m_kind.presets.front() : m_list.styles.front();
 }
 
 CaptionStyle const* StyleStore::style(Id const& id) const
 {
-    auto const found = std::ranges::find(m_state.styles, id, &CaptionStyle::id);
-    return found == m_state.styles.end() ? nullptr : &*found;
+    auto const found = std::ranges::find(m_list.styles, id, &CaptionStyle::id);
+    return found == m_list.styles.end() ? nullptr : &*found;
 }
 
 CaptionStyle const* StyleStore::style(std::string const& name) const
 {
-    return named(m_state.styles, name);
+    return named(m_list.styles, name);
 }
 
 std::vector<CaptionStyle> StyleStore::missingPresets() const
@@ -146,19 +182,19 @@ std::vector<CaptionStyle> StyleStore::missingPresets() const
     std::vector<CaptionStyle> missing;
     std::ranges::copy_if(
         m_kind.presets, std::back_inserter(missing),
-        [&](CaptionStyle const& preset) { return !holds(m_state.styles, preset.id); });
+        [&](CaptionStyle const& preset) { return !holds(m_list.styles, preset.id); });
     return missing;
 }
 
 std::string StyleStore::uniqueName(std::string const& name) const
 {
-    return unusedName(m_state.styles, name);
+    return unusedName(m_list.styles, name);
 }
 
-std::vector<std::string> StyleStore::namesHeldTwice() const
+std::vector<std::string> StyleStore::duplicateNames() const
 {
     std::vector<std::string> twice;
-    auto const& all = m_state.styles;
+    auto const& all = m_list.styles;
     for (auto each = all.begin(); each != all.end(); ++each) {
         bool const isSecond = std::any_of(all.begin(), each, [&](CaptionStyle const& before) {
             return before.name == each->name;
@@ -169,25 +205,30 @@ std::vector<std::string> StyleStore::namesHeldTwice() const
     return twice;
 }
 
-void StyleStore::setState(StyleFile state)
+void StyleStore::setList(StyleList list)
 {
-    if (state == m_state)
+    if (list == m_list)
         return;
-    m_state = std::move(state);
+    m_list = std::move(list);
     emit changed();
+}
+
+void StyleStore::change(StyleList list)
+{
+    setList(std::move(list));
+    m_file.valueChanged();
 }
 
 void StyleStore::upsert(CaptionStyle style)
 {
     style = normalized(std::move(style)).style;
-    StyleFile state = m_state;
-    auto const found = std::ranges::find(state.styles, style.id, &CaptionStyle::id);
-    if (found == state.styles.end())
-        state.styles.push_back(std::move(style));
+    StyleList list = m_list;
+    auto const found = std::ranges::find(list.styles, style.id, &CaptionStyle::id);
+    if (found == list.styles.end())
+        list.styles.push_back(std::move(style));
     else
         *found = std::move(style);
-    setState(std::move(state));
-    persist();
+    change(std::move(list));
 }
 
 CaptionStyle StyleStore::duplicate(CaptionStyle const& style)
@@ -201,247 +242,99 @@ CaptionStyle StyleStore::duplicate(CaptionStyle const& style)
 
 void StyleStore::remove(Id const& id)
 {
-    StyleFile state = m_state;
-    std::erase_if(state.styles, [&](CaptionStyle const& style) { return style.id == id; });
-    if (state.defaultID == id)
-        state.defaultID.reset();
-    setState(std::move(state));
-    persist();
+    StyleList list = m_list;
+    std::erase_if(list.styles, [&](CaptionStyle const& style) { return style.id == id; });
+    if (list.defaultID == id)
+        list.defaultID.reset();
+    change(std::move(list));
 }
 
 void StyleStore::setDefaultID(std::optional<Id> const& id)
 {
-    StyleFile state = m_state;
-    state.defaultID = id;
-    setState(std::move(state));
-    persist();
+    StyleList list = m_list;
+    list.defaultID = id;
+    change(std::move(list));
 }
 
 void StyleStore::addPreset(CaptionStyle const& preset)
 {
-    StyleFile state = m_state;
-    auto const found = std::ranges::find(state.styles, preset.id, &CaptionStyle::id);
-    if (found == state.styles.end())
-        state.styles.push_back(preset);
+    StyleList list = m_list;
+    auto const found = std::ranges::find(list.styles, preset.id, &CaptionStyle::id);
+    if (found == list.styles.end())
+        list.styles.push_back(preset);
     else
         *found = preset;
-    leaveNameTo(preset, state.styles);
-    setState(std::move(state));
-    persist();
+    leaveNameTo(preset, list.styles);
+    change(std::move(list));
 }
 
 void StyleStore::resetToPresets()
 {
-    StyleFile state;
-    state.styles.assign(m_kind.presets.begin(), m_kind.presets.end());
-    state.defaultID = m_state.defaultID;
+    StyleList list;
+    list.styles.assign(m_kind.presets.begin(), m_kind.presets.end());
+    list.defaultID = m_list.defaultID;
     std::ranges::copy_if(
-        m_state.styles, std::back_inserter(state.styles),
-        [&, made = state.styles](CaptionStyle const& style) { return !holds(made, style.id); });
+        m_list.styles, std::back_inserter(list.styles),
+        [&, made = list.styles](CaptionStyle const& style) { return !holds(made, style.id); });
     for (CaptionStyle const& preset : m_kind.presets)
-        leaveNameTo(preset, state.styles);
-    setState(std::move(state));
-    persist();
+        leaveNameTo(preset, list.styles);
+    change(std::move(list));
 }
 
 void StyleStore::attach(std::filesystem::path const& file)
 {
-    if (m_file == file)
+    if (m_file.file() == file)
         return;
     writeBeforeQuitting();
-    m_file = file;
-    m_known.reset();
-    m_problem.clear();
-    m_notes.clear();
-    m_needsWriting = false;
-    m_watcher = std::make_unique<FileWatcher>(file);
-    connect(m_watcher.get(), &FileWatcher::changed, this, &StyleStore::reloadFromDisk);
-
-    // Nothing of ours is pending: what is read replaces what another place held.
-    m_base = m_state;
-    if (reloadFromDisk()) {
-        addFreshPresets();
-    } else if (m_problem.empty()) {
-        m_base = {};
-        m_needsWriting = true;
-        write();
-    }
+    m_loadingProblem.clear();
+    if (m_file.open(file, FileSync::Saving::automatic))
+        addNewPresets();
 }
 
 void StyleStore::detach()
 {
     writeBeforeQuitting();
-    m_watcher.reset();
-    m_file.reset();
-    m_known.reset();
-    m_problem.clear();
-    m_notes.clear();
-    m_base = m_state;
+    m_loadingProblem.clear();
+    m_file.detach();
 }
 
-void StyleStore::addFreshPresets()
+void StyleStore::addNewPresets()
 {
-    for (CaptionStyle const& preset : m_fresh) {
+    for (CaptionStyle const& preset : m_newPresets) {
         if (!style(preset.id))
-            upsert(withUnusedName(preset, m_state.styles));
+            upsert(withUnusedName(preset, m_list.styles));
     }
 }
 
-bool StyleStore::reloadFromDisk()
+FileForm<StyleList> StyleStore::form() const
 {
-    if (!m_file)
-        return false;
-    std::string const name = validUtf8(m_file->filename().string());
-    try {
-        std::string bytes = readFile(*m_file, largestStyleFile);
-        if (bytes != m_known) {
-            DecodedStyles theirs = decodeStyles(bytes);
-            adopt(std::move(theirs), std::move(bytes));
-        }
-        m_problem.clear();
-    } catch (FileError const& error) {
-        if (error.cause != FileError::Cause::missing)
-            m_problem = error.what();
-        return false;
-    } catch (DocumentError const& error) {
-        m_problem = name + " is not valid: " + error.what() +
-                    " The looks stay as they were, and the file is not written until it is whole.";
-        return false;
-    }
-    if (m_needsWriting)
-        persist();
-    return true;
+    return {
+        .encode = [](StyleList const& list, auto const&) { return list.data(); },
+        .decode = decodeStyleList,
+        .alsoKeep = [kind = m_kind, defaults = m_defaults](
+                        StyleList const& list, InFile) { writeDefaults(kind, defaults, list); },
+        .largestFile = largestStyleFile,
+        .makesFolder = true,
+    };
 }
 
-/// Takes in what another program wrote; what of ours is not written yet stays.
-void StyleStore::adopt(DecodedStyles theirs, std::string bytes)
+FileOwner<StyleList> StyleStore::owner()
 {
-    m_notes = std::move(theirs.notes);
-    StyleFile state = merged(m_base, m_state, theirs.file);
-    m_base = std::move(theirs.file);
-    m_known = std::move(bytes);
-    m_needsWriting = !(state == m_base);
-    setState(std::move(state));
+    return {
+        .value = [this] { return m_list; },
+        .take = [this](Decoded<StyleList> const& theirs,
+                       StyleList const* base) { return take(theirs.value, base); },
+        .describe = sentenceOf,
+    };
 }
 
-void StyleStore::persist()
+/// Takes in what another program wrote. What of ours is not saved yet stays.
+Taken StyleStore::take(StyleList const& theirs, StyleList const* base)
 {
-    m_needsWriting = true;
-    // Not put off by more changes: what was acknowledged is soon safe.
-    if (!m_pendingWrite.isActive())
-        m_pendingWrite.start();
-}
-
-void StyleStore::writePending()
-{
-    if (m_needsWriting)
-        write();
-}
-
-void StyleStore::write()
-{
-    m_pendingWrite.stop();
-    if (m_running) { // One at a time; its end looks whether there is more to write.
-        m_needsWriting = true;
-        return;
-    }
-    m_needsWriting = false;
-    auto const result = std::make_shared<std::optional<WriteResult>>();
-    m_running = result;
-    m_writer.start(
-        [this, result,
-         job = WriteJob{m_kind, m_defaults, m_file, m_base, m_state, m_known}]() mutable {
-            *result = std::move(job).run();
-            QMetaObject::invokeMethod(
-                this,
-                [this, result] {
-                    if (m_running == result)
-                        finishWriting();
-                },
-                Qt::QueuedConnection);
-        });
-}
-
-StyleStore::WriteResult StyleStore::WriteJob::run() &&
-{
-    WriteResult result{ours, std::nullopt, {}};
-    SavedStyles saved{ours, {}};
-    bool isSafe = true;
-    try {
-        if (file)
-            saved = saveStyles(*file, base, ours, known);
-    } catch (StyleFileError const& error) {
-        result.problem = error.what();
-        isSafe = false;
-    }
-    try {
-        writeDefaults(saved.file);
-    } catch (std::exception const& error) {
-        if (result.problem.empty())
-            result.problem = error.what();
-        isSafe = isSafe && file;
-    }
-    if (isSafe)
-        result.saved = std::move(saved);
-    return result;
-}
-
-void StyleStore::WriteJob::writeDefaults(StyleFile const& styles)
-{
-    defaults.setString(kind.listKey, encodeStyleList(styles.styles));
-    if (styles.defaultID)
-        defaults.setString(kind.defaultKey, styles.defaultID->text());
-    else if (defaults.string(kind.defaultKey))
-        defaults.remove(kind.defaultKey);
-
-    auto const before = defaults.strings(kind.seededKey);
-    std::vector<std::string> seeded = before.value_or(std::vector<std::string>());
-    for (CaptionStyle const& preset : kind.presets) {
-        if (std::ranges::find(seeded, preset.id.text()) == seeded.end())
-            seeded.push_back(preset.id.text());
-    }
-    if (seeded != before)
-        defaults.setStrings(kind.seededKey, seeded);
-}
-
-/// Waits for the write under way, and takes in what it came to.
-void StyleStore::finishWriting()
-{
-    if (!m_running)
-        return;
-    m_writer.waitForDone();
-    auto const running = std::exchange(m_running, nullptr);
-    assert(*running);
-    takeResult(**running);
-}
-
-void StyleStore::takeResult(WriteResult const& result)
-{
-    m_problem = result.problem;
-    if (!result.saved) {
-        m_needsWriting = true; // Tried again with the next change or save, and before quitting.
-        emit changed();
-        return;
-    }
-    StyleFile state = merged(result.ours, m_state, result.saved->file);
-    m_base = result.saved->file;
-    if (m_file)
-        m_known = result.saved->bytes;
-    m_notes = result.saved->notes; // What was odd in the file is no longer there.
-    bool const isMore = m_needsWriting || !(state == m_base);
-    setState(std::move(state));
-    if (isMore)
-        persist();
-}
-
-void StyleStore::writeBeforeQuitting()
-{
-    finishWriting();
-    if (!m_needsWriting)
-        return;
-    write();
-    finishWriting();
-    m_pendingWrite.stop();
+    StyleList list = merged(base ? *base : StyleList(), m_list, theirs);
+    bool const isTheirs = list == theirs;
+    setList(std::move(list));
+    return isTheirs ? Taken::asItIs : Taken::merged;
 }
 
 StyleStores::StyleStores(UserDefaults& defaults)
@@ -461,8 +354,8 @@ void StyleStores::follow(std::optional<std::filesystem::path> const& workspace)
 
 void StyleStores::syncStyles()
 {
-    captions.writePending();
-    texts.writePending();
+    captions.startSaving();
+    texts.startSaving();
 }
 
 void StyleStores::writeBeforeQuitting()

@@ -1,6 +1,5 @@
 #include "styles/style_store.h"
 
-#include "platform/atomic_file.h"
 #include "platform/test_folder.h"
 
 #include <QCoreApplication>
@@ -28,9 +27,9 @@ protected:
         return home / workspace / "settings" / "text-styles.json";
     }
 
-    static StyleFile onDisk(std::filesystem::path const& file)
+    static StyleList onDisk(std::filesystem::path const& file)
     {
-        return decodeStyles(contentsOf(file)).file;
+        return decodeStyleList(contentsOf(file)).value;
     }
 
     static CaptionStyle own(std::string const& name)
@@ -54,7 +53,7 @@ protected:
 
 } // namespace
 
-TEST_F(StyleStoreTest, BuiltInLooksArePutInOnce)
+TEST_F(StyleStoreTest, AddsPresetsOnce)
 {
     Id const removed = CaptionStyle::textPresets()[1].id;
     {
@@ -80,11 +79,11 @@ TEST_F(StyleStoreTest, BuiltInLooksArePutInOnce)
     }());
     again->resetToPresets();
     EXPECT_EQ(again->style("Classic")->fontSize, CaptionStyle::textPresets()[0].fontSize);
-    EXPECT_TRUE(again->style("Mine")) << "a look of the user's own";
+    EXPECT_TRUE(again->style("Mine")) << "the user's own";
     EXPECT_EQ(again->styles().back().name, "Mine");
 }
 
-TEST_F(StyleStoreTest, ALookThatALaterVersionBringsIsAddedOnce)
+TEST_F(StyleStoreTest, AddsAPresetOfALaterVersionOnce)
 {
     start(); // First start ever.
     Id const late = CaptionStyle::textPresets()[3].id;
@@ -92,13 +91,13 @@ TEST_F(StyleStoreTest, ALookThatALaterVersionBringsIsAddedOnce)
         auto seeded = *defaults.strings(StyleStore::texts().seededKey);
         std::erase(seeded, late.text());
         defaults.setStrings(StyleStore::texts().seededKey, seeded);
-        auto list = decodeStyleList(*defaults.string(StyleStore::texts().listKey));
+        auto list = decodeStyleArray(*defaults.string(StyleStore::texts().listKey));
         std::erase_if(list, [&](CaptionStyle const& style) { return style.id == late; });
-        defaults.setString(StyleStore::texts().listKey, encodeStyleList(list));
+        defaults.setString(StyleStore::texts().listKey, encodeStyleArray(list));
     };
     forget();
     auto const workspace = settingsOf("Reels");
-    put(workspace, StyleFile{{own("Ours")}, std::nullopt}.data());
+    put(workspace, StyleList{{own("Ours")}, std::nullopt}.data());
     {
         auto const store = start();
         EXPECT_TRUE(store->style(late));
@@ -111,7 +110,7 @@ TEST_F(StyleStoreTest, ALookThatALaterVersionBringsIsAddedOnce)
     EXPECT_FALSE(start()->style(late));
 }
 
-TEST_F(StyleStoreTest, WorkspacesKeepTheirLooksAndPendingWritesGoWhereTheyBelong)
+TEST_F(StyleStoreTest, SavesPendingChangesToTheWorkspaceTheyBelongTo)
 {
     auto const first = settingsOf("First");
     auto const second = settingsOf("Second");
@@ -120,7 +119,7 @@ TEST_F(StyleStoreTest, WorkspacesKeepTheirLooksAndPendingWritesGoWhereTheyBelong
     store->attach(first);
     store->upsert(own("Of the first"));
     store->attach(second);
-    EXPECT_TRUE(StyleFile(onDisk(first)).styles.back().name == "Of the first");
+    EXPECT_TRUE(onDisk(first).styles.back().name == "Of the first");
     EXPECT_TRUE(store->style("Of the first")) << "a new workspace starts with what the user had";
     store->writeBeforeQuitting();
     EXPECT_EQ(onDisk(second), onDisk(first));
@@ -135,14 +134,14 @@ TEST_F(StyleStoreTest, WorkspacesKeepTheirLooksAndPendingWritesGoWhereTheyBelong
     EXPECT_EQ(store->problem(), "");
 }
 
-TEST_F(StyleStoreTest, OutsideWritesAreTakenInLookByLook)
+TEST_F(StyleStoreTest, MergesOutsideWritesStyleByStyle)
 {
     auto const file = settingsOf("Reels");
     auto const store = start();
     store->attach(file);
     store->writeBeforeQuitting();
 
-    StyleFile theirs = onDisk(file);
+    StyleList theirs = onDisk(file);
     theirs.styles[0].fontSize = 99;
     theirs.styles.push_back(own("Theirs"));
     store->upsert(own("Ours"));
@@ -153,7 +152,7 @@ TEST_F(StyleStoreTest, OutsideWritesAreTakenInLookByLook)
     waitUntil([&] { return onDisk(file).styles.size() == presetCount + 2; });
 }
 
-TEST_F(StyleStoreTest, ABrokenFileIsNeverWrittenAndCostsNothing)
+TEST_F(StyleStoreTest, LeavesABrokenFileAloneAndLosesNothing)
 {
     auto const file = settingsOf("Reels");
     put(file, "{ \"styles\": [ half");
@@ -167,7 +166,7 @@ TEST_F(StyleStoreTest, ABrokenFileIsNeverWrittenAndCostsNothing)
         EXPECT_EQ(contentsOf(file), "{ \"styles\": [ half");
         EXPECT_NE(store->problem(), "");
 
-        put(file, StyleFile{{own("Whole again")}, std::nullopt}.data());
+        put(file, StyleList{{own("Whole again")}, std::nullopt}.data());
         waitUntil([&] { return store->style("Whole again") != nullptr; });
         EXPECT_EQ(store->problem(), "");
         EXPECT_TRUE(store->style("Meanwhile"));
@@ -175,7 +174,7 @@ TEST_F(StyleStoreTest, ABrokenFileIsNeverWrittenAndCostsNothing)
     EXPECT_EQ(onDisk(file).styles.size(), 2u);
 }
 
-TEST_F(StyleStoreTest, BuiltInLooksTakeTheirNamesBack)
+TEST_F(StyleStoreTest, PresetsTakeTheirNamesBack)
 {
     auto const store = start();
     CaptionStyle const neon = *store->style("Neon");
@@ -187,12 +186,12 @@ TEST_F(StyleStoreTest, BuiltInLooksTakeTheirNamesBack)
         EXPECT_EQ(store->style("neon")->id, neon.id);
         EXPECT_EQ(store->style(mine.id)->name, isOne ? "neon 2" : "neon 3");
     }
-    EXPECT_TRUE(store->namesHeldTwice().empty());
+    EXPECT_TRUE(store->duplicateNames().empty());
     store->upsert(own("neon 2"));
-    EXPECT_EQ(store->namesHeldTwice(), std::vector<std::string>{"neon 2"});
+    EXPECT_EQ(store->duplicateNames(), std::vector<std::string>{"neon 2"});
 }
 
-TEST_F(StyleStoreTest, CopiesGetNamesOfTheirOwn)
+TEST_F(StyleStoreTest, NamesCopies)
 {
     auto const store = start();
     EXPECT_EQ(store->duplicate(*store->style("Neon")).name, "Neon 2");

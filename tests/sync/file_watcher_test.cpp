@@ -2,9 +2,7 @@
 
 #include "platform/atomic_file.h"
 #include "platform/test_folder.h"
-
-#include <QCoreApplication>
-#include <QEventLoop>
+#include "sync/events.h"
 
 #include <chrono>
 #include <functional>
@@ -27,7 +25,8 @@ protected:
         put(file, "first");
         watcher = std::make_unique<FileWatcher>(file);
         QObject::connect(watcher.get(), &FileWatcher::changed, [this] { reported += "changed "; });
-        QObject::connect(watcher.get(), &FileWatcher::vanished, [this] { reported += "vanished "; });
+        QObject::connect(watcher.get(), &FileWatcher::vanished,
+                         [this] { reported += "vanished "; });
         ASSERT_TRUE(watcher->isWatching());
     }
 
@@ -54,7 +53,8 @@ protected:
         for (char const* const text : {"once", "and again"}) {
             writeFileAtomically(other, text);
             put(other, text);
-            processEventsUntil([&] { return std::exchange(isReported, false); });
+            processEventsUntil([&] { return isReported; });
+            isReported = false;
         }
         EXPECT_EQ(reported, "") << other;
     }
@@ -63,23 +63,16 @@ protected:
     fs::path const file = folder / "projects/Hook/project.json";
     std::unique_ptr<FileWatcher> watcher;
     std::string reported;
-
-private:
-    static void processEventsUntil(std::function<bool()> const& isDone)
-    {
-        QTimer patience;
-        patience.setSingleShot(true);
-        patience.start(std::chrono::seconds(20));
-        while (!isDone() && patience.isActive())
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
 };
 
 } // namespace
 
 TEST_F(WatcherTest, ReportsEveryWayToWrite)
 {
-    struct Case { char const* name; std::function<void()> write; };
+    struct Case {
+        char const* name;
+        std::function<void()> write;
+    };
     // Twice in turn: each way must also be noticed after every other.
     for (int round = 0; round < 2; ++round) {
         for (Case const& c : {
@@ -150,15 +143,21 @@ TEST_F(WatcherTest, OtherFilesDoNotMatter)
 TEST_F(WatcherTest, ReportsThatTheFileWentAndCameBack)
 {
     fs::path const projects = folder / "projects";
-    struct Case { char const* name; std::function<void()> change; char const* reported; };
+    struct Case {
+        char const* name;
+        std::function<void()> change;
+        char const* reported;
+    };
     for (Case const& c : {
              Case{"removed", [&] { fs::remove(file); }, "vanished "},
              Case{"created again", [&] { put(file, "anew"); }, "changed "},
              Case{"with its folder", [&] { fs::remove_all(file.parent_path()); }, "vanished "},
              Case{"folder created again", [&] { put(file, "anew"); }, "changed "},
              Case{"and written", [&] { put(file, "again"); }, "changed "},
-             Case{"folder renamed", [&] { fs::rename(projects / "Hook", projects / "Was"); }, "vanished "},
-             Case{"folder renamed back", [&] { fs::rename(projects / "Was", projects / "Hook"); }, "changed "},
+             Case{"folder renamed", [&] { fs::rename(projects / "Hook", projects / "Was"); },
+                  "vanished "},
+             Case{"folder renamed back", [&] { fs::rename(projects / "Was", projects / "Hook"); },
+                  "changed "},
              Case{"with all above", [&] { fs::remove_all(projects); }, "vanished "},
              Case{"all created again", [&] { put(file, "anew"); }, "changed "},
              Case{"and replaced", [&] { writeFileAtomically(file, "again"); }, "changed "},

@@ -46,7 +46,7 @@ Json styleNotesJSON(StyleStores const& styles, Project const& project, FontRegis
             notes.push_back(validUtf8(store->problem()));
         for (std::string const& note : store->notes())
             notes.push_back(store->fileName() + ": " + note);
-        for (std::string const& name : store->namesHeldTwice())
+        for (std::string const& name : store->duplicateNames())
             notes.push_back(store->fileName() + ": More than one look is called " + name +
                             "; pick them by id.");
     }

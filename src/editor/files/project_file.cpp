@@ -1,13 +1,8 @@
 #include "editor/files/project_file.h"
 
-#include "tasks/on_worker.h"
 #include "model/file_url.h"
 #include "platform/atomic_file.h"
-
-#include <QByteArray>
-#include <QCryptographicHash>
-
-#include <charconv>
+#include "tasks/on_worker.h"
 
 namespace framewright {
 
@@ -48,14 +43,6 @@ std::vector<ReadProject> projectsIn(std::vector<std::string> const& contents)
 }
 
 } // namespace
-
-ContentMark contentMark(std::string_view bytes)
-{
-    auto const hash =
-        QCryptographicHash::hash(QByteArrayView(bytes.data(), static_cast<qsizetype>(bytes.size())),
-                                 QCryptographicHash::Blake2b_256);
-    return hash.toStdString();
-}
 
 ReadProject readProject(std::filesystem::path const& file)
 {

@@ -2,6 +2,7 @@
 
 #include "editor/media_pool/asset_refs.h"
 #include "model/project_document.h"
+#include "sync/content_mark.h"
 
 #include <QCoro/QCoroTask>
 
@@ -19,11 +20,6 @@ class ProjectFileError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
-
-/// A hash of a file's content.
-using ContentMark = std::string;
-
-ContentMark contentMark(std::string_view bytes);
 
 /// A project as it is on disk.
 struct ReadProject {
@@ -48,8 +44,8 @@ struct SaveResult {
     std::vector<ReadProject> found;
 };
 
-/// Writes a project atomically, unless the file no longer has the content `expected` (nothing: there
-/// was no file). Blocks until it is on disk. Throws ProjectFileError.
+/// Writes a project atomically, unless the file no longer has the content `expected` (nothing:
+/// there was no file). Blocks until it is on disk. Throws ProjectFileError.
 SaveResult saveProject(std::filesystem::path const& file, Project const& project,
                        std::optional<ContentMark> const& expected, AssetRefs const& known = {});
 

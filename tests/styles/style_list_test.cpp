@@ -1,4 +1,4 @@
-#include "styles/style_file.h"
+#include "styles/style_list.h"
 
 #include "model/project_document.h"
 #include "platform/test_folder.h"
@@ -11,37 +11,37 @@ namespace framewright {
 
 namespace {
 
-/// Looks from a line of words: "A B2 C*" is look A, look B in another state than "B", and look C,
-/// which is the default.
-StyleFile sketch(std::string const& line)
+/// Styles from a line of words: "A B2 C*" is style A, style B in another state than "B", and style
+/// C, which is the default.
+StyleList sketch(std::string const& line)
 {
-    StyleFile file;
+    StyleList list;
     std::istringstream words(line);
     for (std::string word; words >> word;) {
         CaptionStyle style;
         style.id = Id::fixed(static_cast<std::uint8_t>(word[0]));
         style.fontName = "system:bold";
         if (word.back() == '*') {
-            file.defaultID = style.id;
+            list.defaultID = style.id;
             word.pop_back();
         }
         style.name = word;
-        file.styles.push_back(style);
+        list.styles.push_back(style);
     }
-    return file;
+    return list;
 }
 
-std::string drawing(StyleFile const& file)
+std::string drawing(StyleList const& list)
 {
     std::string line;
-    for (CaptionStyle const& style : file.styles)
-        line += (line.empty() ? "" : " ") + style.name + (style.id == file.defaultID ? "*" : "");
+    for (CaptionStyle const& style : list.styles)
+        line += (line.empty() ? "" : " ") + style.name + (style.id == list.defaultID ? "*" : "");
     return line;
 }
 
 } // namespace
 
-TEST(MergedStyles, NothingAnybodyMadeIsLost)
+TEST(MergedStyles, KeepsWhatEitherSideMade)
 {
     struct Case {
         char const* name;
@@ -68,44 +68,24 @@ TEST(MergedStyles, NothingAnybodyMadeIsLost)
             << c.name;
 }
 
-TEST(StyleFile, WhatIsOddIsTakenAndTold)
+TEST(StyleList, CorrectsInvalidValuesAndNotesThem)
 {
     std::string const data = R"({"styles": [
         {"id": "00000000-0000-0000-0000-000000000041", "name": "Big", "fontName": "system:bold",
          "fontSize": 5000, "textColor": {"red": 1, "green": 1, "blue": 1}, "glow": 3},
         {"id": "00000000-0000-0000-0000-000000000041", "name": "Twin", "fontName": "system:bold",
          "fontSize": 50, "textColor": {"red": 1, "green": 1, "blue": 1}}]})";
-    auto const [file, notes] = decodeStyles(data);
-    ASSERT_EQ(file.styles.size(), 2u);
-    EXPECT_EQ(file.styles[0].fontSize, 240);
-    EXPECT_NE(file.styles[1].id, file.styles[0].id);
+    auto const [list, notes, unknownKeys] = decodeStyleList(data);
+    ASSERT_EQ(list.styles.size(), 2u);
+    EXPECT_EQ(list.styles[0].fontSize, 240);
+    EXPECT_NE(list.styles[1].id, list.styles[0].id);
     EXPECT_EQ(notes, (std::vector<std::string>{
                          "styles[0].glow is not known here; the next save drops it.",
                          "fontSize of Big is 8 to 240; 5000 was taken as 240.",
-                         "The id of Twin stands twice; the second was given one of its own."}));
-    EXPECT_EQ(decodeStyles(file.data()).file, file);
-    EXPECT_EQ(failureOf<DocumentError>([] { (void)decodeStyles(R"({"styles": [{}]})"); }),
+                         "The id of Twin appears twice; the second was given one of its own."}));
+    EXPECT_EQ(decodeStyleList(list.data()).value, list);
+    EXPECT_EQ(failureOf<DocumentError>([] { (void)decodeStyleList(R"({"styles": [{}]})"); }),
               "styles[0].id is missing.");
-}
-
-TEST(SaveStyles, AnOutsideWriteIsMergedAndABrokenFileIsLeftAlone)
-{
-    TestFolder const folder;
-    std::filesystem::path const file = folder / "settings" / "text-styles.json";
-    SavedStyles const first = saveStyles(file, {}, sketch("A B"), std::nullopt);
-    EXPECT_EQ(contentsOf(file), first.bytes);
-
-    put(file, sketch("A B2 C").data());
-    SavedStyles const second = saveStyles(file, first.file, sketch("A2 B"), first.bytes);
-    EXPECT_EQ(drawing(second.file), "A2 B2 C");
-    EXPECT_EQ(decodeStyles(contentsOf(file)).file, second.file);
-
-    put(file, "{ half");
-    EXPECT_EQ(
-        failureOf<StyleFileError>(
-            [&] { (void)saveStyles(file, second.file, sketch("A3"), second.bytes); }),
-        "Could not save text-styles.json: The document is not valid JSON (line 1, column 3).");
-    EXPECT_EQ(contentsOf(file), "{ half");
 }
 
 } // namespace framewright
