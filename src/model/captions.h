@@ -17,7 +17,7 @@ struct CaptionWord {
     bool operator==(CaptionWord const&) const = default;
 };
 
-/// A caption as it stands on the picture, over [start, end).
+/// A caption shown over [start, end).
 struct CaptionBar {
     Id id;
     double start = 0;
@@ -40,8 +40,8 @@ struct CaptionPlacement {
 
 /// What a subtitles track carries.
 struct SubtitleData {
-    std::string styleID; ///< Id of the look in the style store; empty when none was chosen.
-    CaptionStyle style;  ///< The look itself, as used.
+    std::string styleID; ///< In the style store; empty when none was chosen.
+    CaptionStyle style;  ///< The style itself, as used.
     CaptionPlacement placement;
     std::vector<CaptionWord> words; ///< The transcript, word by word.
     std::vector<CaptionBar> bars;   ///< In time order.

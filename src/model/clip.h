@@ -23,7 +23,7 @@ struct ClipTransform {
     bool operator==(ClipTransform const&) const = default;
 };
 
-/// The words of a text clip and their look.
+/// The words of a text clip and their style.
 struct TextOverlay {
     std::string text;
     CaptionStyle style;
@@ -34,12 +34,12 @@ struct TextOverlay {
     bool operator==(TextOverlay const&) const = default;
 };
 
-/// A stretch of one asset, laid on a track.
+/// A range of one asset, placed on a track.
 ///
 /// All times are seconds. On the timeline it covers [timelineStart, end()), in the asset
 /// [sourceStart, sourceEnd): half-open, and equally long.
 struct Clip {
-    /// Marks a slot that waits for its footage.
+    /// Marks a slot without footage yet.
     static constexpr Id placeholderAssetID = Id::fixed(1);
     /// Marks a text clip: it plays no file, its content is `text`.
     static constexpr Id textAssetID = Id::fixed(2);
@@ -63,7 +63,7 @@ struct Clip {
 
     bool isPlaceholder() const { return assetID == placeholderAssetID; }
     bool isText() const { return assetID == textAssetID; }
-    /// Whether a media file stands behind it.
+    /// Whether it plays a media file.
     bool hasMedia() const { return !isPlaceholder() && !isText(); }
 
     bool operator==(Clip const&) const = default;

@@ -13,29 +13,25 @@ namespace framewright {
 ///
 /// On a free track it lands at the nearest spot that holds it. On a magnetic track it is taken
 /// out, the others close up, and it goes between the two where its start comes nearest to `time`:
-/// a move there reorders. What it left on a magnetic track closes up too.
+/// a move there reorders. The gap it leaves on a magnetic track closes too.
 ///
-/// Refused when the clip or track is gone, either track is locked, or the kinds differ: "A
-/// placeholder stays on its kind of track." for a placeholder, else in the words of `place`.
+/// Refused when the clip or track is gone, either track is locked, or the kinds differ.
 Outcome<Placed> moveClip(Project project, Id const& clipID, double time,
                          std::optional<Id> const& toTrack = std::nullopt);
 
 /// How far nudged clips went.
 struct Nudged {
     Project project;
-    double by =
-        0; ///< Seconds; less than asked where a neighbour or the start of the piece is near.
+    double by = 0; ///< Seconds; less than asked where a neighbour or time 0 is near.
 };
 
 /// Moves clips of free tracks by `seconds`, together and keeping their distances, up to the
 /// nearest obstacle: a clip that is not one of them, or time 0. They never jump over a clip.
 ///
-/// Refused when a clip is gone or its track locked; on a magnetic track with "Clips on a magnetic
-/// track are ordered, not positioned. Drag to reorder, or make the track free."; and with "No room
-/// to nudge." when they touch the obstacle already.
+/// Refused when a clip is gone, its track locked or magnetic, or when they touch the obstacle.
 Outcome<Nudged> nudgeClips(Project project, std::span<Id const> clipIDs, double seconds);
 
-/// What a removal took away.
+/// The result of a removal.
 struct Removed {
     Project project;
     bool closedGap = false; ///< Whether later clips of a magnetic track moved back.

@@ -2,9 +2,9 @@
 
 #include "model/clip_lookup.h"
 #include "model/edit_limits.h"
+#include "model/internal/track_rules.h"
 #include "model/time_rules.h"
 #include "model/track_editing.h"
-#include "model/track_rules.h"
 
 #include <algorithm>
 #include <array>

@@ -13,7 +13,7 @@ namespace framewright {
 // Every operation here works on its own project: moved in, it copies nothing but what it changes.
 // A refused one has changed nothing. Ids of what is new come from the caller and must be unused.
 
-/// Where a clip came to stand.
+/// Where a clip landed.
 struct Placed {
     Project project;
     Id clipID;
@@ -41,7 +41,7 @@ Outcome<Placed> place(Project project, Clip clip, Id const& trackID, double time
 std::optional<Id> preferredTrack(Project const& project, TrackKind kind,
                                  std::optional<Id> const& preferring = std::nullopt);
 
-/// A stand-in for footage that does not exist yet.
+/// A named slot for footage that does not exist yet.
 struct NewPlaceholder {
     Id id;
     std::string name;
@@ -53,8 +53,7 @@ struct NewPlaceholder {
 
 /// Lays a placeholder on a video or audio track.
 ///
-/// Refused as `place`; on other tracks with "Placeholders go on video or audio tracks.", and
-/// without any video track with "Add a video track first."
+/// Refused as `place`, and when there is no video track and none was given.
 Outcome<Placed> addPlaceholder(Project project, NewPlaceholder const& placeholder);
 
 /// Several new clips, in the order their originals were given.
@@ -74,7 +73,7 @@ struct PlacedClips {
 ///     free       AA.BB.CC...   A:         AA.BB.CCAA.
 ///     free       A.B...CC      A and B:   A.BA.BCC
 ///
-/// Refused when a clip is gone or its track locked, and with "No room to duplicate".
+/// Refused when a clip is gone, its track locked, or without room.
 Outcome<PlacedClips> duplicateClips(Project project, std::span<Id const> clipIDs,
                                     std::span<Id const> newIDs);
 
@@ -93,7 +92,7 @@ struct CopiedClip {
 /// `newIDs` names the pasted clips, one for each copied one; `newTrackIDs` the tracks that may have
 /// to be added: one for each kind among the clips will do.
 ///
-/// Refused as `place`, without room with "No room to paste at the playhead."
+/// Refused as `place`.
 Outcome<PlacedClips> pasteClips(Project project, std::span<CopiedClip const> clips,
                                 std::optional<Id> const& preferring, double time,
                                 std::span<Id const> newIDs, std::span<Id const> newTrackIDs);

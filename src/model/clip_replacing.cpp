@@ -2,8 +2,8 @@
 
 #include "model/clip_lookup.h"
 #include "model/edit_limits.h"
+#include "model/internal/track_rules.h"
 #include "model/time_rules.h"
-#include "model/track_rules.h"
 
 #include <algorithm>
 

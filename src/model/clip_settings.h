@@ -24,15 +24,14 @@ Outcome<Project> setClipVolume(Project project, Id const& clipID, float volume);
 
 /// Sets how the picture sits in the canvas.
 ///
-/// Refused on tracks other than video ("Scale, offset and crop apply to clips on video tracks."),
-/// for a crop outside 0 to 0.45 and a scale that is not above 0.
+/// Refused on tracks other than video, for a crop outside 0 to 0.45 and a scale of 0 or less.
 Outcome<Project> setClipTransform(Project project, Id const& clipID,
                                   ClipTransform const& transform);
 
 /// Shows all of the picture again, fitted and centred.
 Outcome<Project> resetClipTransform(Project project, Id const& clipID);
 
-/// Refused for other clips with "Only placeholders can be renamed.", and for an empty name.
+/// Refused for other clips, and for an empty name.
 Outcome<Project> renamePlaceholder(Project project, Id const& clipID, std::string const& name);
 
 /// Sets or removes the note on what should fill the slot.

@@ -2,6 +2,7 @@
 
 #include "model/clip_lookup.h"
 #include "model/edit_limits.h"
+#include "model/internal/track_rules.h"
 #include "model/time_rules.h"
 
 #include <algorithm>

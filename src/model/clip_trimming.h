@@ -2,7 +2,6 @@
 
 #include "model/outcome.h"
 #include "model/project.h"
-#include "model/track_rules.h"
 
 #include <optional>
 
@@ -21,8 +20,8 @@ bool canSplit(Clip const& clip, double time);
 /// Cuts a clip in two at a time. Neither part moves; both keep level, placement, name and words.
 ///
 /// The clip is the preferred one when it is under the time, else the one of the fallback track
-/// that is. Refused when that track is locked, and with "Could not split there." when there is no
-/// clip there or a part would be shorter than 0.1 s.
+/// that is. Refused when its track is locked, when there is no clip there, and when a part would be
+/// shorter than 0.1 s.
 Outcome<SplitClip> split(Project project, std::optional<Id> const& preferring,
                          std::optional<Id> const& fallbackTrack, double time, Id const& newID);
 
@@ -51,16 +50,15 @@ struct Trimmed {
 /// its head where it stands. On a free track no other clip moves.
 ///
 /// Refused when the clip is gone or its track locked, and when it would be shorter than 0.1 s, or
-/// as a text longer than an hour, start before 0, play past its file ("The source only runs 0–12
-/// s."), stand longer than 60 s as a photo, or overlap a neighbour of a free track ("That would
-/// overlap a neighbor; this clip can span 3–7.5 s.").
+/// as a text longer than an hour, as a photo longer than 60 s, start before 0, play past its file,
+/// or overlap a neighbour of a free track.
 Outcome<Trimmed> trimClip(Project project, Id const& clipID, Trim const& trim);
 
 /// Slides which part of its file a clip plays: its in-point becomes `sourceStart`, its place and
 /// length stay.
 ///
-/// Refused when the clip is gone, its track locked or its file too short for it, for photos, and
-/// with "Only clips with a file have a range to slide." for placeholders and texts.
+/// Refused when the clip is gone, its track locked or its file too short for it, and for photos,
+/// placeholders and texts, which have no range to slide.
 Outcome<Project> slipClip(Project project, Id const& clipID, double sourceStart);
 
 } // namespace framewright

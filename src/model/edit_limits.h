@@ -18,18 +18,18 @@ Refusal noRoomRefusal(Track const& track, double time);
 Refusal pastTimelineEnd();
 Refusal outOfRange(Setting setting);
 
-/// How long the file behind a clip runs; nothing for photos, placeholders and texts, which last as
-/// long as they are asked to. 0 when the project does not know the file.
+/// The length of the file a clip plays; nothing for photos, placeholders and texts, which can have
+/// any. 0 when the file is not part of the project.
 std::optional<double> sourceLength(Project const& project, Clip const& clip);
 
-/// Why a clip may not stand on a track of this kind, whatever its times; nothing when it may.
+/// Why a clip can't be on a track of this kind, whatever its times; nothing when it can.
 ///
 /// Video tracks hold video, photos and placeholders; audio tracks sound, the sound of video, and
 /// placeholders; text tracks texts. Subtitles tracks hold no clips.
 std::optional<Refusal> kindRefusal(Project const& project, Clip const& clip, Track const& track);
 
-/// Why a clip's own times may not stand: shorter than 0.1 s, a source range outside its file, a
-/// photo longer than 60 s; nothing when they may. Where it stands on the timeline is not looked at.
+/// Why a clip's own times are invalid: shorter than 0.1 s, a source range outside its file, a
+/// photo longer than 60 s; nothing when they may. Its place on the timeline is not checked.
 ///
 /// `playedBefore` is how far into its file the clip played before the edit: a file that probed
 /// shorter than it was cut must not refuse edits that leave its end alone.

@@ -1,6 +1,6 @@
 #include "model/file_url.h"
 
-#include "model/hex_digits.h"
+#include "model/internal/hex_digits.h"
 
 #include <cstdint>
 

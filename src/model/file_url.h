@@ -6,8 +6,8 @@
 
 namespace framewright {
 
-/// Where a file lies. In documents it stands as a "file:///…" URL, which carries any file name,
-/// also one that is not UTF-8; here it is the path itself.
+/// The path of a file. Documents store it as a "file:///…" URL, which can carry any file name,
+/// UTF-8 or not.
 struct FileURL {
     std::string path; ///< Absolute, the bytes as the file system has them.
 

@@ -1,6 +1,6 @@
 #include "model/id.h"
 
-#include "model/hex_digits.h"
+#include "model/internal/hex_digits.h"
 
 #include <cstring>
 #include <random>

@@ -6,11 +6,23 @@
 
 namespace framewright {
 
-/// A value that its copies share until one of them is changed.
+/// A value that copies share until one of them changes it (copy on write).
 ///
-/// It behaves as the value itself: copies are equal and independent. What it saves is the work:
-/// copying costs a counter, and comparing two copies of one value costs a pointer. Undo steps
-/// therefore hold only what an edit changed. Different copies may be used on different threads.
+/// The problem: an edit works on a copy of the project and the undo history keeps the old one, so a
+/// project is copied and compared all the time, while an edit changes one track of it. With plain
+/// members a nudge would copy ten thousand clips, and finding out that nothing changed would
+/// compare them all.
+///
+/// The method: copies share one counted holder. Copying increments the counter and comparing two
+/// copies of one value compares two pointers; `edit` first gives a copy that is not alone a holder
+/// of its own. So an undo step holds what its edit changed, and nothing else.
+///
+/// Not a std::shared_ptr: changing in place is safe only if all other copies are gone and done with
+/// the value, and `use_count() == 1` doesn't promise that. It is a relaxed load, so another
+/// thread's last reads may still be under way. Our counter is decremented with release and read
+/// with acquire.
+///
+/// Different copies may be used on different threads; one copy is used on one thread at a time.
 template <class T>
 class Shared {
 public:
@@ -46,9 +58,6 @@ public:
     }
 
     /// Whether no other copy shares the value, so that `edit` copies nothing.
-    ///
-    /// A copy that another thread has dropped was done with the value before: std::shared_ptr's
-    /// count does not promise that, which is why this counts by itself.
     bool isOnlyCopy() const { return m_holder->copies.load(std::memory_order_acquire) == 1; }
 
     /// Whether both are copies of one value that neither has changed since.

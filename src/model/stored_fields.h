@@ -1,9 +1,18 @@
 #pragma once
 
-// The stored form of every document value: which keys it has, which of them must be there, and
-// the words its enumerations are written with. Reader, writer and round-trip test all walk these
-// lists, so a field that is added here is added everywhere. A missing optional field keeps its
-// member's default; an absent std::optional is left out of the file.
+// The stored form of every document value
+//
+// The problem: a reader, a writer and a test that each name the fields by themselves drift apart. A
+// field that the writer forgets is lost with the next save, and nothing says so.
+//
+// The method: each type lists its fields once, as a tuple of key, pointer to member and whether the
+// key is required. Reader, writer and round-trip test walk this tuple at compile time, so adding a
+// field here adds it to all three; no code is generated, and no field is looked up by name at run
+// time. Enumerations list their words in the same manner. Ranges are part of the list where a value
+// out of them would break an editing rule (`fault`).
+//
+// A missing optional field keeps its member's default. An empty std::optional is not written. Keys
+// that no list names are reported by the reader, never dropped silently.
 
 #include "model/project.h"
 #include "model/project_document.h"
@@ -37,12 +46,11 @@ constexpr StoredField<Owner, Member> optional(char const* key, Member Owner::*me
     return {key, member, false};
 }
 
-/// Lists a type's fields. One whose values are not all sensible also has a `fault`, which finds what
-/// is wrong with a value that was read.
+/// Lists a type's fields. A type with invalid values also has a `fault`, which finds them.
 template <class T>
 struct Stored;
 
-/// What no value of a type can be: the field, and what it must be.
+/// An invalid field of a value, and what it must be.
 struct StoredFault {
     char const* key;
     std::string sentence;

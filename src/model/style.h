@@ -18,7 +18,7 @@ struct RGBAColor {
     bool operator==(RGBAColor const&) const = default;
 };
 
-/// A saved look of captions and of on-screen texts.
+/// How captions and on-screen texts are drawn. Users save it under its name.
 ///
 /// Sizes are points at 1080 pixels of canvas width.
 struct CaptionStyle {
@@ -41,8 +41,8 @@ struct CaptionStyle {
     RGBAColor strokeColor{0, 0, 0, 1};
     float strokeWidth = 0;
 
-    /// The built-in looks of captions, and of on-screen texts; the first is the usual one. Their
-    /// ids are the same in every run and version.
+    /// The built-in styles of captions, and of on-screen texts; the first is the default. Their
+    /// ids never change.
     static std::span<CaptionStyle const> presets();
     static std::span<CaptionStyle const> textPresets();
 
@@ -52,11 +52,11 @@ struct CaptionStyle {
     bool operator==(CaptionStyle const&) const = default;
 };
 
-/// What the sizes of a look may be. Points.
+/// Font sizes. Points.
 inline constexpr float smallestFont = 8;
 inline constexpr float largestFont = 240;
 
-/// What a number of a look may be.
+/// The range of one number of a style.
 struct StyleRange {
     char const* key; ///< As it is stored.
     float CaptionStyle::*member;
@@ -65,14 +65,14 @@ struct StyleRange {
 };
 std::span<StyleRange const> styleRanges();
 
-/// A look with nothing in it that can't be drawn, and a sentence for each value that was.
+/// A style that can be drawn, and a sentence for each value that was corrected.
 struct NormalizedStyle {
     CaptionStyle style;
     std::vector<std::string> changes; ///< "fontSize of Classic is 8 to 240; 900 was taken as 240."
 };
 
-/// Brings every value of a look into its range; what is not a number gets its default. A nameless
-/// look, or one without a font, gets one too.
+/// Clamps every value of a style to its range and gives a default to NaN, a missing name and a
+/// missing font.
 NormalizedStyle normalized(CaptionStyle style);
 
 } // namespace framewright

@@ -9,10 +9,10 @@
 
 namespace framewright {
 
-/// How long a new text stays. Seconds.
+/// The length of a new text. Seconds.
 inline constexpr double textLength = 3.0;
 
-/// No text has more characters: it could not be read, only slow every picture down.
+/// The longest text in characters: more can't be read, and slows every frame down.
 inline constexpr std::size_t mostCharacters = 10'000;
 
 /// A text to be put over the picture.
@@ -38,11 +38,11 @@ struct TextChanges {
     std::optional<double> length = {}; ///< Its start stays.
 };
 
-/// Changes the words, the look, the place and the length of a text.
+/// Changes the words, style, place and length of a text.
 ///
 /// A longer text moves no other: also on a magnetic track it may not run into the next. Made
 /// shorter there, those after it close up. Refused when the clip is gone, no text or locked, and as
-/// `addText`; values that a file made by hand brought, and that stay, are no reason.
+/// `addText`; invalid values that are already there, in a file made by hand, may stay.
 Outcome<Project> changeText(Project project, Id const& clipID, TextChanges const& changes);
 
 } // namespace framewright

@@ -2,24 +2,24 @@
 
 namespace framewright {
 
-/// Two times nearer to each other than this are the same moment. Seconds.
+/// Times closer than this count as equal. Seconds.
 inline constexpr double timeTolerance = 0.0005;
 
-/// No clip is shorter. Seconds.
+/// The shortest clip. Seconds.
 inline constexpr double minimumClipLength = 0.1;
 
-/// How long a photo stands when it is first placed, and at the most. Seconds.
+/// How long a photo is when first placed, and at most. Seconds.
 inline constexpr double photoLength = 3.0;
 inline constexpr double longestPhotoLength = 60.0;
 
-/// How long a text may be asked to stay. Seconds.
+/// The longest text. Seconds.
 inline constexpr double longestTextLength = 3600.0;
 
-/// No edit puts a clip's end later: beyond it a double no longer tells moments well apart, and a
-/// mistyped time would make a picture of days. Seconds.
+/// No edit puts a clip's end later: a double loses precision beyond it, and a mistyped time would
+/// make a movie of days. Seconds.
 inline constexpr double latestTime = 1'000'000.0;
 
-/// Whether a clip of this length is too short to stand on a track. What is not a number is.
+/// Whether a clip of this length is too short. NaN is.
 constexpr bool isTooShort(double length)
 {
     return !(length >= minimumClipLength - timeTolerance);

@@ -34,8 +34,7 @@ Outcome<Project> addTrack(Project project, NewTrack const& track);
 Project addSubtitleTrack(Project project, Id const& id, SubtitleData data,
                          std::optional<std::string> const& name = std::nullopt);
 
-/// Deletes a track and everything on it. Refused when it is gone or locked, and with "A project
-/// needs at least one track."
+/// Deletes a track and everything on it. Refused when it is gone, locked or the last one.
 Outcome<Project> removeTrack(Project project, Id const& trackID);
 
 /// Moves a track down the list by `offset` places (up when less than 0), as far as there are any.

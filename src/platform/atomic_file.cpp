@@ -14,6 +14,25 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+// Replacing a file without losing what another program writes at the same time
+//
+// The problem: rename(2) puts a complete file in place, but can't be told to do so only if the old
+// one is unchanged. Between comparing and renaming, another program can write a version that the
+// rename then deletes. Advisory locks don't help, since other programs don't take ours; comparing
+// again just before the rename makes the window smaller, but leaves it open.
+//
+// The method: renameat2(2) with RENAME_EXCHANGE swaps the names of our new file and the old one in
+// one step. Nothing is deleted by that: what was in place is now under our hidden name, where it is
+// compared with what we expected. If it is the same, the hidden file is removed and we are done. If
+// not, somebody wrote at the last moment, and a second exchange puts their version back. Yet
+// another version may have been written over ours by then; it comes out of that second exchange, is
+// the newest, and goes back in place with a third one, and so on until an exchange returns our own
+// bytes. Every version found on the way is reported (`putBack`).
+//
+// File systems without the exchange answer EINVAL or ENOSYS; there a plain rename has to do.
+//
+// Source: rename(2) of the Linux manual.
+
 namespace framewright {
 
 namespace {
@@ -35,7 +54,7 @@ public:
     explicit operator bool() const { return m_number >= 0; }
     int operator*() const { return m_number; }
 
-    /// Network file systems tell only here that the bytes did not fit.
+    /// Network file systems report a full disk only here.
     bool close() { return ::close(std::exchange(m_number, -1)) == 0 || errno == EINTR; }
 
 private:
@@ -143,7 +162,7 @@ public:
         fail(errno);
     }
 
-    /// What lies under the hidden name.
+    /// What is under the hidden name: after an exchange, what was replaced.
     std::string content() const { return readFile(m_path); }
 
 private:
@@ -193,7 +212,7 @@ std::optional<struct stat> writableState(Path const& file)
 
 void removeLeftovers(Path const& file, TemporaryName const& name)
 {
-    // No write takes an hour, so nobody is at work on it any more.
+    // No write takes an hour, so its writer is gone.
     auto const abandoned = std::filesystem::file_time_type::clock::now() - std::chrono::hours(1);
     std::error_code error;
     for (std::filesystem::directory_iterator entry(folderOf(file), error), end;
@@ -205,12 +224,12 @@ void removeLeftovers(Path const& file, TemporaryName const& name)
     }
 }
 
-/// Brings a rename in a folder to the disk.
+/// Flushes a rename in a folder to disk.
 void syncFolder(Path const& folder, Path const& file)
 {
     Descriptor const descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!descriptor)
-        return; // A folder we may write but not read: it reaches the disk in its own time.
+        return; // A folder we may write but not read can't be flushed.
     while (::fsync(*descriptor) != 0) {
         if (errno == EINVAL || errno == ENOTSUP)
             return; // A file system whose folders need no syncing.
@@ -219,10 +238,10 @@ void syncFolder(Path const& folder, Path const& file)
     }
 }
 
-/// Gives back the name that was taken from `found`, which someone wrote at the last moment.
+/// Puts back `found`, which another program wrote at the last moment, in place of our `placed`.
 ///
-/// Where they wrote again by now, over what `placed` is in the meantime, that is the newer and
-/// stays. Gives all that was found so, oldest first.
+/// A version written over `placed` in the meantime is newer and stays. Returns every version found,
+/// oldest first.
 std::vector<std::string> putBack(Temporary& temporary, std::string found, std::string placed)
 {
     std::vector<std::string> all{found};
@@ -241,7 +260,7 @@ std::string readAll(Descriptor const& descriptor, Path const& file, std::uintmax
 {
     std::string bytes;
     std::size_t used = 0;
-    // One byte more than is there, so that the end is seen without growing.
+    // One byte more than the file has, so that its end is seen without growing.
     bytes.resize(std::max<std::uintmax_t>(size + 1, 4096));
     for (;;) {
         if (used > limit)
@@ -306,8 +325,7 @@ FileReplacement replaceFileAtomically(Path const& file, std::string_view bytes,
 
 std::string readFile(Path const& file, std::uintmax_t limit)
 {
-    // Looked at before it is opened: opening alone can wait for a pipe's other end, or move a
-    // device.
+    // Checked before opening: that alone can block on a pipe or have an effect on a device.
     struct stat status {};
     if (::stat(file.c_str(), &status) != 0) {
         bool const isMissing = errno == ENOENT || errno == ENOTDIR;
@@ -327,7 +345,7 @@ std::string readFile(Path const& file, std::uintmax_t limit)
                         systemErrorText(errno));
     requireRegular();
 
-    // No more than the limit allows is made room for; the file may also be longer than it says.
+    // Memory is reserved up to the limit only; the file may be longer than its size says.
     auto const size = static_cast<std::uintmax_t>(status.st_size);
     return readAll(descriptor, file, std::min(size, limit), limit);
 }

@@ -11,32 +11,31 @@
 
 namespace framewright {
 
-/// Makes `bytes` the whole content of `file`, at one stroke: whoever reads it, at any moment and
-/// also after a crash or a power cut, finds the old content or the new one, never a part.
+/// Replaces the content of `file` with `bytes` atomically: a reader finds all of the old content
+/// or all of the new one, also after a crash or a power cut.
 ///
-/// The bytes go into a hidden file beside it, to the disk, and then under its name. A file that is
-/// there keeps its permissions; a new one gets the usual ones. Through a symbolic link the file
-/// it leads to is written, and the link stays. Hidden files that a killed writer of the same file
-/// left behind are removed once they are an hour old.
+/// The bytes are written to a hidden file beside it and flushed to disk before that file takes the
+/// name. An existing file keeps its permissions. A symbolic link stays; the file it leads to is
+/// replaced. Hidden files left by a killed writer of the same file are removed after an hour.
 ///
-/// Throws FileError when it can't, with the old content in place and nothing left over; also when
-/// the file is write-protected or is not a regular file. Blocks until the disk has the bytes. May
-/// be called from any thread; of two writers of one file the later wins whole.
+/// Throws FileError on failure, with the old content in place and nothing left over; also when the
+/// file is write-protected or not a regular file. Blocks until the bytes are on disk. Safe on any
+/// thread; of two writers of one file the later wins whole.
 void writeFileAtomically(std::filesystem::path const& file, std::string_view bytes);
 
-/// What became of a replacement.
+/// The result of a conditional replacement.
 struct FileReplacement {
-    bool isDone = false; ///< When not, the file holds what someone else put there last.
-    /// What others put there while it was tried, oldest first. Who read the file in that moment saw
-    /// our bytes, so what they write now may not carry these along.
+    bool isDone = false; ///< If not, the file holds what another program wrote last.
+    /// What other programs wrote during the attempt, oldest first. One of them may have read our
+    /// bytes in between, so its next write may lack these.
     std::vector<std::string> found;
 };
 
-/// The same, but only in place of a file that still holds `expected` by the very moment of the
-/// replacement; one that holds something else is left as it is.
+/// The same, but only if the file still holds `expected` when it is replaced.
 ///
-/// Nothing that another program puts there meanwhile is lost, where the file system can exchange
-/// two files (all usual ones of Linux can; elsewhere a moment remains in which it could be).
+/// Nothing another program writes meanwhile is lost, provided the file system can exchange two
+/// names (ext4, XFS, Btrfs and tmpfs can). Without that, a write between comparison and rename is
+/// overwritten unseen.
 FileReplacement replaceFileAtomically(std::filesystem::path const& file, std::string_view bytes,
                                       std::string_view expected);
 

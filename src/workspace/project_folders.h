@@ -24,7 +24,7 @@ struct ProjectListing {
 /// there but can't be listed.
 std::vector<ProjectListing> listProjects(std::filesystem::path const& workspace);
 
-/// A name for a project as its folder can bear it: without spaces at its ends. Refused when it is
+/// A project name that a folder can have: without spaces at its ends. Refused when it is
 /// empty, too long (200 bytes, which leaves room for numbers and time stamps behind it), begins
 /// with a dot, or holds a slash, a control character or bytes that are not UTF-8.
 Outcome<std::string> validProjectName(std::string_view name);
@@ -47,8 +47,9 @@ Outcome<std::filesystem::path> duplicateProject(std::filesystem::path const& fol
 Outcome<std::filesystem::path> duplicateProject(std::filesystem::path const& folder,
                                                 std::string_view name);
 
-/// Moves a project to the desktop's trash and returns where it lies there (empty when the desktop
-/// does not say). Never erases: without a trash it throws WorkspaceError and the project stays.
+/// Moves a project to the desktop's trash and returns its path there (empty when the desktop does
+/// not report it). Never erases: without a trash it throws WorkspaceError and the project stays.
+/// Refused when the folder is gone.
 Outcome<std::filesystem::path> trashProject(std::filesystem::path const& folder);
 
 } // namespace framewright

@@ -1,4 +1,4 @@
-#include "model/track_rules.h"
+#include "model/internal/track_rules.h"
 
 #include "model/sketch.h"
 

@@ -1,4 +1,4 @@
-// The looks that come with the editor. Footage is anything from snow to night, so each carries its
+// The styles that come with the editor. Footage is anything from snow to night, so each carries its
 // own contrast: a shadow, an outline or a box. Sizes are points at 1080 pixels of canvas width.
 
 #include "model/style.h"
@@ -32,7 +32,7 @@ constexpr std::uint32_t ivory = 0xFFF8E9;
 constexpr std::uint32_t paper = 0xF6F0E1;
 constexpr std::uint32_t yellow = 0xFFE23D;
 
-std::vector<CaptionStyle> madeTextLooks()
+std::vector<CaptionStyle> madeTextStyles()
 {
     return {
         {.id = known("D4E0E30A-B682-406B-BFC6-38FF9BC37EDE"),
@@ -248,7 +248,7 @@ std::vector<CaptionStyle> madeTextLooks()
     };
 }
 
-std::vector<CaptionStyle> madeCaptionLooks()
+std::vector<CaptionStyle> madeCaptionStyles()
 {
     return {
         {.id = known("68CA2584-8211-4989-A3F2-B89A8BE15952"),
@@ -388,14 +388,14 @@ std::vector<CaptionStyle> madeCaptionLooks()
 
 std::span<CaptionStyle const> CaptionStyle::presets()
 {
-    static std::vector<CaptionStyle> const looks = madeCaptionLooks();
-    return looks;
+    static std::vector<CaptionStyle> const styles = madeCaptionStyles();
+    return styles;
 }
 
 std::span<CaptionStyle const> CaptionStyle::textPresets()
 {
-    static std::vector<CaptionStyle> const looks = madeTextLooks();
-    return looks;
+    static std::vector<CaptionStyle> const styles = madeTextStyles();
+    return styles;
 }
 
 } // namespace framewright
