@@ -141,7 +141,8 @@ public:
           })
     {
         m_frames.seek(plan.start, plan.frames);
-        m_audio.seek(std::llround(plan.start * AudioProducer::sampleRate));
+        m_audio.seek(std::llround(plan.start * AudioProducer::sampleRate),
+                     plan.sampleOf(plan.frames));
     }
 
     Frame nextFrame()

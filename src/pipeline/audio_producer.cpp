@@ -36,18 +36,19 @@ public:
     Impl(Impl const&) = delete;
     Impl& operator=(Impl const&) = delete;
 
-    void seek(std::int64_t first)
+    void seek(std::int64_t first, std::optional<std::int64_t> end)
     {
         m_position = first;
+        m_end = end;
         m_block.clear();
         m_used = 0;
-        m_blocks.restart({m_composition, first});
+        m_blocks.restart({m_composition, first, end});
     }
 
     void replace(std::shared_ptr<BuiltComposition const> composition)
     {
         m_composition = std::move(composition);
-        seek(m_position);
+        seek(m_position, m_end);
     }
 
     bool read(std::span<float> interleaved)
@@ -80,6 +81,7 @@ private:
     struct Start {
         std::shared_ptr<BuiltComposition const> composition;
         std::int64_t first;
+        std::optional<std::int64_t> end;
     };
 
     std::optional<Block> mix(Start const* start)
@@ -89,12 +91,15 @@ private:
             m_mixed = start->composition;
             m_mixer.emplace(*m_mixed, m_source);
             m_next = start->first;
+            m_last = start->end;
         }
-        if (m_isStopped)
+        auto const length = std::min(std::int64_t(blockLength),
+                                     m_last.value_or(m_next + std::int64_t(blockLength)) - m_next);
+        if (m_isStopped || length <= 0)
             return std::nullopt;
-        Block block(blockLength * 2);
+        Block block(std::size_t(length) * 2);
         m_mixer->mix(m_next, block);
-        m_next += std::int64_t(blockLength);
+        m_next += length;
         return block;
     }
 
@@ -103,6 +108,7 @@ private:
     // The consumer's:
     std::shared_ptr<BuiltComposition const> m_composition;
     std::int64_t m_position = 0; ///< The sample that is read next.
+    std::optional<std::int64_t> m_end;
     Block m_block;
     std::size_t m_used = 0; ///< So much of the block has been read.
 
@@ -111,6 +117,7 @@ private:
     ClipAudioSource m_source;
     std::optional<AudioMixer> m_mixer;
     std::int64_t m_next = 0;
+    std::optional<std::int64_t> m_last; ///< Mixes up to here.
 
     WorkAhead<Block, Start> m_blocks; ///< Last: its thread uses the others.
 };
@@ -121,9 +128,9 @@ AudioProducer::AudioProducer(std::shared_ptr<BuiltComposition const> composition
 }
 AudioProducer::~AudioProducer() = default;
 
-void AudioProducer::seek(std::int64_t first)
+void AudioProducer::seek(std::int64_t first, std::optional<std::int64_t> count)
 {
-    m_impl->seek(first);
+    m_impl->seek(first, count ? std::optional(first + *count) : std::nullopt);
 }
 
 void AudioProducer::replace(std::shared_ptr<BuiltComposition const> composition)

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 
 namespace framewright {
@@ -14,8 +15,8 @@ namespace framewright {
 ///
 /// The counterpart of FrameProducer, with the same rules: one consumer thread seeks, replaces and
 /// reads; the mixing thread owns the decoders; at most `capacity` blocks wait; an error arrives
-/// after all audio before it; `stop` interrupts reading. Each sample depends on its time alone.
-/// Audio has no end: past the last clip it is silence.
+/// after all blocks before it; `stop` interrupts reading. Each sample depends on its time alone.
+/// Past the last clip there is silence.
 class AudioProducer {
 public:
     static constexpr int sampleRate = AudioMix::sampleRate;
@@ -33,14 +34,16 @@ public:
     AudioProducer(AudioProducer const&) = delete;
     AudioProducer& operator=(AudioProducer const&) = delete;
 
-    /// From now on `read` gives the samples from `first` on, counted on the timeline.
-    void seek(std::int64_t first);
+    /// From now on `read` gives the samples from `first` on, counted on the timeline. There are
+    /// `count` of them, without limit by default; nothing beyond them is read from any file.
+    void seek(std::int64_t first, std::optional<std::int64_t> count = std::nullopt);
 
     /// Goes on with another composition at the sample that would have been read next.
     void replace(std::shared_ptr<BuiltComposition const> composition);
 
-    /// Waits until `interleaved` (left, right, …) is filled. False after an error and once stopped;
-    /// the contents are then undefined. Throws MediaError, which names the clip and the file.
+    /// Waits until `interleaved` (left, right, …) is filled. False past the last sample, after an
+    /// error and once stopped; the contents are then undefined. Throws MediaError, which names the
+    /// clip and the file.
     bool read(std::span<float> interleaved);
 
     /// Ends production for good, and a `read` that waits. Any thread may call.

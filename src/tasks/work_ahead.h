@@ -46,14 +46,16 @@ public:
 
     void restart(Start start)
     {
-        {
-            std::lock_guard const lock(m_mutex);
-            m_start = std::move(start);
-            ++m_sequence;
-        }
         m_isAtEnd = false;
+        {
+            // In this order: results of the new sequence must not be among those cleared, and the
+            // worker must not wait for room while the taker waits for the new sequence.
+            std::lock_guard const lock(m_mutex);
+            ++m_sequence;
+            m_results.clear();
+            m_start = std::move(start);
+        }
         m_changed.notify_all();
-        m_results.clear();
     }
 
     /// Waits for the next value. Nothing at the end, after an error and once stopped. Throws what

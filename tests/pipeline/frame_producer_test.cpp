@@ -165,10 +165,20 @@ TEST_F(Producing, AudioSeeksAndIsReplacedToTheSample)
     EXPECT_EQ(read(producer, 5000), std::vector<float>(10000));
     producer.replace(whole);
     EXPECT_EQ(read(producer, 4000), part(7601, 4000));
-    producer.stop();
+
+    // What comes after the last sample isn't even opened.
+    Id const gone = Id::random();
+    LoadedAsset missing = *assets.find(tone);
+    missing.file = folder / "gone.wav";
+    assets.insert(gone, missing);
+    producer.replace(mixed({clip(tone, 0, 1), clip(gone, 1, 1)}));
+    constexpr int samples = AudioProducer::sampleRate;
+    producer.seek(samples - 100, 100);
+    EXPECT_EQ(read(producer, 100).size(), 200u);
     std::vector<float> more(2);
-    while (producer.read(more)) {
-    }
+    EXPECT_FALSE(producer.read(more));
+    producer.seek(samples - 100, 101);
+    EXPECT_THROW(read(producer, 101), MediaError);
 }
 
 } // namespace framewright
