@@ -280,7 +280,7 @@ FileSync::Ended FileSync::takeResult(SyncJob& job)
     else if (result.onDisk)
         m_known = result.onDisk;
 
-    // Without theirs or trouble, a save failed only because the file went while it was exchanged.
+    // A save that met no trouble and yet did not succeed found another program at work.
     bool isSettled = result.isSaved || result.trouble;
     if (!result.theirs.empty()) {
         QPointer<FileSync> const self(this);

@@ -76,7 +76,7 @@ struct Gate {
 
 /// Words and the file they are kept in: "a b .\n". One without its full stop does not decode.
 struct Owner {
-    enum class Policy { merges, takesTheirs };
+    enum class Policy { merges, takesTheirs, signsTheirs };
 
     explicit Owner(SyncTiming const& timing = onlyWhenAsked, Policy itsPolicy = Policy::merges)
         : policy(itsPolicy), synced(form(), owner(), timing)
@@ -112,6 +112,8 @@ struct Owner {
                     before = words;
                     words = isMerge ? merged(base ? *base : Words(), words, theirs.value)
                                     : theirs.value;
+                    if (policy == Policy::signsTheirs)
+                        words.insert("signed");
                     return words == theirs.value ? Taken::asItIs : Taken::merged;
                 },
             .describe =
@@ -149,6 +151,7 @@ protected:
     {
         put(file, "a .\n");
         auto owner = std::make_unique<Owner>(timing, policy);
+        owner->words = {"replaced"};
         EXPECT_TRUE(owner->synced.open(file, FileSync::Saving::automatic));
         EXPECT_EQ(line(owner->words), "a .\n");
         return owner;
@@ -200,6 +203,28 @@ TEST(SaveDelay, IsPutOffByChangesButNotForLong)
     EXPECT_EQ(saveDelay(timing, 9999ms), 0ms);
 }
 
+TEST_F(SyncedFileTest, HandsOverWhatAnExchangeFound)
+{
+    put(file, "a .\n");
+    auto const form = std::make_shared<FileForm<std::any> const>(untyped(Owner().form()));
+    SyncResult const result = run({
+        .form = form,
+        .value = SyncCycle::Value::save,
+        .ours = Words{"ours"},
+        .file = file,
+        .known = contentMark("a .\n"),
+        .replace =
+            [](auto&&...) {
+                return FileReplacement{false, {"first .\n", "sec", "second .\n"}};
+            },
+    });
+    EXPECT_FALSE(result.isSaved);
+    ASSERT_EQ(result.theirs.size(), 2u);
+    EXPECT_EQ(std::any_cast<Words>(result.theirs[0].read.value), Words{"first"});
+    EXPECT_EQ(std::any_cast<Words>(result.theirs[1].read.value), Words{"second"});
+    EXPECT_FALSE(result.theirs[1].isOnDisk) << "read again before it counts as saved";
+}
+
 TEST_F(SyncedFileTest, SavesAfterAChange)
 {
     auto const owner = started(atOnce);
@@ -246,10 +271,12 @@ TEST_F(SyncedFileTest, AnOutsideEditIsTakenWheneverItComes)
              Case{When::before, takesTheirs, "a theirs .\n",      "a ours .\n"},
              Case{When::during, takesTheirs, "a theirs .\n",      "a ours .\n"},
              Case{When::after,  takesTheirs, "a theirs .\n",      "a ours .\n"},
+             Case{When::after,  signsTheirs, "a signed theirs .\n", "a ours .\n"},
          }) {
         // clang-format on
         SCOPED_TRACE(int(c.when) * 10 + int(c.policy));
-        auto const owner = started(onlyWhenAsked, c.policy);
+        auto const owner = started(onlyWhenAsked, Owner::Policy::takesTheirs);
+        owner->policy = c.policy;
         auto const writeTheirs = [&] { put(file, "a theirs .\n"); };
         auto const save = [&] { owner->synced.startSaving(); };
         owner->add("ours");
@@ -262,6 +289,8 @@ TEST_F(SyncedFileTest, AnOutsideEditIsTakenWheneverItComes)
             writeTheirs(); // The watcher reports it.
         }
         auto const isTaken = [&] {
+            if (c.when == When::after && owner->words.contains("theirs"))
+                owner->synced.startSaving(); // Else a merge of what was read is saved later.
             return owner->words.contains("theirs") && !owner->synced.isDirty();
         };
         EXPECT_TRUE(processEventsUntil(isTaken));
@@ -346,6 +375,7 @@ TEST_F(SyncedFileTest, FollowsAFileThatMovedDuringASave)
     EXPECT_TRUE(owner->synced.flush());
     owner->add("c");
     owner->synced.startSaving();
+    QThreadPool::globalInstance()->waitForDone(); // Written, but the result is not taken yet.
     fs::rename(folder / "place", folder / "elsewhere");
     owner->synced.followTo(folder / "elsewhere/words");
     owner->add("d");

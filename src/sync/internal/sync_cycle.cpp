@@ -1,7 +1,5 @@
 #include "sync/internal/sync_cycle.h"
 
-#include "platform/atomic_file.h"
-
 namespace framewright {
 
 namespace {
@@ -91,24 +89,16 @@ private:
 
     void exchange(std::string const& ours, std::string const& onDisk, ContentMark const& mark)
     {
-        FileReplacement const replacement = replaceFileAtomically(*m_cycle.file, ours, onDisk);
+        FileReplacement const replacement = m_cycle.replace(*m_cycle.file, ours, onDisk);
         if (replacement.isDone)
             return saved(mark);
-        // A file that is written in place passes through contents that don't decode. The last
-        // content may have been replaced since, so what is there now is read again.
+        // A file that is written in place passes through contents that don't decode. What is there
+        // now is found by the next cycle.
         std::string ignored;
         for (std::string const& bytes : replacement.found) {
             if (auto theirs = decoded(m_cycle, bytes, ignored))
                 m_result.theirs.push_back({std::move(*theirs), contentMark(bytes), false});
         }
-        auto const now = contentOf(m_cycle);
-        if (!now)
-            return;
-        ContentMark const there = contentMark(*now);
-        if (!m_result.theirs.empty() && m_result.theirs.back().mark == there)
-            m_result.theirs.back().isOnDisk = true;
-        else if (there != m_cycle.known)
-            handOver(*now);
     }
 
     void handOver(std::string const& bytes)

@@ -1,10 +1,12 @@
 #pragma once
 
+#include "platform/atomic_file.h"
 #include "sync/content_mark.h"
 #include "sync/file_form.h"
 
 #include <any>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -30,7 +32,7 @@ SyncStep syncStep(std::optional<ContentMark> const& known, std::optional<Content
 struct TheirVersion {
     Decoded<std::any> read;
     ContentMark mark;
-    bool isOnDisk = true; ///< Not one that was replaced again while we tried to save.
+    bool isOnDisk = true; ///< False for one that was found in the middle of an exchange.
 };
 
 /// What a cycle needs, as values.
@@ -42,6 +44,9 @@ struct SyncCycle {
     std::any ours = {};
     std::optional<std::filesystem::path> file;
     std::optional<ContentMark> known;
+    std::function<FileReplacement(std::filesystem::path const&, std::string_view bytes,
+                                  std::string_view expected)>
+        replace = replaceFileAtomically;
 };
 
 struct SyncResult {
