@@ -14,7 +14,7 @@ namespace framewright {
 
 namespace {
 
-struct Stopped {};
+struct MixingStopped {};
 
 } // namespace
 
@@ -24,7 +24,7 @@ public:
         : m_composition(std::move(composition)),
           m_source([this, activity = options.activity] {
               if (m_isStopped)
-                  throw Stopped();
+                  throw MixingStopped();
               if (activity)
                   activity();
           }),

@@ -13,7 +13,7 @@ namespace {
 /// worth skipping, and quickly read.
 constexpr int maxFailuresInARow = 500;
 
-constexpr auto never = std::numeric_limits<std::int64_t>::min();
+constexpr auto everyFrame = std::numeric_limits<std::int64_t>::min();
 
 } // namespace
 
@@ -23,7 +23,7 @@ VideoDecoder::VideoDecoder(MediaInput& input, AVStream& stream, int threads)
       m_decoder(input.openDecoder(stream, threads)),
       m_packet(newPacket()),
       m_frame(newFrame()),
-      m_skipUntil(never)
+      m_skipUntil(everyFrame)
 {
     input.readOnly(stream);
 }

@@ -12,7 +12,7 @@ namespace framewright {
 
 namespace {
 
-constexpr PixelLayout maskLayout{PixelLayout::Model::gray, 8, 0, 0, false};
+constexpr PixelLayout coverageLayout{PixelLayout::Model::gray, 8, 0, 0, false};
 
 /// A colour in BT.709, limited range, 8 bits, times how much of it is seen (0 to 1).
 struct WeightedYUV {
@@ -69,8 +69,8 @@ OverlayPainter::Converted OverlayPainter::converted(PlacedImage const& image,
     int const width = drawn.width(), height = drawn.height();
     int const depth = canvas.layout().bitDepth;
     Converted made{Frame(width, height, canvas.layout(), canvas.colors()),
-                   Frame(width, height, maskLayout, {}),
-                   Frame(width / 2, height / 2, maskLayout, {})};
+                   Frame(width, height, coverageLayout, {}),
+                   Frame(width / 2, height / 2, coverageLayout, {})};
     std::array const planes = {made.picture.writablePlane(0), made.picture.writablePlane(1),
                                made.picture.writablePlane(2)};
     Frame::WritablePlane const mask = made.mask.writablePlane(0);

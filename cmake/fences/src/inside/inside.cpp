@@ -1,0 +1,2 @@
+#include "inside/inside.h"
+#include "inside/internal/own.h"

@@ -1,0 +1,5 @@
+#include "inside/inside.h"
+#include "inside/internal/own.h"
+
+#include <libavcodec/avcodec.h>
+#include <libheif/heif.h>
