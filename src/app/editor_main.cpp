@@ -131,7 +131,7 @@ int runEditor(int argc, char** argv)
     auto const followWorkspace = [&] { styles.follow(Workspace::url(defaults)); };
     followWorkspace();
     QObject::connect(&editor, &AppState::workspaceChanged, &styles.texts, followWorkspace);
-    QObject::connect(&editor.files(), &ProjectFiles::saveEnded, &styles.texts, [&] { styles.syncStyles(); });
+    QObject::connect(&editor.files(), &ProjectFiles::saved, &styles.texts, [&] { styles.syncStyles(); });
     // Shared, since work that stalled may outlive what follows.
     auto const fonts = std::make_shared<FontRegistry const>(carriedFontsFolder());
     auto const burner = std::make_shared<CaptionBurner const>(fonts);

@@ -32,7 +32,7 @@ ThumbnailWriter::ThumbnailWriter(AppState& editor, StillFrames& stills, QObject*
             m_isOutdated = true;
     });
     connect(&editor.media(), &MediaPool::changed, this, [this] { m_isOutdated = true; });
-    connect(&editor.files(), &ProjectFiles::saveEnded, this, [this] { write(); });
+    connect(&editor.files(), &ProjectFiles::saved, this, [this] { write(); });
 }
 
 QCoro::Task<void> ThumbnailWriter::write()

@@ -124,6 +124,16 @@ void FileSync::detach()
     reportChanges({});
 }
 
+void FileSync::setSaving(Saving saving)
+{
+    if (saving == m_saving)
+        return;
+    m_saving = saving;
+    watch();
+    if (isWorkLeft())
+        schedule();
+}
+
 // When -----------------------------------------------------------------------------------------
 
 void FileSync::valueChanged()

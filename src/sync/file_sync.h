@@ -71,6 +71,9 @@ public:
     void followTo(std::filesystem::path const& file);
     void detach();
 
+    /// Whether changes are saved by themselves from now on.
+    void setSaving(Saving saving);
+
     // Work -------------------------------------------------------------------------------------
 
     /// The owner has changed the value.

@@ -116,7 +116,7 @@ inline void setBrief(AppState& editor, std::string const& brief)
 
 inline std::string briefIn(std::filesystem::path const& file)
 {
-    return readProject(file).decoded.document.project.brief.value_or("");
+    return readProject(file).project().brief.value_or("");
 }
 
 } // namespace framewright

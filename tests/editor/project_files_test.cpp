@@ -30,7 +30,7 @@ TEST(Saving, ABurstOfEditsIsOneWrite)
     EditorHome home;
     auto const file = home.startProject("Burst");
     int saves = 0;
-    QObject::connect(&home.files(), &ProjectFiles::saveEnded, [&] { ++saves; });
+    QObject::connect(&home.files(), &ProjectFiles::saved, [&] { ++saves; });
 
     for (int i = 1; i <= 10; ++i)
         setBrief(home.editor(), std::to_string(i));

@@ -1,5 +1,6 @@
 #include "editor/files/project_file.h"
 
+#include "editor/files/recovery.h"
 #include "model/file_url.h"
 #include "platform/atomic_file.h"
 #include "tasks/on_worker.h"
@@ -8,8 +9,40 @@ namespace framewright {
 
 namespace {
 
-/// What sentences call a project's file: "Hook v2's project.json" in a workspace.
-std::string nameOf(std::filesystem::path const& file)
+/// The stored bytes, with references as the files are now.
+std::string encoded(Project const& project, AssetRefs const& known,
+                    std::filesystem::path const& file)
+{
+    ProjectDocument document(project);
+    document.assetRefs.clear();
+    for (auto& [id, ref] : currentAssetRefs(project, file.parent_path(), known))
+        document.assetRefs.push_back(ref);
+    return document.data();
+}
+
+Decoded<StoredProject> decoded(std::string_view bytes)
+{
+    DecodedDocument read = decodeProjectDocument(bytes);
+    Decoded<StoredProject> result;
+    result.value.project = std::move(read.document.project);
+    for (AssetRef& ref : read.document.assetRefs)
+        result.value.refs.emplace(ref.id, std::move(ref));
+    result.unknownKeys = std::move(read.unknownKeys);
+    return result;
+}
+
+/// A copy is kept exactly while the file does not hold the project.
+void keepCopy(StoredProject const& stored, InFile inFile)
+{
+    if (inFile == InFile::no)
+        return Recovery::write(stored.recoveryFile, stored.project);
+    std::error_code ignored;
+    std::filesystem::remove(stored.recoveryFile, ignored);
+}
+
+} // namespace
+
+std::string projectFileName(std::filesystem::path const& file)
 {
     std::string const name = validUtf8(file.filename().string());
     if (name != "project.json")
@@ -17,32 +50,15 @@ std::string nameOf(std::filesystem::path const& file)
     return validUtf8(file.parent_path().filename().string()) + "'s project.json";
 }
 
-/// The content on disk; nothing when there is no file.
-std::optional<std::string> contentOf(std::filesystem::path const& file)
+FileForm<StoredProject> projectFileForm()
 {
-    try {
-        return readFile(file);
-    } catch (FileError const& error) {
-        if (error.cause == FileError::Cause::missing)
-            return std::nullopt;
-        throw;
-    }
+    return {
+        .encode = [](StoredProject const& stored,
+                     auto const& file) { return encoded(stored.project, stored.refs, file); },
+        .decode = decoded,
+        .alsoKeep = keepCopy,
+    };
 }
-
-/// The contents that decode: a file written in place passes through halves.
-std::vector<ReadProject> projectsIn(std::vector<std::string> const& contents)
-{
-    std::vector<ReadProject> projects;
-    for (std::string const& bytes : contents) {
-        try {
-            projects.push_back({decodeProjectDocument(bytes), contentMark(bytes)});
-        } catch (DocumentError const&) {
-        }
-    }
-    return projects;
-}
-
-} // namespace
 
 ReadProject readProject(std::filesystem::path const& file)
 {
@@ -53,9 +69,9 @@ ReadProject readProject(std::filesystem::path const& file)
         throw ProjectFileError(error.what());
     }
     try {
-        return {decodeProjectDocument(bytes), contentMark(bytes)};
+        return {decoded(bytes), contentMark(bytes)};
     } catch (DocumentError const& error) {
-        throw ProjectFileError(nameOf(file) + " is not a valid project: " + error.what());
+        throw ProjectFileError(projectFileName(file) + " is not a valid project: " + error.what());
     }
 }
 
@@ -65,33 +81,17 @@ QCoro::Task<ReadProject> readOnWorker(std::filesystem::path file)
     co_return co_await onWorker(read);
 }
 
-SaveResult saveProject(std::filesystem::path const& file, Project const& project,
-                       std::optional<ContentMark> const& expected, AssetRefs const& known)
+ReadProject createProject(std::filesystem::path const& file, Project const& project)
 {
+    std::error_code failed;
+    if (std::filesystem::exists(file, failed))
+        throw ProjectFileError("There is a project at " + validUtf8(file.string()) + " already.");
     try {
-        ProjectDocument document(project);
-        document.assetRefs.clear();
-        for (auto& [id, ref] : currentAssetRefs(project, file.parent_path(), known))
-            document.assetRefs.push_back(ref);
-        std::string const bytes = document.data();
-        ContentMark const mark = contentMark(bytes);
-        std::optional<std::string> const onDisk = contentOf(file);
-        if (onDisk && *onDisk == bytes)
-            return {mark, false, {}};
-        // A file that vanished is written again: that loses nobody's work.
-        if (onDisk && (!expected || contentMark(*onDisk) != *expected))
-            return {std::nullopt, true, {}};
-        if (!onDisk) {
-            writeFileAtomically(file, bytes);
-            return {mark, false, {}};
-        }
-        FileReplacement const replacement = replaceFileAtomically(file, bytes, *onDisk);
-        if (!replacement.isDone)
-            return {std::nullopt, true, projectsIn(replacement.found)};
-        return {mark, false, {}};
+        writeFileAtomically(file, encoded(project, {}, file));
     } catch (std::exception const& error) {
-        throw ProjectFileError("Could not save " + nameOf(file) + ": " + error.what());
+        throw ProjectFileError("Could not save " + projectFileName(file) + ": " + error.what());
     }
+    return readProject(file);
 }
 
 } // namespace framewright

@@ -3,15 +3,13 @@
 #include "editor/media_pool/asset_refs.h"
 #include "model/project_document.h"
 #include "sync/content_mark.h"
+#include "sync/file_form.h"
 
 #include <QCoro/QCoroTask>
 
-#include <cstdint>
 #include <filesystem>
-#include <map>
-#include <optional>
+#include <stdexcept>
 #include <string>
-#include <vector>
 
 namespace framewright {
 
@@ -21,32 +19,35 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/// What sentences call a project's file: "Hook v2's project.json" in a workspace.
+std::string projectFileName(std::filesystem::path const& file);
+
+/// A project with all that its files are made of.
+struct StoredProject {
+    Project project;
+    AssetRefs refs;                     ///< As the file had them last.
+    std::filesystem::path recoveryFile; ///< Where the copy goes while the file does not hold it.
+};
+
+/// How a project is stored in its file, and beside it while it is not: as a recovery copy.
+FileForm<StoredProject> projectFileForm();
+
 /// A project as it is on disk.
 struct ReadProject {
-    DecodedDocument decoded;
+    Decoded<StoredProject> decoded;
     ContentMark mark; ///< Of the bytes that were read.
+
+    Project const& project() const { return decoded.value.project; }
 };
 
-/// Reads a project. Throws ProjectFileError with the file's name in the sentence.
+/// Reads a project. Blocks. Throws ProjectFileError.
 ReadProject readProject(std::filesystem::path const& file);
 
-/// The same on a worker thread.
+/// The same on a worker.
 QCoro::Task<ReadProject> readOnWorker(std::filesystem::path file);
 
-/// The result of a save.
-struct SaveResult {
-    /// Of the content on disk now; nothing when it was not written.
-    std::optional<ContentMark> written;
-    /// Whether someone else had changed the file since we last read or wrote it; theirs is still
-    /// there then.
-    bool wasChangedByOthers = false;
-    /// What others wrote while we tried to save, oldest first. The last may be gone already.
-    std::vector<ReadProject> found;
-};
-
-/// Writes a project atomically, unless the file no longer has the content `expected` (nothing:
-/// there was no file). Blocks until it is on disk. Throws ProjectFileError.
-SaveResult saveProject(std::filesystem::path const& file, Project const& project,
-                       std::optional<ContentMark> const& expected, AssetRefs const& known = {});
+/// Writes a new project to `file`, and reads it again. Blocks. Throws ProjectFileError, also when
+/// there is a file already.
+ReadProject createProject(std::filesystem::path const& file, Project const& project);
 
 } // namespace framewright

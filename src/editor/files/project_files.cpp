@@ -5,18 +5,36 @@
 
 namespace framewright {
 
+namespace {
+
+using namespace std::chrono_literals;
+
+/// Edits in quick succession put the save off, but no further than 1.25 s after the first of them:
+/// acknowledged work must not be at risk for as long as somebody keeps editing.
+constexpr SyncTiming saveTiming{1000ms, 1250ms};
+
+} // namespace
+
 ProjectFiles::ProjectFiles(Document& document, MediaPool& media, UserDefaults& defaults,
                            QObject* parent)
     : QObject(parent),
       m_document(document),
       m_media(media),
       m_defaults(defaults),
-      m_recovery(defaults)
+      m_recovery(defaults),
+      m_sync(projectFileForm(),
+             {.value = [this] { return stored(); },
+              .take = [this](Decoded<StoredProject> const& theirs,
+                             StoredProject const*) { return takeOutsideEdit(theirs); },
+              .describe = [this](FileTrouble const& trouble) { return sentenceOf(trouble); }},
+             saveTiming)
 {
-    m_saveTimer.setSingleShot(true);
-    m_saveTimer.setTimerType(Qt::PreciseTimer);
-    connect(&m_saveTimer, &QTimer::timeout, this, [this] { saveByItself(); });
     connect(&document, &Document::changed, this, &ProjectFiles::follow);
+    connect(&m_sync, &FileSync::problemChanged, this, &ProjectFiles::problemChanged);
+    connect(&m_sync, &FileSync::saved, this, [this] {
+        setOpeningProblem({});
+        emit saved();
+    });
 }
 
 ProjectFiles::~ProjectFiles() = default;
@@ -24,11 +42,8 @@ ProjectFiles::~ProjectFiles() = default;
 void ProjectFiles::follow(ProjectChange const& change)
 {
     using Kind = ProjectChange::Kind;
-    if (change.kind == Kind::opened || change.kind == Kind::closed)
-        return;
-    if (m_savedRevision == m_document.revision() - 1)
-        m_unsavedSince = std::chrono::steady_clock::now();
-    scheduleSave();
+    if (change.kind != Kind::opened && change.kind != Kind::closed)
+        m_sync.valueChanged();
 }
 
 std::string ProjectFiles::projectName() const
@@ -45,11 +60,16 @@ bool ProjectFiles::isInWorkspace() const
     return m_file && Workspace::isProjectDocument(*m_file);
 }
 
-void ProjectFiles::setProblem(std::string problem)
+std::string const& ProjectFiles::problem() const
 {
-    if (problem == m_problem)
+    return m_sync.problem().empty() ? m_openingProblem : m_sync.problem();
+}
+
+void ProjectFiles::setOpeningProblem(std::string problem)
+{
+    if (problem == m_openingProblem)
         return;
-    m_problem = std::move(problem);
+    m_openingProblem = std::move(problem);
     emit problemChanged();
 }
 

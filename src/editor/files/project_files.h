@@ -6,16 +6,12 @@
 #include "editor/media_pool/media_pool.h"
 #include "model/outcome.h"
 #include "platform/user_defaults.h"
-#include "sync/file_watcher.h"
+#include "sync/synced_file.h"
 
 #include <QCoro/QCoroTask>
 #include <QObject>
-#include <QTimer>
 
-#include <chrono>
-#include <cstdint>
 #include <filesystem>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -42,12 +38,12 @@ public:
     std::string projectName() const;
     bool isInWorkspace() const;
     /// Whether the project differs from what was last read or written.
-    bool isDirty() const { return m_savedRevision != m_document.revision(); }
-    /// What keeps the project from being saved or read in the background, as one sentence; empty
+    bool isDirty() const { return m_sync.isDirty(); }
+    /// What keeps the project from being opened, watched, read or saved, as one sentence; empty
     /// while all is well.
-    std::string const& problem() const { return m_problem; }
+    std::string const& problem() const;
     /// Keys of the project's file that this version does not know and that a save drops.
-    std::vector<std::string> const& unknownKeys() const { return m_unknownKeys; }
+    std::vector<std::string> const& unknownKeys() const { return m_sync.unknownKeys(); }
     Recovery const& recovery() const { return m_recovery; }
 
     /// Writes a new project to `file`, where there is none yet, and opens it. Throws
@@ -96,43 +92,30 @@ public:
     Outcome<Done> discardRecovery();
 
 signals:
-    /// An attempt to save has ended, well or not.
-    void saveEnded();
+    /// The file holds the project as it was when the save began.
+    void saved();
     void problemChanged();
 
 private:
     void follow(ProjectChange const& change);
-    void adopt(ReadProject read, std::optional<std::filesystem::path> const& file);
+    void adopt(ReadProject read, std::optional<std::filesystem::path> const& file,
+               FileSync::Saving saving);
     void closeNow();
-    void watch();
+    void checkWatching();
     QCoro::Task<void> loadMedia();
+    void setOpeningProblem(std::string problem);
 
-    void scheduleSave();
-    QCoro::Task<void> saveByItself();
-    QCoro::Task<void> runningSaveEnded();
-    QCoro::Task<void> writeToFile();
-    QCoro::Task<void> writeRecoveryCopy();
-    void takeSaved(SaveResult const& result, std::uint64_t revision);
-    QCoro::Task<void> reloadFromDisk();
-    void takeOutsideEdit(ReadProject read);
-    void setProblem(std::string problem);
+    StoredProject stored() const;
+    Taken takeOutsideEdit(Decoded<StoredProject> const& theirs);
+    std::string sentenceOf(FileTrouble const& trouble) const;
 
     Document& m_document;
     MediaPool& m_media;
     UserDefaults& m_defaults;
     Recovery m_recovery;
-
     std::optional<std::filesystem::path> m_file;
-    std::optional<ContentMark> m_diskMark; ///< Of the file as last read or written.
-    std::vector<std::string> m_unknownKeys;
-    std::optional<std::uint64_t> m_savedRevision = 0; ///< Of the document as it is in the file.
-    std::string m_problem;
-
-    std::unique_ptr<FileWatcher> m_watcher;
-    QTimer m_saveTimer;
-    std::chrono::steady_clock::time_point m_unsavedSince;
-    bool m_isSaving = false;
-    std::uint64_t m_saveCount = 0; ///< Saves begun, so that a read knows whether one came between.
+    std::string m_openingProblem; ///< Until another project is opened or saved.
+    SyncedFile<StoredProject> m_sync;
 };
 
 } // namespace framewright

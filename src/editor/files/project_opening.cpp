@@ -27,29 +27,26 @@ void rememberOpen(std::filesystem::path const& file, UserDefaults& defaults)
     defaults.setString(openKey, FileURL{file.string()}.text());
 }
 
-AssetRefs refsOf(ReadProject const& read)
+/// A project of a workspace is saved by itself; others when the user says so.
+FileSync::Saving usualSaving(std::filesystem::path const& file)
 {
-    AssetRefs refs;
-    for (AssetRef const& ref : read.decoded.document.assetRefs)
-        refs.emplace(ref.id, ref);
-    return refs;
+    return Workspace::isProjectDocument(file) ? FileSync::Saving::automatic
+                                              : FileSync::Saving::onRequest;
 }
 
 } // namespace
 
 QCoro::Task<void> ProjectFiles::create(std::filesystem::path file, Project project)
 {
-    // Nothing is expected there, so a file that exists is not replaced.
-    auto const write = [file, project] { return saveProject(file, project, std::nullopt); };
-    SaveResult const result = co_await onWorker(write);
-    if (result.wasChangedByOthers)
-        throw ProjectFileError("There is a project at " + validUtf8(file.string()) + " already.");
-    adopt(co_await readOnWorker(file), file);
+    auto const create = [file, project] { return createProject(file, project); };
+    ReadProject read = co_await onWorker(create);
+    adopt(std::move(read), file, usualSaving(file));
 }
 
 QCoro::Task<void> ProjectFiles::open(std::filesystem::path file)
 {
-    adopt(co_await readOnWorker(file), file);
+    ReadProject read = co_await readOnWorker(file);
+    adopt(std::move(read), file, usualSaving(file));
 }
 
 void ProjectFiles::reopenLast()
@@ -61,32 +58,35 @@ void ProjectFiles::reopenLast()
     double const attempts = m_defaults.number(attemptsKey).value_or(0);
     if (attempts >= mostAttempts) {
         m_defaults.remove(attemptsKey);
-        setProblem("Framewright ended several times while opening " + validUtf8(url->path) +
-                   "; it was not opened again.");
+        setOpeningProblem("Framewright ended several times while opening " + validUtf8(url->path) +
+                          "; it was not opened again.");
         return;
     }
     m_defaults.setNumber(attemptsKey, attempts + 1);
     try {
-        adopt(readProject(url->path), url->path);
+        adopt(readProject(url->path), url->path, usualSaving(url->path));
     } catch (ProjectFileError const& error) {
-        setProblem(error.what());
+        setOpeningProblem(error.what());
         m_defaults.remove(attemptsKey);
     }
 }
 
-void ProjectFiles::adopt(ReadProject read, std::optional<std::filesystem::path> const& file)
+void ProjectFiles::adopt(ReadProject read, std::optional<std::filesystem::path> const& file,
+                         FileSync::Saving saving)
 {
-    m_saveTimer.stop();
     m_file = file;
-    m_diskMark = std::move(read.mark);
-    m_unknownKeys = std::move(read.decoded.unknownKeys);
-    m_media.setPlaces({file ? file->parent_path() : std::filesystem::path(), refsOf(read)});
-    m_document.open(std::move(read.decoded.document.project));
-    m_savedRevision = m_document.revision();
-    setProblem({});
-    if (file)
+    m_media.setPlaces(
+        {file ? file->parent_path() : std::filesystem::path(), read.decoded.value.refs});
+    m_document.open(read.project());
+    setOpeningProblem({});
+    m_recovery.rememberOrigin(file);
+    if (file) {
+        m_sync.bind(*file, std::move(read.decoded), std::move(read.mark), saving);
         rememberOpen(*file, m_defaults);
-    watch();
+        checkWatching();
+    } else {
+        m_sync.detach();
+    }
     loadMedia();
 }
 
@@ -99,16 +99,11 @@ QCoro::Task<void> ProjectFiles::loadMedia()
         m_defaults.remove(attemptsKey);
 }
 
-void ProjectFiles::watch()
+void ProjectFiles::checkWatching()
 {
-    m_watcher.reset();
-    if (!isInWorkspace())
-        return;
-    m_watcher = std::make_unique<FileWatcher>(*m_file);
-    connect(m_watcher.get(), &FileWatcher::changed, this, [this] { reloadFromDisk(); });
-    if (!m_watcher->isWatching())
-        setProblem("The project's folder can't be watched; changes by other programs are only "
-                   "seen when the project is saved or opened.");
+    if (isInWorkspace() && !m_sync.isWatching())
+        setOpeningProblem("The project's folder can't be watched; changes by other programs are "
+                          "only seen when the project is saved or opened.");
 }
 
 void ProjectFiles::followTo(std::filesystem::path file)
@@ -126,7 +121,9 @@ void ProjectFiles::followTo(std::filesystem::path file)
     m_file = std::move(file);
     m_media.setPlaces({m_file->parent_path(), m_media.places().refs});
     rememberOpen(*m_file, m_defaults);
-    watch();
+    m_recovery.rememberOrigin(m_file);
+    m_sync.followTo(*m_file);
+    checkWatching();
     if (moved.empty())
         return;
     m_media.relocate(moved);
@@ -153,10 +150,11 @@ QCoro::Task<Outcome<Done>> ProjectFiles::prepareToLeave(Unsaved unsaved)
     if (!isDirty())
         co_return Done();
     if (unsaved == Unsaved::discard) {
+        co_await m_sync.settled(); // A copy that is being written would come back.
         m_recovery.clear();
         co_return Done();
     }
-    co_return isInWorkspace() ? Refusal{Reason::saveFailed, Subject::named(m_problem)}
+    co_return isInWorkspace() ? Refusal{Reason::saveFailed, Subject::named(problem())}
                               : Refusal{Reason::unsavedChanges, Subject::named(projectName())};
 }
 
@@ -170,16 +168,13 @@ QCoro::Task<Outcome<Done>> ProjectFiles::close(Unsaved unsaved)
 
 void ProjectFiles::closeNow()
 {
-    m_saveTimer.stop();
-    m_watcher.reset();
+    m_sync.detach();
     m_file.reset();
-    m_diskMark.reset();
-    m_unknownKeys.clear();
     m_media.setPlaces({});
     m_document.close();
-    m_savedRevision = m_document.revision();
-    setProblem({});
+    setOpeningProblem({});
     m_defaults.remove(openKey);
+    m_recovery.rememberOrigin(std::nullopt);
 }
 
 QCoro::Task<Outcome<Done>> ProjectFiles::restoreRecovery()
@@ -191,19 +186,18 @@ QCoro::Task<Outcome<Done>> ProjectFiles::restoreRecovery()
 
     // What the project's own file holds now is known from here on, so that saving over it is
     // refused only if it changes again.
-    std::optional<ContentMark> onDisk;
+    read.mark.clear(); // No content has it.
     if (waiting.origin) {
         try {
             ReadProject const there = co_await readOnWorker(*waiting.origin);
-            onDisk = there.mark;
+            read.mark = there.mark;
         } catch (ProjectFileError const&) {
             // It is gone or broken; the copy is then all there is.
         }
     }
-    adopt(std::move(read), waiting.origin);
-    m_diskMark = onDisk;
     m_recovery.adoptWaiting();
-    m_savedRevision.reset();
+    adopt(std::move(read), waiting.origin, FileSync::Saving::onRequest);
+    m_sync.valueChanged();
     co_return Done();
 }
 
@@ -212,6 +206,7 @@ Outcome<Done> ProjectFiles::discardRecovery()
     if (!m_recovery.waiting())
         return Refusal{Reason::noRecoveryCopy};
     m_recovery.discardWaiting();
+    m_recovery.rememberOrigin(m_file);
     return Done();
 }
 

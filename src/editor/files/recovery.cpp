@@ -80,8 +80,7 @@ void Recovery::discardWaiting()
 void Recovery::clear()
 {
     std::error_code failed;
-    if (std::filesystem::remove(m_file, failed) && !m_waiting)
-        m_defaults.remove(originKey);
+    std::filesystem::remove(m_file, failed);
 }
 
 void Recovery::write(std::filesystem::path const& file, Project const& project)

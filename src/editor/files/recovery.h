@@ -28,7 +28,7 @@ public:
     /// The file of this run's copy.
     std::filesystem::path const& file() const { return m_file; }
 
-    /// Stores which project the copy belongs to.
+    /// Stores which project this run's copy belongs to; nothing while none is open.
     void rememberOrigin(std::optional<std::filesystem::path> const& origin);
 
     /// The waiting copy was opened: it is this run's own copy from now on.
@@ -37,7 +37,7 @@ public:
     /// Deletes the waiting copy.
     void discardWaiting();
 
-    /// Deletes this run's copy: everything is saved.
+    /// Deletes this run's copy, if there is one.
     void clear();
 
     /// Writes `project` as the copy in `file`. Blocks. Throws ProjectFileError.
