@@ -47,7 +47,8 @@ std::filesystem::path folder()
 /// An editor with a project open that is in no workspace, so that nothing is saved meanwhile.
 class OpenEditor {
 public:
-    explicit OpenEditor(Project const& project) : defaults(folder() / "settings.ini"), editor(defaults)
+    explicit OpenEditor(Project const& project)
+        : defaults(folder() / "settings.ini"), editor(defaults)
     {
         std::filesystem::create_directories(folder());
         std::ofstream(file) << ProjectDocument(project).data();

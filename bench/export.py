@@ -59,7 +59,7 @@ def composites(piece, folder):
 
 
 def check_settings(ours, reference):
-    """Figures are worth something only when both were coded alike."""
+    """Fails unless both were encoded with the same settings: only then are the figures comparable."""
     marks = ("threads=", "frame-threads", "sar=", "chromaloc")  # What does not change the coding.
 
     def essential(movie):

@@ -1,4 +1,4 @@
-"""An editor in a home of its own, whose processor time and memory can be read."""
+"""An editor with its own home folder, whose CPU time and memory can be measured."""
 
 import os
 import shutil

@@ -40,7 +40,7 @@ def ffprobe(file, *entries) -> dict:
 
 
 class Reference:
-    """What ffmpeg makes of a file."""
+    """ffmpeg's rendering of a file."""
 
     def __init__(self, file: pathlib.Path, facts: dict):
         self.file = file

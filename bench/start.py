@@ -1,4 +1,4 @@
-"""What it costs to run a command, and to start an editor."""
+"""The time to run a command, and to start an editor."""
 
 import os
 import statistics

@@ -39,7 +39,7 @@ using namespace std::chrono_literals;
 /// Turns the signals that ask a process to end into an event of the main loop.
 class EndSignals {
 public:
-    /// Before there are threads: they inherit what is blocked here.
+    /// Call before starting threads: they inherit the blocked signals.
     EndSignals()
     {
         sigemptyset(&m_signals);
@@ -63,8 +63,8 @@ private:
     int m_descriptor = -1;
 };
 
-/// Large pieces of memory go back to the system when they are freed. By default the C library soon
-/// keeps pieces of up to 32 MB for itself: pictures and packets, which come in ever other sizes.
+/// Returns large blocks to the system as soon as they are freed. By default the C library raises
+/// its threshold up to 32 MB and keeps freed frames and packets, whose sizes rarely recur.
 void returnLargeMemory()
 {
 #ifdef __GLIBC__
@@ -72,9 +72,8 @@ void returnLargeMemory()
 #endif
 }
 
-/// Work that takes long mostly waits: an export for threads of its own, others for the disk. With
-/// no more workers than the machine has cores, one export could keep every save waiting until its
-/// end.
+/// Long tasks mostly wait: an export for its own threads, others for the disk. With only as many
+/// workers as cores, one export could hold up every save until it ends.
 void haveWorkersEnough()
 {
     constexpr int least = 8;
@@ -82,7 +81,7 @@ void haveWorkersEnough()
     workers.setMaxThreadCount(std::max(least, workers.maxThreadCount()));
 }
 
-/// Where the fonts that come with the application lie, beside the folder of the executable.
+/// The folder of the carried fonts, next to the executable's folder.
 std::filesystem::path carriedFontsFolder()
 {
     auto const program = std::filesystem::path(
@@ -90,8 +89,8 @@ std::filesystem::path carriedFontsFolder()
     return (program / "../share/framewright/fonts").lexically_normal();
 }
 
-/// Everything that Qt has to tell goes to the log, but for the fonts that lack a script: it says so
-/// of each one that it asks before the one that has it.
+/// Logs Qt's messages, except the warning about fonts that lack a script: Qt emits it for every
+/// font it tries before the one that has the script.
 void logWithoutFontSearch()
 {
     static QtMessageHandler const log = qInstallMessageHandler(nullptr);
@@ -102,8 +101,8 @@ void logWithoutFontSearch()
         });
 }
 
-/// Ends the event loop once the export that runs was cancelled and whoever asked for it knows; soon
-/// in any case.
+/// Ends the event loop once the running export is cancelled and its caller has the reply, or after
+/// a short time-out.
 QCoro::Task<void> quitWithoutExport(ExportSession& exports)
 {
     QTimer::singleShot(5s, qApp, &QCoreApplication::quit);
@@ -119,7 +118,7 @@ int runEditor(int argc, char** argv)
     std::signal(SIGPIPE, SIG_IGN);
     ReadySignal ready = ReadySignal::take();
 
-    // There is no window yet, so no display is asked for, even where there is one.
+    // There is no window yet, so run without a display even where there is one.
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QGuiApplication app(argc, argv);
     haveWorkersEnough();
@@ -131,21 +130,26 @@ int runEditor(int argc, char** argv)
     auto const followWorkspace = [&] { styles.follow(Workspace::url(defaults)); };
     followWorkspace();
     QObject::connect(&editor, &AppState::workspaceChanged, &styles.texts, followWorkspace);
-    QObject::connect(&editor.files(), &ProjectFiles::saved, &styles.texts, [&] { styles.syncStyles(); });
-    // Shared, since work that stalled may outlive what follows.
+    QObject::connect(&editor.files(), &ProjectFiles::saved, &styles.texts,
+                     [&] { styles.syncStyles(); });
+    // Shared, because stalled work may outlive the objects below.
     auto const fonts = std::make_shared<FontRegistry const>(carriedFontsFolder());
     auto const burner = std::make_shared<CaptionBurner const>(fonts);
     ExportSession exports(editor, burner);
     StillFrames stills(burner);
     ThumbnailWriter const thumbnails(editor, stills);
-    // Agents ask for pictures in bursts; between those an editor without work is to be small.
+    // Agents request frames in bursts; an idle editor should use little memory between them.
     QTimer idling;
     QObject::connect(&idling, &QTimer::timeout, [&stills] {
         QThreadPool::globalInstance()->start([&stills] { stills.closeReadersUnusedFor(1min); });
     });
     idling.start(30s);
     EditorReferences const references(editor, *fonts);
-    Toolbox const toolbox(allTools({{editor, Author::commandLine}, exports, stills, styles, *fonts,
+    Toolbox const toolbox(allTools({{editor, Author::commandLine},
+                                    exports,
+                                    stills,
+                                    styles,
+                                    *fonts,
                                     [] {
                                         QMetaObject::invokeMethod(qApp, &QCoreApplication::quit,
                                                                   Qt::QueuedConnection);

@@ -27,8 +27,8 @@ std::string executableFolder()
     return path.substr(0, path.rfind('/') + 1);
 }
 
-/// The editor, with all that it is linked to, is a module that only it loads: the client starts
-/// in a twentieth of the time.
+/// The editor and everything it links are loaded on demand, so the client starts twenty times
+/// faster.
 int runEditor(int argc, char** argv)
 {
     std::string const path = executableFolder() + "libframewright-editor.so";
@@ -39,7 +39,7 @@ int runEditor(int argc, char** argv)
         reinterpret_cast<EditorMain*>(::dlsym(module, "framewrightEditorMain"));
     if (!editorMain)
         return fail(::dlerror());
-    // Never unloaded: what it registers with the process lives as long as that.
+    // Never unloaded: it registers handlers with the process that must stay valid.
     return editorMain(argc, argv);
 }
 

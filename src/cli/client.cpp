@@ -1,9 +1,9 @@
 #include "cli/client.h"
 
-#include "cli/client_arguments.h"
-#include "cli/client_images.h"
-#include "cli/editor_launch.h"
-#include "cli/progress_bar.h"
+#include "cli/internal/client_arguments.h"
+#include "cli/internal/client_images.h"
+#include "cli/internal/editor_launch.h"
+#include "cli/internal/progress_bar.h"
 #include "model/file_url.h"
 
 #include <array>
@@ -29,10 +29,10 @@ namespace {
 
 enum Status { succeeded = 0, failed = 1, unreachable = 2 };
 
-/// A client sends one request, so any id tells its reply.
+/// A client sends a single request, so any id will do.
 constexpr int requestID = 1;
 
-/// How often a request is made that no editor has read.
+/// Attempts to send a request that no editor has read.
 constexpr int mostAttempts = 3;
 
 /// Written to by the first Ctrl-C. A signal handler can reach nothing else.
@@ -53,8 +53,8 @@ void catchInterrupt()
     ::sigaction(SIGINT, &action, nullptr);
 }
 
-/// Standard input, output and error exist from here on; were one missing, a socket or a file would
-/// get its number, and text would be written into it.
+/// Makes sure that descriptors 0 to 2 are open. Otherwise a socket or file could get one of these
+/// numbers, and output would be written into it.
 void openStandardDescriptors()
 {
     int descriptor = 0;
@@ -88,8 +88,8 @@ class Answers {
 public:
     explicit Answers(int socket) : m_socket(socket) {}
 
-    /// The reply; until it comes, progress is drawn and Ctrl-C cancels. None when the connection
-    /// ends before it or the editor says something that is no answer.
+    /// Waits for the reply, drawing progress and cancelling on Ctrl-C. None when the connection
+    /// ends first or the editor sends an invalid line.
     std::optional<Reply> reply()
     {
         while (auto const line = nextLine()) {
@@ -108,8 +108,8 @@ public:
         return std::nullopt;
     }
 
-    /// Whether the connection ended before the editor had read the request, as it does when one
-    /// that is ending no longer takes connections. The request can be made again.
+    /// Whether the connection ended before the editor read the request, as when the editor is
+    /// quitting. Such a request can safely be repeated.
     bool wasUnread() const { return m_wasReset && !m_hasCancelled; }
 
 private:
@@ -135,7 +135,7 @@ private:
         std::array<char, 65536> bytes;
         ssize_t const length = ::read(m_socket, bytes.data(), bytes.size());
         if (length < 0) {
-            // A closing socket tells of data left in it in this way.
+            // The peer closed the socket without reading everything.
             m_wasReset = errno == ECONNRESET;
             return errno == EINTR;
         }
@@ -161,7 +161,7 @@ private:
     bool m_hasCancelled = false;
 };
 
-/// A cache that agents fill would otherwise grow for ever.
+/// Without a limit, a cache filled by agents would grow for ever.
 constexpr std::size_t keptImages = 500;
 
 void print(std::FILE* stream, std::string_view text)
@@ -215,7 +215,7 @@ int ask(std::string const& line, ClientCommand const& command, std::string const
         }
         if (attempt == 1)
             catchInterrupt();
-        // Also when the editor did not take all of it: it may have said why.
+        // Even if the editor did not read all of it: it may have replied why.
         sendAll(connection.get(), line);
         Answers answers(connection.get());
         if (auto const reply = answers.reply())

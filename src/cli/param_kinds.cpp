@@ -1,7 +1,7 @@
 #include "cli/param_kinds.h"
 
-#include "cli/font_names.h"
-#include "cli/number_text.h"
+#include "cli/internal/font_names.h"
+#include "cli/internal/number_text.h"
 #include "cli/references.h"
 #include "cli/tool_error.h"
 #include "cli/values.h"

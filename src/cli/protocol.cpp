@@ -1,6 +1,6 @@
 #include "cli/protocol.h"
 
-#include "cli/base64.h"
+#include "cli/internal/base64.h"
 #include "model/file_url.h"
 
 namespace framewright {

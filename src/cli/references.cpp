@@ -1,6 +1,6 @@
 #include "cli/references.h"
 
-#include "cli/near_words.h"
+#include "cli/internal/near_words.h"
 #include "cli/tool_error.h"
 #include "cli/values.h"
 #include "styles/style_list.h"
@@ -63,7 +63,7 @@ bool beginsWith(Id const& id, std::string_view prefix)
     return !prefix.empty() && equalIgnoringCase(id.text().substr(0, prefix.size()), prefix);
 }
 
-/// Whether a text can be the beginning of an id, long enough to stand for it.
+/// Whether a text can be the beginning of an id, long enough to identify it.
 bool looksLikeId(std::string_view text)
 {
     constexpr std::string_view hexDigits = "0123456789abcdefABCDEF";

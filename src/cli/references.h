@@ -24,7 +24,7 @@ struct BarPlace {
     CaptionBar const* bar = nullptr;
 };
 
-/// A reference, a track's name (in any case, where no name is the very same), or the beginning of
+/// A reference, a track's name (in any case unless one matches exactly), or the beginning of
 /// its id.
 Track const& resolveTrack(Project const& project, std::string_view reference);
 
@@ -32,13 +32,13 @@ ClipPlace resolveClip(Project const& project, std::string_view reference);
 
 BarPlace resolveBar(Project const& project, std::string_view reference);
 
-/// Either of the two; a clip when it can be neither, so that the sentence speaks of clips.
+/// A clip or a bar. What can be neither is looked up as a clip, so the error speaks of clips.
 std::variant<ClipPlace, BarPlace> resolveItem(Project const& project, std::string_view reference);
 
 /// By name, or by id or its beginning.
 MediaAsset const& resolveAsset(Project const& project, std::string_view nameOrID);
 
-/// The saved look of this name, in any case where no name is the very same, or with this id or the
+/// The saved look of this name, in any case unless one matches exactly, or with this id or the
 /// beginning of it; null when there is none.
 CaptionStyle const* findLook(std::span<CaptionStyle const> looks, std::string const& nameOrID);
 /// The same. Throws ToolError naming those there are; `what` is what they are called, in the
@@ -50,7 +50,7 @@ CaptionStyle const& favorite(std::span<CaptionStyle const> looks, std::string co
 std::string trackRef(Project const& project, Track const& track);
 /// "v1 (Video 1)"
 std::string trackTitle(Project const& project, Track const& track);
-/// "v1:2", of a clip or bar that stands on the track.
+/// "v1:2", of a clip or bar on the track.
 std::string clipRef(Project const& project, Track const& track, Clip const& clip);
 std::string barRef(Project const& project, Track const& track, CaptionBar const& bar);
 

@@ -1,6 +1,6 @@
 #include "cli/server.h"
 
-#include "cli/line_server.h"
+#include "cli/internal/line_server.h"
 #include "cli/protocol.h"
 
 #include <QCoreApplication>
@@ -75,11 +75,11 @@ private:
     std::shared_ptr<LineServer> m_lines;
 };
 
-/// Tells the commands that the test accepts to stop.
+/// Requests a stop of the commands that the predicate selects.
 template <class Test>
 void CLIServer::Session::requestStop(Test const& test)
 {
-    // A command may end at once and leave the table, so the table is done with first.
+    // A stopped command may end at once and remove itself, so collect before stopping.
     std::vector<std::stop_source> sources;
     for (auto const& [line, command] : m_running) {
         if (test(line, command.id))
@@ -116,7 +116,7 @@ LineServer::Callbacks CLIServer::Session::callbacks()
     };
 }
 
-/// Has the main thread do something. From the server's thread.
+/// Posts a call to the main thread. Called on the server's thread.
 void CLIServer::Session::post(std::function<void()> work)
 {
     {

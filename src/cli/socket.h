@@ -11,8 +11,8 @@ namespace framewright {
 
 /// The local socket between the command-line client and the running editor, and the lines on it.
 ///
-/// Only the user's own processes meet here: the socket's folder and file are private to the user,
-/// and each side looks at who the other one is.
+/// Only processes of the same user can connect: the socket's folder and file are private, and both
+/// sides check the peer's user id.
 class CLISocket {
 public:
     /// The socket couldn't be opened. `what()` is the whole text, `cause` is for code.
@@ -47,7 +47,7 @@ public:
     /// A socket that waits for clients, and the lock that makes its editor the only one.
     struct Listener {
         Descriptor socket; ///< Non-blocking.
-        Descriptor lock;   ///< Held until closed. Given up by the system when the process dies.
+        Descriptor lock;   ///< Held until closed. Released by the system when the process dies.
         std::string file;  ///< The socket's, to be removed before the lock is given up.
     };
 

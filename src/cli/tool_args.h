@@ -54,7 +54,7 @@ public:
     ReferenceContext const& references() const { return *m_references; }
     Progress const& progress() const { return m_progress; }
 
-    /// Stopped, on the main thread, when the client cancels the command or goes away.
+    /// A stop is requested, on the main thread, when the client cancels the command or disconnects.
     std::stop_token stopToken() const { return m_stop; }
     /// Throws ToolError when the command was cancelled.
     void throwIfCancelled() const;

@@ -1,6 +1,6 @@
 #include "cli/toolbox.h"
 
-#include "cli/near_words.h"
+#include "cli/internal/near_words.h"
 #include "cli/protocol.h"
 #include "cli/refusal_sentences.h"
 

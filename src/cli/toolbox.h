@@ -20,8 +20,8 @@ struct ToolCall {
     std::stop_token stop{};
 };
 
-/// Every command there is. It finds the one that is called, checks what it was given, runs it and
-/// turns whatever goes wrong into an answer.
+/// The registry of all commands. It finds a command, checks its arguments, runs it and turns any
+/// failure into a reply.
 ///
 /// Lives on the main thread. It must outlive its calls.
 class Toolbox {

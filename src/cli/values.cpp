@@ -1,6 +1,6 @@
 #include "cli/values.h"
 
-#include "cli/number_text.h"
+#include "cli/internal/number_text.h"
 #include "cli/tool_error.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-#include "cli/client_arguments.h"
+#include "cli/internal/client_arguments.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
-#include "cli/client_images.h"
+#include "cli/internal/client_images.h"
 
-#include "cli/progress_bar.h"
+#include "cli/internal/progress_bar.h"
 #include "temporary_folder.h"
 
 #include <gmock/gmock.h>

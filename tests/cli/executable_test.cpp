@@ -198,14 +198,14 @@ TEST_F(LaunchTest, TheEditorIsLaunchedOnce)
     EXPECT_EQ(second.out, first.out) << second.error;
     EXPECT_EQ(run({"status"}).out, first.out);
 
-    // It stands by itself: not in the client's folder, session or streams.
+    // It is detached from the client's folder, session and streams.
     std::string const process = "/proc/" + first.out.substr(0, first.out.size() - 1);
     EXPECT_EQ(fs::read_symlink(process + "/cwd"), "/");
     EXPECT_EQ(fs::read_symlink(process + "/fd/0"), "/dev/null");
     EXPECT_EQ(fs::read_symlink(process + "/fd/2"), support() / "editor.log");
     EXPECT_EQ(fs::status(support()).permissions(), fs::perms::owner_all);
 
-    // Another one sees that it is not wanted.
+    // A second editor sees that one is running.
     Ended const direct = Child({executable.native()}, home.path(), home / "current").wait();
     EXPECT_EQ(direct.status, 4);
     EXPECT_EQ(direct.error, "Framewright is already running.\n");
@@ -217,7 +217,7 @@ TEST_F(LaunchTest, AnEditorThatDiesStopsAnswering)
     Ended const ended = run({"crash"});
     EXPECT_EQ(ended.status, 2);
     EXPECT_EQ(ended.error, "Framewright stopped answering. Open the app and try again.\n");
-    // The file it left behind is no obstacle.
+    // The stale socket file is replaced.
     EXPECT_TRUE(fs::exists(support() / "cli.sock"));
     EXPECT_EQ(run({"echo", "again"}).out, "again\n");
 }

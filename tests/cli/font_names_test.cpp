@@ -1,4 +1,4 @@
-#include "cli/font_names.h"
+#include "cli/internal/font_names.h"
 
 #include "cli/tool_error.h"
 

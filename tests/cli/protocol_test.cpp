@@ -1,6 +1,6 @@
 #include "cli/protocol.h"
 
-#include "cli/base64.h"
+#include "cli/internal/base64.h"
 #include "cli/socket.h"
 #include "temporary_folder.h"
 

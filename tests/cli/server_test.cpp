@@ -1,6 +1,6 @@
 #include "cli/server.h"
 
-#include "cli/line_server.h"
+#include "cli/internal/line_server.h"
 #include "serving.h"
 #include "temporary_folder.h"
 #include "toy_editor.h"
@@ -50,7 +50,7 @@ TEST_F(ServerTest, AnswersRequestsHoweverTheyArrive)
 {
     whileServing([&] {
         RawClient client(path);
-        // Two in one piece, and one in many pieces, also through the middle of a character.
+        // Two lines in one write, and one line in many, split even within a character.
         client.send(echo(1, "one") + echo(2, "two"));
         std::set<std::string> answers{textOf(client), textOf(client)};
         EXPECT_EQ(answers, (std::set<std::string>{"one", "two"}));
@@ -160,7 +160,7 @@ TEST_F(ServerTest, ClientsThatVanishHarmNothing)
         EXPECT_EQ(textOf(client), "alive");
     });
     EXPECT_TRUE(waits);
-    // Its client had gone, so the command was told to stop.
+    // Its client had disconnected, so the command was asked to stop.
     while (editor.cancelled == 0)
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
 }

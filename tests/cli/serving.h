@@ -28,7 +28,7 @@ inline void whileServing(std::function<void()> const& clients)
     thread.join();
 }
 
-/// A client that says whatever it is told to.
+/// A client that sends whatever a test wants.
 class RawClient {
 public:
     explicit RawClient(std::filesystem::path const& path) : m_socket(CLISocket::connect(path)) {}

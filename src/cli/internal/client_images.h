@@ -23,11 +23,11 @@ imagePaths(std::size_t count, std::string const& command, std::optional<std::str
            std::filesystem::path const& folder, std::chrono::system_clock::time_point now,
            std::function<bool(std::filesystem::path const&)> const& isFree);
 
-/// Removes the oldest of the images of such names from a cache folder, so that `keep` are left.
-/// Other files are not touched; what can't be removed stays.
+/// Removes the oldest images with such names from a cache folder until `keep` are left. Other files
+/// are not touched, and failures are ignored.
 void removeOldImages(std::filesystem::path const& folder, std::size_t keep);
 
-/// Where the images go that nobody gave a place.
+/// The default folder for images.
 std::filesystem::path framesCache(std::filesystem::path const& workspace);
 
 /// Whether a folder holds a workspace's files.
@@ -44,7 +44,7 @@ public:
 bool claim(std::filesystem::path const& path);
 
 /// Writes an image: first beside its place, then under its name. Makes the folders above it.
-/// Throws ImageError, with nothing left over.
+/// Throws ImageError and leaves no partial file.
 void writeImage(std::filesystem::path const& path, std::string_view bytes);
 
 } // namespace framewright

@@ -12,7 +12,7 @@ namespace framewright {
 ///     system:bold, mono:medium                   those of the system
 ///     DejaVuSans-Bold                            any of `installed`, which are PostScript names
 ///
-/// in any case. Throws ToolError for others, and names those that may be meant.
+/// in any case. Throws ToolError for others, with suggestions.
 std::string fontNamed(std::string_view text, std::span<std::string const> installed);
 
 } // namespace framewright

@@ -1,6 +1,6 @@
-#include "cli/client_arguments.h"
+#include "cli/internal/client_arguments.h"
 
-#include "cli/number_text.h"
+#include "cli/internal/number_text.h"
 #include "model/file_url.h"
 
 #include <algorithm>
@@ -28,7 +28,7 @@ bool returnsImages(std::string const& command)
     return name == "frame" || name == "contact_sheet";
 }
 
-/// The values one option was given, and their spelling where a value has lost it.
+/// The values of one option, and their original spelling where parsing lost it.
 struct Values {
     std::vector<json> values;
     std::vector<json> words;
@@ -54,7 +54,7 @@ struct Values {
     }
 };
 
-/// What follows the command, taken apart.
+/// The parsed words after the command.
 struct Words {
     std::map<std::string, Values> options;
     std::optional<std::string> imagePath;

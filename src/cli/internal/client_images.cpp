@@ -1,4 +1,4 @@
-#include "cli/client_images.h"
+#include "cli/internal/client_images.h"
 
 #include "platform/file_error.h"
 #include "platform/paths.h"
@@ -162,7 +162,7 @@ bool claim(fs::path const& path)
 
 void writeImage(fs::path const& path, std::string_view bytes)
 {
-    // Not flushed to the disk as documents are: it can be made again, and is wanted now.
+    // Not flushed to disk like documents: it can be made again, and speed matters more.
     makeFolderOf(path);
     fs::path const temporary = path.parent_path() / ("." + path.filename().native() + "." +
                                                      std::to_string(::getpid()) + ".tmp");

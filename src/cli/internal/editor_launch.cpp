@@ -1,4 +1,4 @@
-#include "cli/editor_launch.h"
+#include "cli/internal/editor_launch.h"
 
 #include "cli/ready_signal.h"
 #include "platform/file_error.h"
@@ -30,10 +30,10 @@ constexpr int mostLaunches = 3;
 
 constexpr std::uintmax_t fullLog = 4 * 1024 * 1024;
 
-/// Where the pipe of the ready signal stands in the editor.
+/// The descriptor of the ready signal's pipe in the editor.
 constexpr int readyDescriptor = 3;
 
-/// What a background editor says. One old log is kept, so it can't fill the disk.
+/// The log of a background editor. Only one old log is kept, so logs can't fill the disk.
 Descriptor openLog()
 {
     try {
@@ -49,8 +49,8 @@ Descriptor openLog()
     }
 }
 
-/// Becomes the editor, in a session of its own and holding nothing of the client's: neither its
-/// terminal, its folder nor the pipes of whoever runs it.
+/// Becomes the editor, in its own session and detached from the client's terminal, folder and
+/// pipes.
 [[noreturn]] void becomeEditor(std::string const& executable, int log, int ready)
 {
     ::setsid();
@@ -72,8 +72,8 @@ Descriptor openLog()
     ::_exit(127);
 }
 
-/// Starts an editor. The pipe tells when it is ready, and ends when it dies; none when there is no
-/// process to be had.
+/// Starts an editor. The pipe reports when it is ready and closes when it dies. None when no
+/// process could be started.
 Descriptor launch()
 {
     int ends[2];
@@ -136,7 +136,7 @@ Descriptor connectToEditor(std::filesystem::path const& socketPath)
         if (news == News::dead)
             isAlive = false;
 
-        // Also after a death: it may have found another editor that had just begun.
+        // Even if it died: it may have found another editor that had just started.
         if (Descriptor connection = CLISocket::connect(socketPath))
             return connection;
         if (!isAlive && launches == mostLaunches)

@@ -1,4 +1,4 @@
-#include "cli/near_words.h"
+#include "cli/internal/near_words.h"
 
 #include <algorithm>
 #include <numeric>

@@ -1,6 +1,6 @@
-#include "cli/line_server.h"
+#include "cli/internal/line_server.h"
 
-#include "cli/line_connection.h"
+#include "cli/internal/line_connection.h"
 
 #include <cerrno>
 #include <exception>
@@ -19,7 +19,7 @@ namespace framewright {
 
 namespace {
 
-/// How long to wait before another connection is tried when the system has no room for one.
+/// Delay before accepting again when the system is out of descriptors or memory.
 constexpr int roomlessPause = 100; // ms
 
 } // namespace
@@ -41,8 +41,8 @@ private:
     using Connections = std::map<ConnectionID, LineConnection>;
 
     void run();
-    /// Waits for something to do and says what: the entry of the wake-up, of the listener, then of
-    /// each connection in its order.
+    /// Polls. Returns the entries of the wake-up pipe, of the listener, then of each connection in
+    /// order.
     std::vector<pollfd> wait() const;
     void wake();
     bool takeWakeUp();
@@ -131,7 +131,7 @@ void LineServer::Loop::run()
     while (true) {
         std::vector<pollfd> const entries = wait();
         bool const goesOn = entries[0].revents == 0 || takeWakeUp();
-        // Also at the end: the answer of the command that ends the editor is among it.
+        // Also when stopping: the reply of the command that quits the editor may be among it.
         sendOutgoing();
         if (!goesOn)
             return;
@@ -199,7 +199,7 @@ void LineServer::Loop::acceptPending()
         if (!socket) {
             if (errno == EINTR || errno == ECONNABORTED)
                 continue;
-            // Without room the listener stays readable; asking on and on would help nobody.
+            // Out of resources, the listener stays readable: without a pause this loop would spin.
             m_isRoomless = errno != EAGAIN && errno != EWOULDBLOCK;
             return;
         }

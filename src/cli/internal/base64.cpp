@@ -1,4 +1,4 @@
-#include "cli/base64.h"
+#include "cli/internal/base64.h"
 
 #include <array>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "cli/number_text.h"
+#include "cli/internal/number_text.h"
 
 #include <charconv>
 

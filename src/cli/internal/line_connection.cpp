@@ -1,4 +1,4 @@
-#include "cli/line_connection.h"
+#include "cli/internal/line_connection.h"
 
 #include <array>
 #include <cerrno>
@@ -14,10 +14,10 @@ namespace {
 constexpr std::size_t pieceSize = 65536;
 constexpr int piecesATurn = 16;
 
-/// How much of a line that is too long is read away, so that its client gets to the answer.
+/// How much of an overlong line is read and discarded, so that its client gets to the reply.
 constexpr std::size_t mostSkipped = 1024 * 1024 * 1024;
 
-/// A buffer that has become larger is not kept once it is empty.
+/// A larger buffer is released once it is empty.
 constexpr std::size_t largestKept = 1024 * 1024;
 
 bool wouldBlock()

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "cli/line_server.h"
+#include "cli/internal/line_server.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -11,8 +11,8 @@
 
 namespace framewright {
 
-/// One client of a LineServer: what was read of it and not yet taken, what waits for an answer and
-/// what waits to be sent. Belongs to the server's thread.
+/// One client of a LineServer: its unprocessed input, its unanswered lines and its unsent
+/// output. Belongs to the server's thread.
 class LineConnection {
 public:
     LineConnection(CLISocket::Descriptor socket, LineServer::ConnectionID id,
@@ -23,20 +23,20 @@ public:
     bool wantsToRead() const;
     bool wantsToWrite() const { return !m_output.empty(); }
 
-    /// Whether nothing more is to come from it or to go to it.
+    /// Whether there is nothing left to read from it or to send to it.
     bool isFinished() const;
 
-    /// Reads what is there, a piece at a time so that others get their turn, and hands out the
-    /// lines. False when the connection is broken.
+    /// Reads available input, a limited amount per call so that other clients get their turn, and
+    /// hands out its lines. False when the connection is broken.
     bool read(LineServer::Callbacks const& callbacks);
 
-    /// Sends what goes without waiting. False when the connection is broken.
+    /// Sends as much as possible without blocking. False when the connection is broken.
     bool write();
 
     bool isWaiting(std::uint64_t line) const { return m_waiting.contains(line); }
     void setAnswered(std::uint64_t line);
 
-    /// Adds to what is to be sent, and sends what goes. False when the connection is broken or the
+    /// Queues output and sends as much as possible. False when the connection is broken or the
     /// client leaves too much unread.
     bool send(std::string text);
 

@@ -1,6 +1,6 @@
-#include "cli/font_names.h"
+#include "cli/internal/font_names.h"
 
-#include "cli/near_words.h"
+#include "cli/internal/near_words.h"
 #include "cli/tool_error.h"
 #include "text/font_options.h"
 
@@ -49,7 +49,7 @@ std::optional<std::string> offeredFont(std::string_view text)
     return std::nullopt;
 }
 
-/// "system:bold" of "System:Bold". Nothing when the text is of another form.
+/// "system:bold" for "System:Bold". Nothing when the text has another form.
 std::optional<std::string> systemFont(std::string_view text)
 {
     auto const colon = text.find(':');
@@ -68,7 +68,7 @@ std::optional<std::string> systemFont(std::string_view text)
                     std::string(text.substr(colon + 1)) + "\".");
 }
 
-/// What somebody may have meant, the likeliest first.
+/// Suggestions for a misspelt name, the likeliest first.
 std::vector<std::string> nearFonts(std::string_view text, std::span<std::string const> installed)
 {
     std::vector<std::string> names;
