@@ -30,7 +30,7 @@ std::vector<double> cutTimes(BuiltComposition const& composition)
     for (CompositionTrack const& track : composition.tracks) {
         for (CompositionSegment const& segment : track.segments) {
             if (segment.source == CompositionSegment::Source::footage &&
-                track.kind == CompositionTrack::Kind::picture && segment.timeRange.start.value > 0)
+                track.kind == CompositionTrack::Kind::video && segment.timeRange.start.value > 0)
                 cuts.push_back(segment.timeRange.start.seconds());
         }
     }

@@ -23,8 +23,8 @@ public:
 
     void erase(Id const& id);
 
-    /// What is drawn where no track has a picture. Without it those places are left to the canvas,
-    /// which is black too, but compositions have no filler track.
+    /// Drawn where no track has a clip. Without it the canvas shows there, which is black too, but
+    /// then compositions have no filler track.
     std::optional<LoadedAsset> filler = blackPlate();
 
     bool operator==(AssetStore const&) const = default;

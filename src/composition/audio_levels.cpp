@@ -28,9 +28,9 @@ float baseVolume(Track const& track, Clip const& clip, bool anySolo)
     return track.volume * clip.volume;
 }
 
-double duckFactor(double time, std::span<TimeSpan const> ranges)
+double duckFactor(double time, std::span<TimeRange const> ranges)
 {
-    for (TimeSpan const& range : ranges) {
+    for (TimeRange const& range : ranges) {
         if (range.start <= time && time <= range.end)
             return duckLevel;
         if (range.start - duckRamp < time && time < range.start)
@@ -61,7 +61,7 @@ std::vector<AudioMix::Step> steps(std::vector<VolumePoint> const& points)
 
 AudioMix CompositionBuilder::audioMix(Project const& project, TrackIDs const& trackIDs)
 {
-    std::vector<TimeSpan> const duckRanges = duckTriggerRanges(project);
+    std::vector<TimeRange> const duckRanges = duckTriggerRanges(project);
     bool const anySolo = hasSolo(project);
     AudioMix mix;
     for (Track const& track : project.tracks) {
@@ -75,17 +75,17 @@ AudioMix CompositionBuilder::audioMix(Project const& project, TrackIDs const& tr
             float const base = baseVolume(track, clip, anySolo);
             bool const isDucked = track.kind == TrackKind::audio && track.ducks && base > 0;
             auto const points =
-                envelope(clip, base, isDucked ? std::span(duckRanges) : std::span<TimeSpan>());
+                envelope(clip, base, isDucked ? std::span(duckRanges) : std::span<TimeRange>());
             levels.push_back({clip.id, steps(points)});
         }
     }
     return mix;
 }
 
-std::vector<TimeSpan> CompositionBuilder::duckTriggerRanges(Project const& project)
+std::vector<TimeRange> CompositionBuilder::duckTriggerRanges(Project const& project)
 {
     bool const anySolo = hasSolo(project);
-    std::vector<TimeSpan> ranges;
+    std::vector<TimeRange> ranges;
     for (Track const& track : project.tracks) {
         bool const triggers = track.kind == TrackKind::audio && !track.ducks && !track.isMuted &&
                               (track.isSolo || !anySolo) && track.volume > 0;
@@ -96,10 +96,10 @@ std::vector<TimeSpan> CompositionBuilder::duckTriggerRanges(Project const& proje
                 ranges.push_back({clip.timelineStart, clip.end()});
         }
     }
-    std::ranges::sort(ranges, {}, &TimeSpan::start);
+    std::ranges::sort(ranges, {}, &TimeRange::start);
 
-    std::vector<TimeSpan> merged;
-    for (TimeSpan const& range : ranges) {
+    std::vector<TimeRange> merged;
+    for (TimeRange const& range : ranges) {
         if (!merged.empty() && range.start - merged.back().end <= duckJoin)
             merged.back().end = std::max(merged.back().end, range.end);
         else
@@ -109,7 +109,7 @@ std::vector<TimeSpan> CompositionBuilder::duckTriggerRanges(Project const& proje
 }
 
 std::vector<VolumePoint> CompositionBuilder::envelope(Clip const& clip, float base,
-                                                      std::span<TimeSpan const> duckRanges)
+                                                      std::span<TimeRange const> duckRanges)
 {
     double const start = clip.timelineStart;
     double const end = clip.end();
@@ -118,7 +118,7 @@ std::vector<VolumePoint> CompositionBuilder::envelope(Clip const& clip, float ba
         if (start < time && time < end)
             times.insert(time);
     };
-    for (TimeSpan const& range : duckRanges) {
+    for (TimeRange const& range : duckRanges) {
         if (!(start < range.end && range.start < end))
             continue;
         addInside(range.start - duckRamp);

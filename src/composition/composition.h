@@ -16,7 +16,7 @@
 
 namespace framewright {
 
-/// Where a picture goes.
+/// Where a clip's frame is drawn.
 struct Placement {
     /// From the picture as stored, in pixels of its natural size, to the render.
     AffineTransform transform;
@@ -29,12 +29,12 @@ struct Placement {
     bool operator==(Placement const&) const = default;
 };
 
-/// A picture in the stack of an instruction.
+/// One clip in the stack of an instruction.
 struct Layer {
-    CompositionTrackID trackID = 0; ///< Whose picture it is.
+    CompositionTrackID trackID = 0; ///< The track that plays it.
     Id clipID;                      ///< Which clip of the track; nil for a black plate.
     Placement placement;
-    Size naturalSize;          ///< Of the picture that the placement was made for.
+    Size naturalSize;          ///< The frame size the placement was made for.
     bool isBlackPlate = false; ///< A placeholder or the filler: black, nothing is read.
     float opacity = 1;         ///< 0 to 1.
 
@@ -53,15 +53,15 @@ struct CompositorInstruction {
     bool operator==(CompositorInstruction const&) const = default;
 };
 
-/// How the picture of a composition is drawn.
+/// How the frames of a composition are drawn.
 struct VideoComposition {
     PixelSize renderSize; ///< Even.
     int framesPerSecond = 30;
     ColorTags colors = ColorTags::bt709();
     std::vector<CompositorInstruction> instructions; ///< In time order, without gap or overlap.
 
-    /// The index of the instruction in force at `time`: the first one before the piece, the last
-    /// one after it. There is always one.
+    /// The index of the instruction in force at `time`: the first one before the beginning, the
+    /// last one past the end. There is always one.
     std::size_t instructionIndexAt(MediaTime time) const;
 
     bool operator==(VideoComposition const&) const = default;
@@ -73,8 +73,8 @@ struct BuiltComposition {
     VideoComposition video;
     AudioMix audioMix;
 
-    std::map<Id, CompositionTrackID> pictureTracks; ///< By the id of the project's track.
-    std::map<Id, CompositionTrackID> soundTracks;   ///< By the id of the project's track.
+    std::map<Id, CompositionTrackID> videoTrackIDs; ///< By the id of the project's track.
+    std::map<Id, CompositionTrackID> audioTrackIDs; ///< By the id of the project's track.
     std::optional<CompositionTrackID> fillerTrack;
 
     double duration = 0;      ///< Seconds, to the end of the last clip of a video track.

@@ -47,7 +47,7 @@ std::vector<CompositionSegment> segments(Track const& track, AssetStore const& a
     for (Clip const& clip : inTimeOrder(track)) {
         ++number;
         LoadedAsset const* const asset = assets.find(clip.assetID);
-        if (!asset || !(kind == Kind::picture ? asset->hasVideo : asset->hasAudio))
+        if (!asset || !(kind == Kind::video ? asset->hasVideo : asset->hasAudio))
             continue;
         auto made = segment(clip, *asset, fmt::format("clip {} on {}", number, track.name));
         if (made.timeRange.start < made.timeRange.end)
@@ -58,7 +58,7 @@ std::vector<CompositionSegment> segments(Track const& track, AssetStore const& a
 
 CompositionTrack fillerTrack(CompositionTrackID id, LoadedAsset const& filler, double duration)
 {
-    CompositionTrack track{id, Kind::picture, {}};
+    CompositionTrack track{id, Kind::video, {}};
     for (double start = 0; filler.duration > 0 && duration - start > timeTolerance;
          start += filler.duration) {
         CompositionSegment piece;
@@ -88,17 +88,17 @@ BuiltComposition CompositionBuilder::build(Project const& project, AssetStore co
         if (track.kind != TrackKind::video && track.kind != TrackKind::audio)
             continue;
         if (track.kind == TrackKind::video)
-            built.pictureTracks[track.id] =
-                add({nextID(), Kind::picture, segments(track, assets, Kind::picture)});
-        if (auto sound = segments(track, assets, Kind::sound); !sound.empty())
-            built.soundTracks[track.id] = add({nextID(), Kind::sound, std::move(sound)});
+            built.videoTrackIDs[track.id] =
+                add({nextID(), Kind::video, segments(track, assets, Kind::video)});
+        if (auto sound = segments(track, assets, Kind::audio); !sound.empty())
+            built.audioTrackIDs[track.id] = add({nextID(), Kind::audio, std::move(sound)});
     }
     if (assets.filler)
         built.fillerTrack = add(fillerTrack(nextID(), *assets.filler, built.duration));
 
-    built.video = video(project, assets, built.pictureTracks, built.fillerTrack, built.duration,
+    built.video = video(project, assets, built.videoTrackIDs, built.fillerTrack, built.duration,
                         output, overlays);
-    built.audioMix = audioMix(project, built.soundTracks);
+    built.audioMix = audioMix(project, built.audioTrackIDs);
     return built;
 }
 

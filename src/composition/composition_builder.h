@@ -3,6 +3,7 @@
 #include "composition/asset_store.h"
 #include "composition/composition.h"
 #include "model/project.h"
+#include "model/time_range.h"
 
 #include <map>
 #include <optional>
@@ -11,18 +12,10 @@
 
 namespace framewright {
 
-/// What the picture's colours are to be.
+/// The colour space of the output.
 enum class DynamicRange {
     ofFootage, ///< BT.2020 HLG when any clip is HDR, else BT.709.
     standard,  ///< BT.709 always; HDR footage is mapped into it.
-};
-
-/// A stretch of time, both ends in it. Seconds.
-struct TimeSpan {
-    double start = 0;
-    double end = 0;
-
-    bool operator==(TimeSpan const&) const = default;
 };
 
 /// A level at a time on the timeline. Seconds; linear gain.
@@ -54,15 +47,15 @@ public:
     ///
     /// Its instructions cover [0, end of the last clip of a video track) in order, without gap or
     /// overlap; each one's layers run front to back. Places are render pixels, origin top left, y
-    /// down. A clip whose asset is not in the store plays nothing, and what lies beneath it shows.
+    /// down. A clip whose asset is not in the store plays nothing; tracks below it show through.
     /// `overlays` are drawn in front of the picture when the output burns text in. Equal arguments
     /// give equal compositions, so callers may cache them.
     static BuiltComposition build(Project const& project, AssetStore const& assets,
                                   Output const& output, std::span<Overlay const> overlays = {});
 
     /// How to draw a project whose tracks have these composition tracks. Tracks that are not in
-    /// `trackIDs` are left out. `end` is where the last instruction ends, when that is not at
-    /// `duration`; instructions that begin after it are left out.
+    /// `trackIDs` are skipped. `end` is where the last instruction ends, if not at `duration`; no
+    /// instruction begins after it.
     static VideoComposition video(Project const& project, AssetStore const& assets,
                                   TrackIDs const& trackIDs,
                                   std::optional<CompositionTrackID> fillerTrack, double duration,
@@ -75,15 +68,15 @@ public:
 
     /// When something plays that ducking tracks make room for. In time order; stretches less than
     /// half a second apart are one.
-    static std::vector<TimeSpan> duckTriggerRanges(Project const& project);
+    static std::vector<TimeRange> duckTriggerRanges(Project const& project);
 
     /// The level of a clip over its time: `base`, and a quarter of it while a duck range lasts,
     /// with a quarter of a second of straight ramp on either side. Points in time order.
     static std::vector<VolumePoint> envelope(Clip const& clip, float base,
-                                             std::span<TimeSpan const> duckRanges);
+                                             std::span<TimeRange const> duckRanges);
 
-    /// Where a picture goes: upright, fitted into the render, then scaled and moved by `transform`.
-    /// An asset without a picture gets an empty frame.
+    /// Where an asset is drawn: upright, fitted into the canvas, then scaled and moved by
+    /// `transform`. An asset that can't be seen gets an empty rectangle.
     static Placement placement(LoadedAsset const& asset, ClipTransform const& transform,
                                PixelSize renderSize);
 
@@ -99,8 +92,8 @@ PixelSize canvasWithLongSide(AspectPreset preset, double longSide);
 PixelSize canvasWithHeight(AspectPreset preset, int height);
 PixelSize canvasWithWidth(AspectPreset preset, int width);
 
-/// The screen that all HDR footage of the piece was graded on; nothing when clips differ in it or
-/// one of them doesn't say.
+/// The mastering display of the project's HDR footage; nothing when clips differ in it or one of
+/// them doesn't name it.
 std::optional<MasteringDisplay> exportMastering(Project const& project, AssetStore const& assets);
 
 /// The rate of most of the footage that is seen, by duration: 24, 25, 30, 50 or 60, whichever is

@@ -35,12 +35,12 @@ struct CompositionSegment {
     bool operator==(CompositionSegment const&) const = default;
 };
 
-/// What one track of a composition plays, picture or sound.
+/// The frames or the audio that one track plays.
 struct CompositionTrack {
-    enum class Kind { picture, sound };
+    enum class Kind { video, audio };
 
     CompositionTrackID id = 0;
-    Kind kind = Kind::picture;
+    Kind kind = Kind::video;
     /// By their starts. Only in documents that other programs wrote do they overlap.
     std::vector<CompositionSegment> segments;
 

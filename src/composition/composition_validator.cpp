@@ -28,7 +28,7 @@ bool playsThroughout(CompositionTrack const& track, MediaTimeRange const& range)
 bool canDraw(BuiltComposition const& composition, Layer const& layer, MediaTimeRange const& range)
 {
     CompositionTrack const* const track = composition.track(layer.trackID);
-    if (!track || track->kind != CompositionTrack::Kind::picture)
+    if (!track || track->kind != CompositionTrack::Kind::video)
         return false;
     return layer.isBlackPlate || layer.placement.frame.isEmpty() || playsThroughout(*track, range);
 }

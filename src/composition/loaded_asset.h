@@ -9,7 +9,7 @@
 
 namespace framewright {
 
-/// A media file that has been looked into: what is needed to place it and to play it.
+/// A probed media file: what is needed to place and to play it.
 struct LoadedAsset {
     std::filesystem::path file; ///< The file that is played; empty for the black plate.
     MediaKind kind = MediaKind::video;
@@ -21,7 +21,7 @@ struct LoadedAsset {
     /// Turns a picture of the natural size upright.
     AffineTransform preferredTransform;
 
-    bool hasVideo = false; ///< A moving picture or a photo.
+    bool hasVideo = false; ///< Footage or a photo.
     bool hasAudio = false;
     bool isHDR = false;
     std::optional<MasteringDisplay> mastering; ///< Of HDR footage whose file names it.
@@ -33,10 +33,10 @@ struct LoadedAsset {
     bool operator==(LoadedAsset const&) const = default;
 };
 
-/// The transform that turns a picture of `size` upright, its top left corner at the origin.
+/// The transform that rotates a frame of `size` upright, with its top left corner at the origin.
 AffineTransform uprightTransform(Orientation orientation, Size size);
 
-/// A black picture of 9:16, a minute long: what is seen where no track has a picture.
+/// Black, 9:16, a minute long: shown where no track has a clip.
 LoadedAsset blackPlate();
 
 } // namespace framewright

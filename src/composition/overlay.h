@@ -8,23 +8,23 @@ namespace framewright {
 
 struct PlacedImage;
 
-/// Something that is drawn only when it is seen: a piece may have thousands of captions, and a
-/// single frame of it needs one.
-class OverlayPicture {
+/// An image that is drawn on demand: a project may have thousands of captions, and a single frame
+/// needs one.
+class OverlayImage {
 public:
-    virtual ~OverlayPicture() = default;
+    virtual ~OverlayImage() = default;
 
     /// Draws it. Any thread may call; it is the same image each time, for anyone who asks.
     virtual std::shared_ptr<PlacedImage const> draw() const = 0;
 
     /// Whether both draw the same.
-    virtual bool isLike(OverlayPicture const& other) const = 0;
+    virtual bool isLike(OverlayImage const& other) const = 0;
 };
 
-/// A text, a caption or the name of a placeholder as it is burned into the picture.
+/// A text, a caption or the name of a placeholder, burned into the frames of a time range.
 struct Overlay {
     MediaTimeRange timeRange;
-    std::shared_ptr<OverlayPicture const> picture; ///< Never null.
+    std::shared_ptr<OverlayImage const> picture; ///< Never null.
 
     bool operator==(Overlay const& other) const
     {

@@ -28,13 +28,13 @@ constexpr double previewLongSide = 960;
 constexpr double hevcQuality = 22;
 constexpr std::size_t queuedFrames = 4;
 
-/// Of each decoder. Decoding is about a third of the work, and each thread more holds a picture.
+/// Of each decoder. Decoding is about a third of the work, and every thread holds another frame.
 int decoderThreads()
 {
     return std::max(2, int(std::thread::hardware_concurrency() / 2));
 }
 
-/// What is rendered: the frames from `start` on.
+/// The frames to export, from `start` on.
 struct Plan {
     std::shared_ptr<BuiltComposition const> composition;
     double start = 0;
@@ -88,7 +88,7 @@ struct Job {
             throw ExportError(ExportError::Cause::media, *problem);
     }
 
-    /// Looks into the file before it takes its place.
+    /// Checks the movie before it is moved to its final name.
     void check(std::filesystem::path const& written, WatchedWork& watched) const
     {
         throwIfStopped(watched.stop());
@@ -100,7 +100,7 @@ struct Job {
     }
 };
 
-/// Tells how far the export is, about once per percent of the pictures that are encoded.
+/// Reports progress, about once per percent of the frames.
 class ProgressReports {
 public:
     ProgressReports(int frames, WatchedWork& watched) : m_frames(frames), m_watched(watched) {}

@@ -19,16 +19,16 @@
 
 namespace framewright {
 
-/// An export didn't come about. `what()` is the whole sentence the user reads. No file was left.
+/// An export failed; no file was left behind. `what()` is the sentence shown to the user.
 class ExportError : public std::runtime_error {
 public:
     enum class Cause {
         emptyRange, ///< There is nothing between start and end.
-        cancelled,  ///< Somebody asked it to stop.
-        media,      ///< A source could not be read or the file not be written.
-        noSpace,    ///< The disk has not enough room for the file.
-        wrongFile,  ///< The file that was written is not the one that was to be.
-        stalled,    ///< Some of it hung: a disk or a file that doesn't answer.
+        cancelled,  ///< A stop was requested.
+        media,      ///< A source couldn't be read or the movie not be written.
+        noSpace,    ///< Not enough free disk space.
+        wrongFile,  ///< The movie written doesn't match what was requested.
+        stalled,    ///< No progress for too long, for example on a dead network disk.
     };
 
     ExportError(Cause errorCause, std::string const& sentence)
@@ -68,7 +68,7 @@ std::optional<Refusal> targetProblem(std::filesystem::path const& file);
 /// "Rendering, 12 s left", then "Finishing".
 using ExportProgress = std::function<void(double fraction, std::string_view stage)>;
 
-/// What an export learns from the machine. Tests put in their own.
+/// The machine as the exporter sees it; tests substitute their own.
 struct ExportSurroundings {
     /// Bytes that may be written in a folder.
     std::function<std::uintmax_t(std::filesystem::path const& folder)> freeSpace = freeBytes;
@@ -92,11 +92,11 @@ public:
     /// `progress` on that same thread, about once per percent, and stops soon after `stop` is
     /// requested.
     ///
-    /// Frame n shows the piece at start + n / rate. There are round(duration * rate) frames, and
+    /// Frame n shows the timeline at start + n / rate. There are round(duration * rate) frames, and
     /// at least one. Memory doesn't grow with the length.
-    /// The room on the disk is looked at before, and the finished file before it takes its place.
-    /// When nothing gets on for 30 seconds, it ends too; what hangs then is left to itself.
-    /// Throws ExportError; no file is left then, and one that stood there before stays.
+    /// Free disk space is checked first, and the finished movie before it is moved to its name. An
+    /// export without progress for 30 seconds is given up; the stalled thread is abandoned.
+    /// Throws ExportError; then no file is left, and an existing one is untouched.
     ExportResult run(ExportProgress const& progress = {}, std::stop_token stop = {}) const;
 
 private:

@@ -6,7 +6,7 @@ namespace framewright {
 
 FileIdentity FileIdentity::of(std::filesystem::path const& file)
 {
-    // One that cannot be looked at fails when it is opened, with a better sentence.
+    // If this fails, so will opening the file, with a better message.
     std::error_code ignored;
     return {file, std::filesystem::file_size(file, ignored),
             std::filesystem::last_write_time(file, ignored)};

@@ -5,7 +5,7 @@
 
 namespace framewright {
 
-/// A file as it stood when it was looked at: one that is written anew is another one.
+/// A file at a moment in time: once it is rewritten, its identity differs.
 struct FileIdentity {
     std::filesystem::path file;
     std::uintmax_t size = 0;
@@ -13,7 +13,7 @@ struct FileIdentity {
 
     static FileIdentity of(std::filesystem::path const& file);
 
-    /// Whether it was there, and a file.
+    /// Whether it existed and was a regular file.
     bool exists() const { return size != std::uintmax_t(-1); }
 
     bool operator==(FileIdentity const&) const = default;

@@ -61,7 +61,7 @@ private:
 
     Options const m_options;
     OpenReaders m_readers;
-    ReadPhotos m_photos;
+    OpenPhotos m_photos;
     OpeningAhead m_ahead;
     std::optional<Shown> m_shown;
 };

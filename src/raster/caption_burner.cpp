@@ -20,7 +20,7 @@ constexpr double bandTop = 0.4, bandBottom = 0.6;
 
 /// A text that is drawn when it is seen. Of several ways to set it the first is taken that leaves
 /// the canvas's lower edge free, or else the last.
-class TextPicture : public OverlayPicture {
+class TextPicture : public OverlayImage {
 public:
     TextPicture(std::vector<TextBlock> ways, std::shared_ptr<TextImages const> images)
         : m_ways(std::move(ways)), m_images(std::move(images))
@@ -38,7 +38,7 @@ public:
         return m_images->image(m_ways.back());
     }
 
-    bool isLike(OverlayPicture const& other) const override
+    bool isLike(OverlayImage const& other) const override
     {
         auto const* const text = dynamic_cast<TextPicture const*>(&other);
         return text && text->m_ways == m_ways && text->m_images == m_images;
@@ -55,7 +55,7 @@ bool isBlank(std::string const& text)
 }
 
 /// Whether something may be seen during the span, as the media engine rounds times.
-bool isDuring(std::optional<TimeSpan> const& span, double start, double end)
+bool isDuring(std::optional<TimeRange> const& span, double start, double end)
 {
     constexpr double rounding = 1.0 / MediaTime::timescale;
     return start < end &&
@@ -65,7 +65,7 @@ bool isDuring(std::optional<TimeSpan> const& span, double start, double end)
 /// Collects overlays in the order in which they are drawn.
 class Collection {
 public:
-    Collection(PixelSize canvas, std::optional<TimeSpan> during,
+    Collection(PixelSize canvas, std::optional<TimeRange> during,
                std::shared_ptr<TextImages const> images)
         : m_canvas(canvas), m_during(during), m_images(std::move(images))
     {
@@ -104,7 +104,7 @@ public:
 
 private:
     PixelSize m_canvas;
-    std::optional<TimeSpan> m_during;
+    std::optional<TimeRange> m_during;
     std::shared_ptr<TextImages const> m_images;
     std::vector<Overlay> m_overlays;
 };
@@ -233,10 +233,10 @@ bool coversNames(Clip const& clip, AssetStore const& assets, PixelSize canvas)
 }
 
 /// What is left of the spans when `hidden` is taken out.
-void takeOut(TimeSpan const& hidden, std::vector<TimeSpan>& spans)
+void takeOut(TimeRange const& hidden, std::vector<TimeRange>& spans)
 {
     for (std::size_t n = spans.size(); n-- > 0;) {
-        TimeSpan const span = spans[n];
+        TimeRange const span = spans[n];
         if (hidden.end <= span.start || span.end <= hidden.start)
             continue;
         spans.erase(spans.begin() + std::ptrdiff_t(n));
@@ -256,7 +256,7 @@ CaptionBurner::CaptionBurner(std::shared_ptr<FontRegistry const> fonts)
 
 std::vector<Overlay> CaptionBurner::overlays(Project const& project, AssetStore const& assets,
                                              PixelSize renderSize,
-                                             std::optional<TimeSpan> during) const
+                                             std::optional<TimeRange> during) const
 {
     Collection overlays(renderSize, during, m_images);
     for (PlaceholderPlate const& plate : placeholderPlates(project, assets, during))
@@ -274,15 +274,15 @@ std::vector<Overlay> CaptionBurner::overlays(Project const& project, AssetStore 
 
 std::vector<PlaceholderPlate> CaptionBurner::placeholderPlates(Project const& project,
                                                                AssetStore const& assets,
-                                                               std::optional<TimeSpan> during)
+                                                               std::optional<TimeRange> during)
 {
     PixelSize const canvas = canvasWithWidth(project.aspect, 1080);
     std::vector<PlaceholderPlate> plates;
-    std::vector<TimeSpan> covered; // By the tracks above.
+    std::vector<TimeRange> covered; // By the tracks above.
     for (Track const* track : project.videoTracks()) {
         if (track->isHidden)
             continue;
-        std::vector<TimeSpan> coveredHere;
+        std::vector<TimeRange> coveredHere;
         for (Clip const& clip : *track->clips) {
             if (!isDuring(during, clip.timelineStart, clip.end()))
                 continue;
@@ -290,10 +290,10 @@ std::vector<PlaceholderPlate> CaptionBurner::placeholderPlates(Project const& pr
                 coveredHere.push_back({clip.timelineStart, clip.end()});
             if (!clip.isPlaceholder())
                 continue;
-            std::vector<TimeSpan> seen = {{clip.timelineStart, clip.end()}};
-            for (TimeSpan const& span : covered)
+            std::vector<TimeRange> seen = {{clip.timelineStart, clip.end()}};
+            for (TimeRange const& span : covered)
                 takeOut(span, seen);
-            for (TimeSpan const& span : seen) {
+            for (TimeRange const& span : seen) {
                 if (isDuring(during, span.start, span.end))
                     plates.push_back({span.start, span.end, clip.placeholderName.value_or("")});
             }

@@ -9,33 +9,33 @@
 
 namespace framewright {
 
-/// Where the pictures of layers come from.
+/// Provides the frames of layers.
 class FrameSource {
 public:
     virtual ~FrameSource() = default;
 
-    /// The picture of the layer's clip at `time` seconds of the timeline, as stored: in any
-    /// format and size, not turned. The same picture shares its pixels each time. Nothing when the
-    /// track plays nothing there: the layer is left out then.
+    /// The frame of the layer's clip at `time` seconds of the timeline, as stored: in any format
+    /// and size, not rotated. Asked again, the same frame shares its pixels. Nothing when the track
+    /// plays nothing there; the layer is then skipped.
     /// Throws MediaError, which names the clip and the file.
     virtual std::optional<Frame> frame(Layer const& layer, double time) = 0;
 
-    /// What a picture is called in a sentence for people.
+    /// The clip's name in error messages.
     virtual std::string name(Layer const& layer, double time) const = 0;
 };
 
-/// Draws the pictures of a composition. One thread at a time.
+/// Composites the frames of a composition. One thread at a time.
 ///
-/// It does as little as it can: layers that nothing is seen of are never asked for, a picture that
-/// fits as it is goes through untouched, and one whose inputs are those of the picture before is
-/// that picture again.
+/// It avoids work: covered layers are never decoded, a frame that already has the canvas's size,
+/// format and colours is passed through, and if nothing changed since the last frame that one is
+/// returned again.
 class FrameCompositor {
 public:
     /// The source must outlive it.
     FrameCompositor(VideoComposition video, FrameSource& source);
     ~FrameCompositor();
 
-    /// The picture at `time` seconds: in the composition's size and colours, planar 4:2:0 with 8
+    /// The frame at `time` seconds: in the composition's size and colours, planar 4:2:0 with 8
     /// bits, or 10 for HLG. It may share its pixels with a source's or with an earlier one.
     Frame draw(double time);
 

@@ -8,7 +8,7 @@
 
 namespace framewright {
 
-/// A picture for the screen: 8-bit red, green, blue, in rows without padding, sRGB.
+/// An image for the screen: 8-bit red, green, blue, in rows without padding, sRGB.
 struct RGBImage {
     int width = 0;
     int height = 0;

@@ -10,7 +10,7 @@
 
 namespace framewright {
 
-/// Which moments of a piece a contact sheet is to show. Seconds.
+/// Which moments a contact sheet shows. Seconds.
 struct SheetMoments {
     std::optional<double> every = {}; ///< From one to the next; a twelfth of the range by default.
     std::vector<double> times = {};   ///< These instead of regular ones.
@@ -27,8 +27,7 @@ Outcome<std::vector<double>> sheetTimes(SheetMoments const& moments, double dura
 /// "0:04.50": minutes, seconds and hundredths.
 std::string timeLabel(double seconds);
 
-/// One picture of many frames, left to right and then down, each with its time below it, where it
-/// is wide enough to show that whole.
+/// An image of many frames in rows, each labelled with its time if it is wide enough for that.
 struct ContactSheet {
     int columns = 4;
     int frameWidth = 240; ///< Pixels.

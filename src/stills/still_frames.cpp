@@ -52,7 +52,7 @@ struct DrawingDesk {
 struct BuiltPiece {
     /// `times` is when pictures of it are wanted.
     BuiltPiece(Project const& project, AssetStore const& assets, CaptionBurner const& burner,
-               TimeSpan times, int pixels)
+               TimeRange times, int pixels)
         : size(stillSize(project.aspect, pixels)),
           framesPerSecond(exportFrameRate(project, assets)),
           lastFrame(lastFrameTime(project, assets))
@@ -62,7 +62,7 @@ struct BuiltPiece {
         // stretched by less than a pixel to even sides, of which the last pixel may be cut.
         PixelSize const canvas = baseCanvas(project.aspect);
         PixelSize const drawn{size.width + size.width % 2, size.height + size.height % 2};
-        TimeSpan const shown{shownTime(times.start), shownTime(times.end)};
+        TimeRange const shown{shownTime(times.start), shownTime(times.end)};
         auto built = std::make_shared<BuiltComposition>(CompositionBuilder::build(
             project, assets, {canvas, framesPerSecond, true, DynamicRange::standard},
             burner.overlays(project, assets, drawn, shown)));

@@ -17,13 +17,13 @@ namespace framewright {
 /// is.
 PixelSize stillSize(AspectPreset canvas, int width);
 
-/// When the last frame of a piece begins; 0 when it has no picture.
+/// When a project's last frame begins; 0 when it has none.
 double lastFrameTime(Project const& project, AssetStore const& assets);
 
-/// Single pictures of projects.
+/// Single frames of projects.
 ///
-/// It keeps the decoders it used last open, so the next picture of the same footage comes fast. A
-/// file that was changed since is opened anew. Any thread may call; a call blocks while it decodes,
+/// Recently used decoders stay open, so the next frame of the same footage is fast. A file that has
+/// changed is reopened. Any thread may call; a call blocks while it decodes,
 /// so never call it on the main thread.
 class StillFrames {
 public:

@@ -32,7 +32,7 @@ TEST(DuckRanges, AreWhereNonDuckingAudioPlays)
     struct Case {
         char const* name;
         Project piece;
-        std::vector<TimeSpan> ranges;
+        std::vector<TimeRange> ranges;
     };
     auto const changed = [](Project piece, auto const& change) {
         change(piece.tracks[1]);
@@ -73,7 +73,7 @@ TEST(Envelope, DropsToAQuarterWithRampsOutside)
     struct Case {
         char const* name;
         double start, end;
-        std::vector<TimeSpan> ranges;
+        std::vector<TimeRange> ranges;
         std::vector<VolumePoint> points;
     };
     for (Case const& c : {

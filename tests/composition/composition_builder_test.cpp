@@ -99,7 +99,7 @@ TEST(Placement, FitsThenScalesThenMoves)
                   {.cropTop = 0.25},
                   {1080, 1920},
                   {0, 480, 1080, 1440}},
-             Case{"no picture", soundOnly(), {.scale = 3}, {1080, 1920}, {0, 0, 0, 0}},
+             Case{"no picture", audioOnly(), {.scale = 3}, {1080, 1920}, {0, 0, 0, 0}},
          }) {
         Placement const placement = CompositionBuilder::placement(c.asset, c.transform, c.size);
         expectNear(placement.frame, c.frame, c.name);
@@ -281,8 +281,8 @@ TEST(CompositionTracks, PlayTheLoadedClipsInTimeOrder)
     });
     auto const built = CompositionBuilder::build(piece, store(), portraitOutput);
     ASSERT_EQ(built.tracks.size(), 4u); // Picture, its sound, music, filler.
-    EXPECT_EQ(built.pictureTracks, (std::map<Id, CompositionTrackID>{{piece.tracks[0].id, 1}}));
-    EXPECT_EQ(built.soundTracks,
+    EXPECT_EQ(built.videoTrackIDs, (std::map<Id, CompositionTrackID>{{piece.tracks[0].id, 1}}));
+    EXPECT_EQ(built.audioTrackIDs,
               (std::map<Id, CompositionTrackID>{{piece.tracks[0].id, 2}, {piece.tracks[1].id, 3}}));
     EXPECT_EQ(built.fillerTrack, 4);
     EXPECT_EQ(built.duration, 3);
@@ -347,7 +347,7 @@ TEST(Instructions, RandomProjectsAreCoveredInOrder)
                 if (track.isHidden || found == track.clips->end() || found->assetID == unloaded)
                     continue;
                 expected.push_back(found->isPlaceholder() ? *built.fillerTrack
-                                                          : built.pictureTracks.at(track.id));
+                                                          : built.videoTrackIDs.at(track.id));
             }
             expected.push_back(*built.fillerTrack);
             // Slivers of a tick or two may belong to either side.

@@ -78,7 +78,7 @@ TEST(ExportChecks, WatchOnlyTheFilesThatTakePart)
             segment.timeRange = second(n);
             track.segments.push_back(segment);
             bool const isPlayed = std::isupper(clips[n]);
-            if (kind == CompositionTrack::Kind::sound) {
+            if (kind == CompositionTrack::Kind::audio) {
                 float const volume = isPlayed ? 1.0f : 0.0f;
                 composition.audioMix.tracks[track.id].push_back(
                     {segment.clipID, {{segment.timeRange, 0, volume}}});
@@ -90,13 +90,13 @@ TEST(ExportChecks, WatchOnlyTheFilesThatTakePart)
         }
         composition.tracks.push_back(track);
     };
-    add(CompositionTrack::Kind::picture, "ABC");
-    add(CompositionTrack::Kind::picture, "dEf");
-    add(CompositionTrack::Kind::sound, "ABG");
-    add(CompositionTrack::Kind::sound, "hi.");
+    add(CompositionTrack::Kind::video, "ABC");
+    add(CompositionTrack::Kind::video, "dEf");
+    add(CompositionTrack::Kind::audio, "ABG");
+    add(CompositionTrack::Kind::audio, "hi.");
 
     struct Case {
-        TimeSpan span;
+        TimeRange span;
         std::string files;
     };
     for (Case const& c : {

@@ -23,7 +23,7 @@ TEST_F(ClipFrames, ManyPhotosAtATimeAreReadOnceAndNotMuchLargerThanNeeded)
     BuiltComposition const built = CompositionBuilder::build(
         project(tracks), assets, {{270, 480}, 30, true, DynamicRange::standard});
     OpenReaders readers(1);
-    ReadPhotos photos(1);
+    OpenPhotos photos(1);
     OpeningAhead ahead(1, {});
     FrameDrawer::Options const options{.order = FrameDrawer::Order::forward};
     ClipFrameSource source(built, {readers, photos, ahead}, options);

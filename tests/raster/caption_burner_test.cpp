@@ -100,9 +100,9 @@ TEST(Burner, StacksTracksAndLeavesOutWhatIsNotSeen)
     auto const all = burner->overlays(piece, store(), canvas);
     EXPECT_THAT(timesOf(all), ElementsAre("0-2400", "0-2400", "0-900", "900-1800", "600-1200"));
     EXPECT_EQ(all, burner->overlays(piece, store(), canvas));
-    EXPECT_THAT(timesOf(burner->overlays(piece, store(), canvas, TimeSpan{2.5, 2.5})),
+    EXPECT_THAT(timesOf(burner->overlays(piece, store(), canvas, TimeRange{2.5, 2.5})),
                 ElementsAre("0-2400", "0-2400", "900-1800"));
-    EXPECT_THAT(timesOf(burner->overlays(piece, store(), canvas, TimeSpan{4.5, 4.9})), IsEmpty());
+    EXPECT_THAT(timesOf(burner->overlays(piece, store(), canvas, TimeRange{4.5, 4.9})), IsEmpty());
 }
 
 TEST(Burner, ShowsOneCaptionAtATime)
@@ -232,7 +232,7 @@ TEST_F(BurnedIn, AFramePaysForItsOwnTextsOnly)
     for (int n = 0; n < 2000; ++n)
         bars.push_back(bar(n * 0.5, n * 0.5 + 0.5, "Bar " + std::to_string(n)));
     Project const piece = project({captions(bars), videoTrack({placeholder("", 0, 1000)})});
-    EXPECT_EQ(burner->overlays(piece, assets, canvas, TimeSpan{500.2, 500.2}).size(), 2u);
+    EXPECT_EQ(burner->overlays(piece, assets, canvas, TimeRange{500.2, 500.2}).size(), 2u);
     auto const overlays = burner->overlays(piece, assets, canvas);
     EXPECT_EQ(overlays.size(), 2001u);
     auto const built = CompositionBuilder::build(piece, assets, {canvas, 30}, overlays);

@@ -9,7 +9,7 @@
 namespace framewright {
 
 /// An image as an overlay. It counts how often it was asked for.
-class PaintedOverlay : public OverlayPicture {
+class PaintedOverlay : public OverlayImage {
 public:
     explicit PaintedOverlay(PlacedImage image)
         : m_image(std::make_shared<PlacedImage const>(std::move(image)))
@@ -22,7 +22,7 @@ public:
         return m_image;
     }
 
-    bool isLike(OverlayPicture const& other) const override { return this == &other; }
+    bool isLike(OverlayImage const& other) const override { return this == &other; }
 
     mutable int timesDrawn = 0;
 

@@ -27,7 +27,7 @@ inline LoadedAsset moving(double width, double height, double frameRate = 30)
     return asset;
 }
 
-inline LoadedAsset soundOnly()
+inline LoadedAsset audioOnly()
 {
     LoadedAsset asset;
     asset.file = "/music.wav";
@@ -47,7 +47,7 @@ inline AssetStore store()
     still.file = "/photo.jpg";
     still.hasAudio = false;
     assets.insert(photo, still);
-    assets.insert(music, soundOnly());
+    assets.insert(music, audioOnly());
     LoadedAsset hdr = moving(3840, 2160);
     hdr.isHDR = true;
     assets.insert(hdrFootage, hdr);

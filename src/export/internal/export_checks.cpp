@@ -91,7 +91,7 @@ std::optional<std::string> spaceProblem(std::filesystem::path const& folder, std
                        sizeText(needed), sizeText(free), folder.string());
 }
 
-std::vector<FileIdentity> sourcesOf(BuiltComposition const& composition, TimeSpan span)
+std::vector<FileIdentity> sourcesOf(BuiltComposition const& composition, TimeRange span)
 {
     MediaTimeRange const range{MediaTime::fromSeconds(span.start),
                                MediaTime::fromSeconds(span.end)};

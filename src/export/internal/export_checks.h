@@ -14,7 +14,7 @@
 
 namespace framewright {
 
-/// What an export is to become.
+/// What was requested.
 struct ExpectedMovie {
     PixelSize size;
     int framesPerSecond = 30;
@@ -33,13 +33,13 @@ std::optional<std::string> spaceProblem(std::filesystem::path const& folder, std
                                         std::uintmax_t free);
 
 /// The files that are seen or heard in a stretch of a composition, as they stand now.
-std::vector<FileIdentity> sourcesOf(BuiltComposition const& composition, TimeSpan span);
+std::vector<FileIdentity> sourcesOf(BuiltComposition const& composition, TimeRange span);
 
-/// Which of the sources is another file by now: a sentence. One that is only gone does no harm to
-/// what has been read of it.
+/// A sentence naming a source that was changed meanwhile. A deleted one is no problem: what is open
+/// can still be read.
 std::optional<std::string> sourceProblem(std::vector<FileIdentity> const& sources);
 
-/// How a movie that was written is not what it was to be: a sentence. Nothing when it is.
+/// Whether the movie just written matches what was requested; if not, a sentence saying how.
 std::optional<std::string> movieProblem(MediaInfo const& found, ExpectedMovie const& expected);
 
 } // namespace framewright

@@ -53,7 +53,7 @@ AudioMixer::AudioMixer(BuiltComposition const& composition, AudioSource& source)
     : m_composition(composition), m_source(source)
 {
     for (CompositionTrack const& track : composition.tracks) {
-        if (track.kind == CompositionTrack::Kind::sound)
+        if (track.kind == CompositionTrack::Kind::audio)
             m_tracks.push_back(parts(track));
     }
 }

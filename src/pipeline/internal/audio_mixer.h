@@ -9,7 +9,7 @@
 
 namespace framewright {
 
-/// Mixes the sound of a composition: 48 kHz, stereo. One thread at a time.
+/// Mixes the audio of a composition: 48 kHz, stereo. One thread at a time.
 class AudioMixer {
 public:
     static constexpr int sampleRate = AudioMix::sampleRate;
@@ -17,7 +17,7 @@ public:
     /// Both must outlive it.
     AudioMixer(BuiltComposition const& composition, AudioSource& source);
 
-    /// Fills `interleaved` (left, right, …) with the piece from sample `first` on.
+    /// Fills `interleaved` (left, right, …) with the timeline's audio from sample `first` on.
     ///
     /// Each sample depends on its time alone: any order and any length of blocks gives the same.
     /// Clips begin and end on exact samples, with a fade of 3 ms against clicks, but where the next

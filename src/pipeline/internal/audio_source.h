@@ -7,7 +7,7 @@
 
 namespace framewright {
 
-/// Where the sound of segments comes from.
+/// Provides the audio of segments.
 class AudioSource {
 public:
     virtual ~AudioSource() = default;

@@ -9,10 +9,10 @@ namespace framewright {
 
 namespace {
 
-/// So many stay open beyond their use, for cuts back and forth.
+/// Readers kept open after use, for cuts back and forth.
 constexpr std::size_t kept = 24;
-/// What was heard so recently is playing: opening it again for each piece that is read would take
-/// far longer than the sound itself. Seconds of the timeline.
+/// A reader used this recently is still playing and is never closed: reopening it for every block
+/// would take far longer than reading. Seconds of the timeline.
 constexpr double recently = 1;
 
 } // namespace

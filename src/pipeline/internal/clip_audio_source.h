@@ -8,7 +8,7 @@
 
 namespace framewright {
 
-/// The sound of a composition's files. Each track has its own decoders, which its clips use one
+/// The audio of a composition's files. Each track has its own decoders, which its clips use one
 /// after the other; of many, those not used for longest are closed, but never what is playing. One
 /// thread at a time.
 class ClipAudioSource : public AudioSource {

@@ -47,7 +47,7 @@ ClipFrameSource::ClipFrameSource(BuiltComposition const& composition, Files file
 void ClipFrameSource::openAhead(double time)
 {
     for (CompositionTrack const& track : m_composition.tracks) {
-        if (track.kind != CompositionTrack::Kind::picture)
+        if (track.kind != CompositionTrack::Kind::video)
             continue;
         CompositionSegment const* const next = opensNext(track, time);
         if (!next)
@@ -133,7 +133,7 @@ Frame ClipFrameSource::footage(CompositionTrack const& track, CompositionSegment
         leave(track, time);
         playing = {&segment, reader(track, segment, time), std::nullopt};
     }
-    // A time that was rounded into the segment must not show what lies before its beginning.
+    // A time that was rounded into the segment must not show source frames before the cut.
     double const start = segment.timeRange.start.seconds();
     return playing.reader->frameAt(segment.sourceTimeAt(std::max(time, start)));
 }
@@ -170,7 +170,7 @@ Frame ClipFrameSource::still(Layer const& layer, CompositionTrack const& track,
     return *playing.photo;
 }
 
-/// Lets go of what tracks held that play nothing any more.
+/// Releases the files of tracks whose clip has ended.
 void ClipFrameSource::closeFinished(double time)
 {
     for (auto const& [id, playing] : m_playing) {
@@ -179,7 +179,7 @@ void ClipFrameSource::closeFinished(double time)
     }
 }
 
-/// Lets go of what the track held, before the next is opened: there need not be room for both.
+/// Releases the track's decoder or photo, before the next one is opened, to save memory.
 void ClipFrameSource::leave(CompositionTrack const& track, double time)
 {
     CompositionSegment const* const left = std::exchange(m_playing[track.id], {}).segment;

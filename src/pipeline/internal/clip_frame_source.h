@@ -17,7 +17,7 @@ public:
     /// The files it uses outlive it, so that a source for an edited composition goes on with them.
     struct Files {
         OpenReaders& readers;
-        ReadPhotos& photos;
+        OpenPhotos& photos;
         OpeningAhead& ahead;
     };
 

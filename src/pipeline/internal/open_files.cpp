@@ -52,7 +52,7 @@ void OpenReaders::close(std::filesystem::path const& file, int lane)
     });
 }
 
-Frame ReadPhotos::photo(std::filesystem::path const& file, int maxSide)
+Frame OpenPhotos::photo(std::filesystem::path const& file, int maxSide)
 {
     FileIdentity const identity = FileIdentity::of(file);
     auto const found = std::ranges::find_if(m_read, [&](Read const& read) {

@@ -50,9 +50,9 @@ private:
 };
 
 /// Photos that have been read. One thread at a time.
-class ReadPhotos {
+class OpenPhotos {
 public:
-    explicit ReadPhotos(std::size_t capacity) : m_capacity(capacity) {}
+    explicit OpenPhotos(std::size_t capacity) : m_capacity(capacity) {}
 
     /// The photo, upright, no side longer than `maxSide`. The same one shares its pixels.
     Frame photo(std::filesystem::path const& file, int maxSide);

@@ -29,7 +29,7 @@ bool isAligned(void const* data, std::ptrdiff_t stride)
            std::size_t(stride) % alignment == 0;
 }
 
-/// A picture as zimg is told of it.
+/// A frame's format, as zimg needs it.
 struct Format {
     int width = 0;
     int height = 0;
@@ -136,7 +136,7 @@ Graph buildGraph(Format const& from, Format const& to)
     return graph;
 }
 
-/// A picture with even sides and aligned rows: the frame itself, or a copy whose last row and
+/// A frame with even sides and aligned rows: the frame itself, or a copy whose last row and
 /// column are repeated.
 Frame suited(Frame const& frame)
 {

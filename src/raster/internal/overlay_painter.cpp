@@ -102,7 +102,7 @@ OverlayPainter::Converted OverlayPainter::converted(PlacedImage const& image,
     return made;
 }
 
-OverlayPainter::Kept OverlayPainter::kept(std::shared_ptr<OverlayPicture const> const& picture,
+OverlayPainter::Kept OverlayPainter::kept(std::shared_ptr<OverlayImage const> const& picture,
                                           Frame const& canvas)
 {
     auto const image = picture->draw();

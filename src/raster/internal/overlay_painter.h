@@ -14,7 +14,7 @@ namespace framewright {
 /// it is, and forgotten when it goes.
 class OverlayPainter {
 public:
-    using Pictures = std::vector<std::shared_ptr<OverlayPicture const>>;
+    using Pictures = std::vector<std::shared_ptr<OverlayImage const>>;
 
     /// Paints all of them, the last one foremost. Those of the call before that come again are
     /// neither drawn nor converted again; others are forgotten.
@@ -30,12 +30,12 @@ private:
         Frame chromaMask;
     };
     struct Kept {
-        std::shared_ptr<OverlayPicture const> picture;
+        std::shared_ptr<OverlayImage const> picture;
         PixelRect drawn; ///< On the canvas, with even edges; empty when nothing is seen.
         std::vector<Converted> converted; ///< One, or none when nothing is seen.
     };
 
-    static Kept kept(std::shared_ptr<OverlayPicture const> const& picture, Frame const& canvas);
+    static Kept kept(std::shared_ptr<OverlayImage const> const& picture, Frame const& canvas);
     static Converted converted(PlacedImage const& image, PixelRect const& drawn,
                                Frame const& canvas);
 

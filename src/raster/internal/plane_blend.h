@@ -4,8 +4,20 @@
 
 namespace framewright {
 
-/// How much of a layer is seen, 1 to 256: at 256 nothing of what is beneath it. What is not seen at
-/// all is not blended.
+// Blending of one plane over another, for layers with opacity, alpha masks and black plates.
+//
+// Frames are blended as coded: planar YUV, each plane by itself, without a detour through RGB,
+// which would cost two conversions per frame and resample chroma twice. Y, u and v are linear in
+// the gamma-coded R, G and B, so the result is the same as blending those, as editors and browsers
+// do.
+//
+// Weights are 256ths rather than 255ths: the division becomes a shift, and full weight is exact.
+// For bytes a sample times a weight then fits 16 bits, so the compiler handles twice as many
+// samples per vector instruction. A mask value of 255 is widened to 256, or opaque masks would
+// leave a trace of the layer beneath.
+
+/// Opacity in 256ths, 1 to 256; at 256 the layer hides what is beneath. Layers of weight 0 are not
+/// blended at all.
 using BlendWeight = int;
 inline constexpr BlendWeight fullWeight = 256;
 
@@ -17,18 +29,18 @@ Frame::Plane partOf(Frame::Plane const& plane, int x, int y, int width, int heig
 Frame::WritablePlane partOf(Frame::WritablePlane const& plane, int x, int y, int width, int height,
                             int bytesPerSample);
 
-/// Lays `from` over `to`; both are as large.
+/// Blends `from` over `to`, which has the same size.
 void blendPlane(Frame::WritablePlane const& to, Frame::Plane const& from, BlendWeight weight,
                 int bytesPerSample);
 
-/// The same, as much of each sample as `mask` says: bytes, 255 for all of it.
+/// The same, with an alpha mask of bytes.
 void blendPlane(Frame::WritablePlane const& to, Frame::Plane const& from, Frame::Plane const& mask,
                 BlendWeight weight, int bytesPerSample);
 
-/// Lays samples of one value over `to`.
+/// Blends a constant over `to`.
 void blendPlane(Frame::WritablePlane const& to, int value, BlendWeight weight, int bytesPerSample);
 
-/// Halves a mask on both sides, each sample the mean of four. The sides of `from` are even.
+/// Halves a mask in both directions by averaging. The sides of `from` are even.
 void halveMask(Frame::Plane const& from, Frame::WritablePlane const& to);
 
 } // namespace framewright

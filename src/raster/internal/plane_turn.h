@@ -5,7 +5,7 @@
 
 namespace framewright {
 
-/// How a stored picture is turned into the one that is shown: rows and columns are exchanged or
+/// How a stored frame is rotated for display: rows and columns are exchanged or
 /// not, then either axis is reversed or not. Every orientation is one of these eight.
 struct Turn {
     bool transposes = false;
