@@ -4,6 +4,9 @@
 #include "editor/commands/media_commands.h"
 
 #include <QImage>
+#include <QThreadPool>
+
+#include <latch>
 
 namespace framewright {
 
@@ -14,7 +17,7 @@ void putPhoto(std::filesystem::path const& file, int width)
 {
     std::filesystem::create_directories(file.parent_path());
     QImage image(width, 16, QImage::Format_RGB888);
-    image.fill(Qt::red);
+    image.fill(Qt::red); // Larger photos are larger files, so a changed one is noticed.
     ASSERT_TRUE(image.save(QString::fromStdString(file.string())));
 }
 
@@ -35,6 +38,24 @@ void putWave(std::filesystem::path const& file, std::uint32_t seconds)
     put(file, wave);
 }
 
+/// Holds back all work on other threads until it is released.
+class BusyWorkers {
+public:
+    BusyWorkers()
+    {
+        m_workers.setMaxThreadCount(1);
+        m_workers.start([&released = m_released] { released.wait(); });
+    }
+    ~BusyWorkers() { m_workers.setMaxThreadCount(m_before); }
+
+    void release() { m_released.count_down(); }
+
+private:
+    QThreadPool& m_workers = *QThreadPool::globalInstance();
+    int const m_before = m_workers.maxThreadCount();
+    std::latch m_released{1};
+};
+
 double widthOf(AppState const& editor, Id const& asset)
 {
     LoadedAsset const* const loaded = editor.media().store().find(asset);
@@ -53,8 +74,6 @@ TEST(MediaPool, AFileThatWasReplacedIsProbedAgain)
     EXPECT_EQ(widthOf(home.editor(), asset), 32);
 
     putPhoto(file, 48);
-    std::filesystem::last_write_time(file, std::filesystem::file_time_type::clock::now() +
-                                               std::chrono::seconds(5));
     awaited(home.editor().media().refresh());
     EXPECT_EQ(widthOf(home.editor(), asset), 48);
 
@@ -72,32 +91,36 @@ TEST(MediaPool, AResultForAFileTheAssetNoLongerHasIsDropped)
     putPhoto(old, 32);
     putPhoto(now, 64);
     Id const asset = (*awaited(importMedia(home.editing(), {old})))[0].id;
-    std::filesystem::last_write_time(old, std::filesystem::file_time_type::clock::now() +
-                                              std::chrono::seconds(5));
+    putPhoto(old, 40);
 
-    auto const refreshing = home.editor().media().refresh(); // Probes old.png on a worker.
+    BusyWorkers workers;
+    auto refreshing = home.editor().media().refresh(); // Will probe old.png.
     Project project = home.editor().project();
     project.assets.edit()[asset].url.path = now.string();
     home.editor().commit(project, "Replace", Author::commandLine);
-    awaited(home.editor().media().refresh());
-
-    EXPECT_EQ(widthOf(home.editor(), asset), 64);
+    workers.release();
+    awaited(std::move(refreshing));
+    EXPECT_EQ(widthOf(home.editor(), asset), 32) << "What was found in old.png is of no use.";
     EXPECT_EQ(home.editor().project().asset(asset)->url.path, now.string());
+
+    awaited(home.editor().media().refresh());
+    EXPECT_EQ(widthOf(home.editor(), asset), 64);
 }
 
-TEST(MediaPool, AResultForAnotherProjectIsDropped)
+TEST(MediaPool, AResultForAProjectThatWasClosedIsDropped)
 {
     EditorHome home;
-    auto const first = home.startProject("First");
+    home.startProject("Closed");
     auto const file = home.folder / "photo.png";
     putPhoto(file, 32);
     (void)awaited(importMedia(home.editing(), {file}));
     awaited(home.files().save());
 
-    awaited(home.files().open(first)); // Opens the photo on a worker.
-    home.startProject("Second");
-    awaited(home.editor().media().loaded());
-    QCoreApplication::processEvents();
+    BusyWorkers workers;
+    auto loading = home.editor().media().load(); // Will probe the photo.
+    ASSERT_TRUE(awaited(home.files().close(ProjectFiles::Unsaved::keep)));
+    workers.release();
+    awaited(std::move(loading));
     EXPECT_EQ(home.editor().media().store(), AssetStore());
     EXPECT_TRUE(home.editor().media().problems().empty());
 }
