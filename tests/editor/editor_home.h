@@ -1,6 +1,6 @@
 #pragma once
 
-#include "../platform/test_folder.h"
+#include "platform/test_folder.h"
 
 #include "editor/commands/editing.h"
 #include "workspace/project_folders.h"

@@ -47,7 +47,7 @@ std::optional<std::string> fromBase64(std::string_view text)
     std::uint32_t group = 0;
     int bits = 0;
     for (char const c : text) {
-        int const value = values[static_cast<unsigned char>(c)];
+        std::int8_t const value = values[static_cast<unsigned char>(c)];
         if (value < 0)
             return std::nullopt;
         group = group << 6 | static_cast<std::uint32_t>(value);
