@@ -113,7 +113,7 @@ char const* patternOf(Reason reason)
         return "Audio tracks cannot be hidden; mute them instead.";
     case Reason::onlyVideoHasOpacity:
         return "Only video tracks have an opacity.";
-    case Reason::trackHasNoSound:
+    case Reason::trackHasNoAudio:
         return "Only video and audio tracks have sound.";
     case Reason::onlyAudioDucks:
         return "Only audio tracks duck.";
@@ -128,7 +128,7 @@ char const* patternOf(Reason reason)
         return "A photo cannot go on an audio track.";
     case Reason::audioOnVideoTrack:
         return "{name} is audio; it cannot go on a video track.";
-    case Reason::noSoundForAudioTrack:
+    case Reason::noAudioForAudioTrack:
         return "{name} has no sound; it cannot go on an audio track.";
     case Reason::notForPlaceholders:
         return "Placeholders go on video or audio tracks. {track} is a {trackKind} track; use "
@@ -217,7 +217,7 @@ char const* patternOf(Reason reason)
         return "A photo cannot replace an audio clip.";
     case Reason::audioForVideoClip:
         return "{name} is audio; it cannot replace a video clip.";
-    case Reason::noSoundToDetach:
+    case Reason::noAudioToDetach:
         return "Only video clips have sound to detach.";
     case Reason::alreadySilent:
         return "The clip is silent already.";

@@ -10,12 +10,12 @@
 
 namespace framewright {
 
-/// How a picture sits in the canvas. The defaults show all of it, fitted and centred.
+/// How a frame or image is placed in the canvas. The defaults fit all of it, centred.
 struct ClipTransform {
     double scale = 1;    ///< 1 fits the canvas.
     double offsetX = 0;  ///< From the centre, as a fraction of the canvas width.
     double offsetY = 0;  ///< From the centre, as a fraction of the canvas height; positive is down.
-    double cropLeft = 0; ///< Crops are fractions of the upright picture cut from each edge.
+    double cropLeft = 0; ///< Crops are fractions of the upright frame cut from each edge.
     double cropRight = 0;
     double cropTop = 0;
     double cropBottom = 0;

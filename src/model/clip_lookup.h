@@ -7,15 +7,15 @@
 
 namespace framewright {
 
-/// A clip of a project that is being edited, by its place: it stays good while the track's clips
-/// are copied for changing.
+/// A clip of a project that is being edited, by position: it stays valid when `edit` copies the
+/// track's clips.
 struct ClipSpot {
     Track* track = nullptr;
     std::size_t index = 0;
 
     Clip const& clip() const { return (*track->clips)[index]; }
 
-    /// The clip for changing. The track's clips are copied when another project shares them.
+    /// The clip, writable. Copies the track's clips when another project shares them.
     Clip& edit() const { return track->clips.edit()[index]; }
 };
 

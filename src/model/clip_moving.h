@@ -19,7 +19,7 @@ namespace framewright {
 Outcome<Placed> moveClip(Project project, Id const& clipID, double time,
                          std::optional<Id> const& toTrack = std::nullopt);
 
-/// How far nudged clips went.
+/// The result of a nudge.
 struct Nudged {
     Project project;
     double by = 0; ///< Seconds; less than asked where a neighbour or time 0 is near.

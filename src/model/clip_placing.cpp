@@ -64,7 +64,7 @@ double firstStart(std::span<CopiedClip const> clips)
     return first->clip.timelineStart;
 }
 
-/// Pastes one group; the refusal, or nothing when it went well.
+/// Pastes one group. Returns the refusal, if any.
 std::optional<Refusal> pasteGroup(PlacedClips& result, std::vector<Clip> group, TrackKind kind,
                                   std::optional<Id> trackID, double time, Id const& newTrackID)
 {

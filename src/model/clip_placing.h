@@ -10,8 +10,8 @@
 
 namespace framewright {
 
-// Every operation here works on its own project: moved in, it copies nothing but what it changes.
-// A refused one has changed nothing. Ids of what is new come from the caller and must be unused.
+// Each operation takes the project by value: moved in, only what changes is copied. A refused edit
+// changes nothing. The caller supplies unused ids for whatever is new.
 
 /// Where a clip landed.
 struct Placed {
@@ -51,7 +51,7 @@ struct NewPlaceholder {
     std::optional<double> time = {}; ///< Else the end of the track.
 };
 
-/// Lays a placeholder on a video or audio track.
+/// Puts a placeholder on a video or audio track.
 ///
 /// Refused as `place`, and when there is no video track and none was given.
 Outcome<Placed> addPlaceholder(Project project, NewPlaceholder const& placeholder);
@@ -77,7 +77,7 @@ struct PlacedClips {
 Outcome<PlacedClips> duplicateClips(Project project, std::span<Id const> clipIDs,
                                     std::span<Id const> newIDs);
 
-/// A clip as it was copied, and the kind of track it stood on.
+/// A copied clip and the kind of its track.
 struct CopiedClip {
     Clip clip;
     TrackKind kind = TrackKind::video;
@@ -85,12 +85,12 @@ struct CopiedClip {
 
 /// Pastes copied clips at `time`.
 ///
-/// Those of a kind go together to the preferred track of that kind, with their own spacing, by the
-/// rules of `place`; where there is none, a new track is added. The first clip of all is asked to
-/// go to `time`, later ones as much later as they were.
+/// Clips of one kind go as a group, with their spacing, to the preferred track of that kind, by the
+/// rules of `place`; if there is none, a track is added. The earliest clip aims for `time`; the
+/// others keep their distance from it.
 ///
-/// `newIDs` names the pasted clips, one for each copied one; `newTrackIDs` the tracks that may have
-/// to be added: one for each kind among the clips will do.
+/// `newIDs` names the pasted clips, one for each copied one; `newTrackIDs` the tracks that may
+/// be added: one for each kind among the clips is enough.
 ///
 /// Refused as `place`.
 Outcome<PlacedClips> pasteClips(Project project, std::span<CopiedClip const> clips,

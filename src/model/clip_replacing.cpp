@@ -20,7 +20,7 @@ std::optional<Refusal> replacementRefusal(MediaAsset const& asset, TrackKind kin
     return std::nullopt;
 }
 
-/// The whole of a file, standing in for `slot` as it was levelled and placed.
+/// A clip of the whole file with the id, level and placement of `slot`.
 Clip wholeFile(MediaAsset const& asset, Clip const& slot)
 {
     Clip clip;
@@ -32,7 +32,7 @@ Clip wholeFile(MediaAsset const& asset, Clip const& slot)
     return clip;
 }
 
-/// The other clip of the timeline that is to stand in for `slot`.
+/// The other clip, which replaces `slot`.
 Outcome<ClipSpot> sourceClip(Project& project, Id const& id, Clip const& slot)
 {
     if (id == slot.id)

@@ -17,18 +17,18 @@ struct Replacement {
     Id id; ///< The asset's or the clip's.
 };
 
-/// What now stands where the replaced clip stood.
+/// The result of a replacement.
 struct Replaced {
     Project project;
     Id clipID;
-    double length = 0;          ///< Of the clip that is there now.
-    double slotLength = 0;      ///< Of what was there before.
+    double length = 0;          ///< Of the new clip.
+    double slotLength = 0;      ///< Of the replaced clip.
     std::optional<Id> fillerID; ///< The placeholder over the rest of the slot.
 
     bool isShorter() const;
 };
 
-/// Puts a file or another clip of the timeline behind a clip or placeholder, in its spot.
+/// Replaces a clip or placeholder, in its spot, by a file or another clip of the timeline.
 ///
 /// A source at least as long takes the slot's length, a shorter one keeps its own. From a file the
 /// clip keeps its id, level and placement. Another clip keeps its id and brings its own in-point,
@@ -47,7 +47,7 @@ Outcome<Replaced> replaceClip(Project project, Id const& clipID, Replacement con
 ///     either     PPPPPAA   P by a file of 3 s:   PPPppAA
 ///
 /// The filler has the slot's name and note when that was a placeholder, else it is named after the
-/// file. A rest too short for a clip is left as without.
+/// file. A rest too short for a clip gets no filler.
 Outcome<Replaced> replaceClipReturningFiller(Project project, Id const& clipID,
                                              Replacement const& with, Id const& fillerID);
 

@@ -9,26 +9,26 @@
 
 namespace framewright {
 
-// Settings of a clip, which move nothing. All are refused when the clip is gone or its track
+// Settings of a clip: none moves anything. All are refused when the clip is gone or its track
 // locked.
 
-/// Applies a change to one clip, wherever it is.
+/// Applies a change to one clip.
 ///
-/// Whatever `change` does to its id, its asset and its times is put back: those have operations
-/// of their own, which keep the rules of the track.
+/// Its id, asset and times are restored afterwards: other operations change those, and keep the
+/// rules of the track.
 Outcome<Project> updateClip(Project project, Id const& clipID,
                             std::function<void(Clip&)> const& change);
 
 /// Sets the level, linear gain. Refused outside 0 to 1.5 and for texts.
 Outcome<Project> setClipVolume(Project project, Id const& clipID, float volume);
 
-/// Sets how the picture sits in the canvas.
+/// Sets how the clip is placed in the canvas.
 ///
 /// Refused on tracks other than video, for a crop outside 0 to 0.45 and a scale of 0 or less.
 Outcome<Project> setClipTransform(Project project, Id const& clipID,
                                   ClipTransform const& transform);
 
-/// Shows all of the picture again, fitted and centred.
+/// Shows the whole frame again, fitted and centred.
 Outcome<Project> resetClipTransform(Project project, Id const& clipID);
 
 /// Refused for other clips, and for an empty name.

@@ -36,7 +36,7 @@ std::optional<ClipSpot> clipToSplit(Project& project, std::optional<Id> const& p
     return spotWhere(*fallback, [&](Clip const& clip) { return clip.covers(time); });
 }
 
-/// Why a clip that was meant can't be cut at this time.
+/// Why this clip can't be cut at this time.
 Refusal refusedSplit(Project const& project, Id const& clipID, double time)
 {
     auto const place = findClip(project, clipID);
@@ -47,7 +47,7 @@ Refusal refusedSplit(Project const& project, Id const& clipID, double time)
     return {Reason::splitOutsideClip, Subject::clip(clipID), place->clip->range(), time};
 }
 
-/// The clip with its new edges, at the start they ask for.
+/// The clip with its new edges.
 Clip trimmed(Clip clip, Trim const& trim)
 {
     double const oldStart = clip.timelineStart;
@@ -61,7 +61,7 @@ Clip trimmed(Clip clip, Trim const& trim)
     return clip;
 }
 
-/// What plays no file has no beginning to run into: a head that grows shifts the range instead.
+/// A clip without a file has no source start to reach: extending its head shifts the range instead.
 void shiftToSourceStart(Clip& clip)
 {
     if (clip.sourceStart < 0) {
@@ -70,7 +70,7 @@ void shiftToSourceStart(Clip& clip)
     }
 }
 
-/// Cuts what is past the file by no more than the tolerance: edit after edit must not creep on.
+/// Cuts what exceeds the file within the tolerance, which repeated edits would otherwise add up.
 void snapToFile(Clip& clip, double runs)
 {
     if (clip.sourceStart < 0 && clip.sourceStart >= -timeTolerance)

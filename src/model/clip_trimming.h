@@ -7,7 +7,7 @@
 
 namespace framewright {
 
-/// The two halves of a clip that was cut.
+/// The two parts of a split clip.
 struct SplitClip {
     Project project;
     Id firstID;  ///< The clip that was cut; it keeps its id and start.
@@ -26,7 +26,7 @@ Outcome<SplitClip> split(Project project, std::optional<Id> const& preferring,
                          std::optional<Id> const& fallbackTrack, double time, Id const& newID);
 
 /// New edges of a clip. `start` and `end` are timeline times, the source follows; `in` and `out`
-/// are source times, the timeline start stays. Those that are not given stay as they follow.
+/// are source times, the timeline start stays. Edges not given follow from the others.
 struct Trim {
     std::optional<double> start = {};
     std::optional<double> end = {};
@@ -34,12 +34,12 @@ struct Trim {
     std::optional<double> out = {};
 };
 
-/// A trimmed clip, as it now stands.
+/// A trimmed clip's new times.
 struct Trimmed {
     Project project;
     double start = 0;
     double end = 0;
-    /// What a new start took from the head (less than 0: gave back), where the clip stays packed
+    /// What a new start took from the head (negative: gave back), where the clip stays packed
     /// on a magnetic track instead of starting there.
     std::optional<double> headTrimmedBy = {};
 };
@@ -47,18 +47,18 @@ struct Trimmed {
 /// Moves the edges of a clip.
 ///
 /// On a magnetic track the clips after it follow by the change of its length, and a new start trims
-/// its head where it stands. On a free track no other clip moves.
+/// its head in place. On a free track no other clip moves.
 ///
 /// Refused when the clip is gone or its track locked, and when it would be shorter than 0.1 s, or
 /// as a text longer than an hour, as a photo longer than 60 s, start before 0, play past its file,
 /// or overlap a neighbour of a free track.
 Outcome<Trimmed> trimClip(Project project, Id const& clipID, Trim const& trim);
 
-/// Slides which part of its file a clip plays: its in-point becomes `sourceStart`, its place and
+/// Changes which part of its file a clip plays: its in-point becomes `sourceStart`, its place and
 /// length stay.
 ///
 /// Refused when the clip is gone, its track locked or its file too short for it, and for photos,
-/// placeholders and texts, which have no range to slide.
+/// placeholders and texts, which have no range to slip.
 Outcome<Project> slipClip(Project project, Id const& clipID, double sourceStart);
 
 } // namespace framewright

@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::string_view scheme = "file://";
 
-bool standsAsItIs(unsigned char c)
+bool isUnreserved(unsigned char c)
 {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' ||
            c == '.' || c == '_' || c == '~' || c == '/';
@@ -30,7 +30,7 @@ std::size_t sequenceLength(std::string_view text)
         if ((byte(i) & 0xC0) != 0x80)
             return 0;
     }
-    // Overlong forms, surrogates and what lies beyond U+10FFFF.
+    // Overlong forms, surrogates and values above U+10FFFF.
     if ((lead == 0xE0 && byte(1) < 0xA0) || (lead == 0xED && byte(1) > 0x9F) ||
         (lead == 0xF0 && byte(1) < 0x90) || (lead == 0xF4 && byte(1) > 0x8F))
         return 0;
@@ -44,7 +44,7 @@ std::string FileURL::text() const
     std::string url(scheme);
     for (char const c : path) {
         auto const byte = static_cast<unsigned char>(c);
-        if (standsAsItIs(byte)) {
+        if (isUnreserved(byte)) {
             url += c;
         } else {
             url += '%';

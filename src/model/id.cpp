@@ -68,7 +68,7 @@ std::string Id::text() const
 
 std::size_t std::hash<framewright::Id>::operator()(framewright::Id const& id) const noexcept
 {
-    // The bytes are random but for the fixed ids, so the last eight are hash enough.
+    // Ids are random, or fixed ones that differ in the last byte: the last eight bytes hash well.
     std::size_t value = 0;
     std::memcpy(&value, id.m_bytes.data() + 8, sizeof value);
     return value;

@@ -15,7 +15,7 @@ namespace framewright {
 /// Its text form is the canonical one, 36 characters, upper case. Ids are ordered by that text.
 class Id {
 public:
-    /// The nil id, all zero. No value of a document carries it.
+    /// The nil id, all zero. Never used in a document.
     constexpr Id() = default;
 
     /// A fresh random id (version 4). Safe on any thread.

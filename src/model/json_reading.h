@@ -12,7 +12,7 @@
 namespace framewright {
 
 /// A place in a document, as a chain of keys and indexes up to the root. Lives on the stack while
-/// its value is read; its text is only made when something is to be said about it.
+/// its value is read; its text is only built for an error.
 class JsonPlace {
 public:
     JsonPlace() = default;
@@ -51,8 +51,8 @@ private:
     bool m_isIndex = false;
 };
 
-/// Reads document values out of parsed JSON by their stored fields. Collects the keys nobody asked
-/// for. Throws DocumentError.
+/// Reads document values out of parsed JSON by their stored fields. Collects unknown
+/// keys. Throws DocumentError.
 class JsonReader {
 public:
     using Json = nlohmann::json;
@@ -175,7 +175,7 @@ public:
             JsonPlace const valuePlace(place, i + 1);
             auto const [entry, isNew] = values.try_emplace(key);
             if (!isNew)
-                JsonPlace(place, i).fail("stands twice.");
+                JsonPlace(place, i).fail("appears twice.");
             read(json[i + 1], valuePlace, entry->second);
             if (entry->second.id != key)
                 JsonPlace(valuePlace, "id").fail("must be the id before it, " + key.text() + ".");
@@ -229,7 +229,7 @@ private:
     }
 };
 
-/// Parses `data`. Throws DocumentError with the line and column of what is wrong.
+/// Parses `data`. Throws DocumentError with the line and column of the error.
 nlohmann::json parseJson(std::string_view data);
 
 } // namespace framewright

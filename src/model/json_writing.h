@@ -14,8 +14,8 @@ namespace framewright {
 
 /// Writes document values as JSON text: two spaces of indent, keys sorted, shortest numbers.
 ///
-/// It writes text directly, without a tree of JSON values in between: saving a long project must
-/// not be felt.
+/// Writes text directly, without building a tree of JSON values: saving a long project must not be
+/// noticeable.
 class JsonWriter {
 public:
     std::string take()
@@ -162,7 +162,7 @@ private:
         m_text.append(digits.data(), end);
     }
 
-    /// JSON has no word for infinity or not-a-number, and no edit makes one.
+    /// JSON can't represent infinity or NaN, and no edit produces them.
     template <class T>
     void writeFinite(T value)
     {

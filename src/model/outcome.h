@@ -8,7 +8,7 @@
 
 namespace framewright {
 
-/// The result of an edit that has nothing to report but that it was made.
+/// The result of an edit that returns nothing else.
 struct Done {};
 
 /// What an edit made, or why it was refused.
@@ -25,8 +25,8 @@ public:
     T* operator->() { return &value(); }
     T const* operator->() const { return &value(); }
 
-    /// Only of a refused edit. An edit built on another passes its refusal on as it is, whatever
-    /// the other would have made: `if (!clip) return clip.refusal();`
+    /// Only for a refused edit. An edit built on another passes its refusal on, whatever type the
+    /// other returns: `if (!clip) return clip.refusal();`
     Refusal const& refusal() const
     {
         assert(!*this);

@@ -26,7 +26,7 @@ double lastEnd(Project const& project, TrackKind kind)
     return end;
 }
 
-bool mayHaveSound(Project const& project, Clip const& clip)
+bool mayHaveAudio(Project const& project, Clip const& clip)
 {
     MediaAsset const* const asset = project.asset(clip.assetID);
     return asset && asset->kind != MediaKind::image;
@@ -74,9 +74,9 @@ std::vector<Track const*> Project::transcribableTracks() const
 {
     std::vector<Track const*> found;
     for (Track const& track : tracks) {
-        bool const carriesSound = track.kind == TrackKind::video || track.kind == TrackKind::audio;
-        if (carriesSound && std::ranges::any_of(*track.clips, [&](Clip const& clip) {
-                return mayHaveSound(*this, clip);
+        bool const carriesAudio = track.kind == TrackKind::video || track.kind == TrackKind::audio;
+        if (carriesAudio && std::ranges::any_of(*track.clips, [&](Clip const& clip) {
+                return mayHaveAudio(*this, clip);
             }))
             found.push_back(&track);
     }

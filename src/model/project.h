@@ -11,7 +11,7 @@
 
 namespace framewright {
 
-/// A video: everything the timeline, the renderer, the exporter and the tools know about it.
+/// What is edited: the state that timeline, renderer, exporter and tools work on.
 struct Project {
     Shared<std::map<Id, MediaAsset>> assets; ///< Every file it refers to, by the asset's id.
     std::vector<Track> tracks;               ///< Top to bottom: earlier ones cover later ones.
@@ -25,7 +25,7 @@ struct Project {
     std::vector<Track const*> videoTracks() const;
     std::vector<Track const*> subtitleTracks() const;
 
-    /// Video and audio tracks with at least one clip that plays a file with sound or may have some.
+    /// Video and audio tracks with at least one clip that plays a file that may have audio.
     std::vector<Track const*> transcribableTracks() const;
 
     /// End of the last clip over the video tracks, or over the audio tracks. Seconds.
@@ -35,7 +35,7 @@ struct Project {
     bool operator==(Project const&) const = default;
 };
 
-/// Where a clip stands. Pointers live as long as the project they were taken from is unchanged.
+/// Where a clip is. Pointers are valid while the project they came from is unchanged.
 struct ClipPlace {
     Track const* track = nullptr;
     Clip const* clip = nullptr;
@@ -44,14 +44,14 @@ struct ClipPlace {
 /// The clip with this id, on whichever track.
 std::optional<ClipPlace> findClip(Project const& project, Id const& id);
 
-/// What is seen at a time: the clip of the topmost video track that is not hidden and has one
+/// The clip that is seen at a time: that of the topmost video track that is not hidden and has one
 /// there.
 std::optional<ClipPlace> topVideoClip(Project const& project, double time);
 
 /// The two tracks a new project starts with: a magnetic "Video 1" and a ducking "Audio 1".
 std::vector<Track> defaultTracks();
 
-/// A project with the default tracks and nothing on them.
+/// A project with empty default tracks.
 Project newProject(AspectPreset aspect = AspectPreset::portrait);
 
 } // namespace framewright

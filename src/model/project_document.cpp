@@ -11,7 +11,7 @@ std::string storedPath(FileURL const& url, std::optional<std::filesystem::path> 
 {
     std::filesystem::path const file(url.path);
     std::string const path = folder ? file.lexically_relative(*folder).string() : url.path;
-    // Nothing relative leads to another root; then only the whole path will do.
+    // No relative path leads to another root; store the absolute one.
     std::string const& usable = path.empty() ? url.path : path;
     return isValidUtf8(usable) ? usable : url.text();
 }
@@ -37,7 +37,7 @@ DecodedDocument decodeProjectDocument(std::string_view data)
     nlohmann::json const json = parseJson(data);
     JsonPlace const root;
 
-    // Looked at first: a newer document may have any shape, and is to be told from a broken one.
+    // Checked first: a newer document may have any shape, and must not be reported as broken.
     if (json.is_object() && json.contains("version") && json["version"].is_number_integer() &&
         json["version"].get<double>() > ProjectDocument::currentVersion)
         throw DocumentError("The project was written by a newer Framewright (format " +

@@ -15,14 +15,14 @@ namespace framewright {
 struct AssetRef {
     Id id;
     /// Relative to the project's folder where the document was made relative to one, else
-    /// absolute. A path that is not UTF-8 stands as its "file:" URL.
+    /// absolute. A path that is not UTF-8 is stored as its "file:" URL.
     std::string path;
-    std::optional<std::string> bookmark; ///< Base64; kept as it is, written by other systems only.
+    std::optional<std::string> bookmark; ///< Base64; preserved, written by other systems only.
 
     bool operator==(AssetRef const&) const = default;
 };
 
-/// A document that is not what it should be.
+/// A document is invalid.
 ///
 /// `what()` is the whole sentence, and names the place: "project.tracks[1].name is missing."
 class DocumentError : public std::runtime_error {
@@ -51,7 +51,7 @@ struct ProjectDocument {
     bool operator==(ProjectDocument const&) const = default;
 };
 
-/// A document that was read, and the places of the keys in it that this version does not know.
+/// A decoded document, and the paths of its keys that this version does not know.
 struct DecodedDocument {
     ProjectDocument document;
     std::vector<std::string> unknownKeys; ///< "project.tracks[0].colour"

@@ -4,11 +4,11 @@ namespace framewright {
 
 /// Why an edit was refused: one enumerator for each cause, for code to test.
 ///
-/// What each is about, where it is not plain, stands behind it: the refusal's subject, then its
-/// limits and its value. The sentences are made where the refusal is shown
+/// The comments name the refusal's subject, then its limits and its value, where it has them. The
+/// sentences are made where the refusal is shown
 /// (cli/refusal_sentences.h).
 enum class Reason {
-    // What the edit needs is not there.
+    // Something the edit needs is missing.
     noProject,
     trackGone,
     clipGone,
@@ -29,7 +29,7 @@ enum class Reason {
     subtitlesNeverMagnetic,
     audioNeverHidden,
     onlyVideoHasOpacity,
-    trackHasNoSound,
+    trackHasNoAudio,
     onlyAudioDucks,
 
     // What may be on which track
@@ -38,7 +38,7 @@ enum class Reason {
     textAndMediaApart,    ///< Texts go on text tracks, media on the others.
     photoOnAudioTrack,    ///< Asset.
     audioOnVideoTrack,    ///< Asset.
-    noSoundForAudioTrack, ///< Asset.
+    noAudioForAudioTrack, ///< Asset.
     notForPlaceholders,   ///< Neither a video nor an audio track. Track.
     placeholderKeepsKind, ///< It stays on its kind of track. Clip.
     clipKeepsKind,        ///< The same for other clips. Clip.
@@ -87,11 +87,11 @@ enum class Reason {
     noFileToBring,     ///< Clip: the one that is to replace another.
     photoForAudioClip, ///< Asset.
     audioForVideoClip, ///< Asset.
-    noSoundToDetach,
+    noAudioToDetach,
     alreadySilent,
     barsNotCopied, ///< Bars can't be duplicated.
 
-    // Pictures and exports
+    // Frames and exports
     noPicture,
     tooManyFrames, ///< Value: how many.
     sheetTooLarge, ///< Name: its size in pixels.
@@ -146,7 +146,7 @@ enum class Setting {
     textX,
     textY,
     textLength,
-    placeTime, ///< Where something goes on the timeline, or is looked at.
+    placeTime, ///< Where something goes on the timeline, or which frame is shown.
     moveTime,  ///< Where a clip moves.
     sourceIn,
     rangeStart, ///< Of an export or a sheet.

@@ -10,7 +10,7 @@
 
 namespace framewright {
 
-/// What a refusal is about, if anything in particular.
+/// What a refusal is about, if anything.
 struct Subject {
     enum class What { nothing, track, clip, asset, setting, name };
 
@@ -37,7 +37,7 @@ struct Refusal {
     Reason reason;
     Subject subject = {};
     std::optional<TimeRange> limits = {}; ///< What would have been accepted.
-    std::optional<double> value = {};     ///< What the reason says it is.
+    std::optional<double> value = {};     ///< Its meaning depends on the reason.
 
     bool operator==(Refusal const&) const = default;
 };

@@ -14,8 +14,8 @@ namespace framewright {
 /// compare them all.
 ///
 /// The method: copies share one counted holder. Copying increments the counter and comparing two
-/// copies of one value compares two pointers; `edit` first gives a copy that is not alone a holder
-/// of its own. So an undo step holds what its edit changed, and nothing else.
+/// copies of one value compares two pointers; `edit` first gives a copy that is shared a new
+/// holder. So an undo step holds what its edit changed, and nothing else.
 ///
 /// Not a std::shared_ptr: changing in place is safe only if all other copies are gone and done with
 /// the value, and `use_count() == 1` doesn't promise that. It is a relaxed load, so another
@@ -49,7 +49,7 @@ public:
     T const& operator*() const { return m_holder->value; }
     T const* operator->() const { return &m_holder->value; }
 
-    /// The value for changing. References taken before from any copy keep the old value.
+    /// The value, writable. References taken from other copies still see the old value.
     T& edit()
     {
         if (!isOnlyCopy())

@@ -3,12 +3,12 @@
 // The stored form of every document value
 //
 // The problem: a reader, a writer and a test that each name the fields by themselves drift apart. A
-// field that the writer forgets is lost with the next save, and nothing says so.
+// field that the writer forgets is silently lost with the next save.
 //
 // The method: each type lists its fields once, as a tuple of key, pointer to member and whether the
 // key is required. Reader, writer and round-trip test walk this tuple at compile time, so adding a
 // field here adds it to all three; no code is generated, and no field is looked up by name at run
-// time. Enumerations list their words in the same manner. Ranges are part of the list where a value
+// time. Enumerations list their words the same way. Ranges are part of the list where a value
 // out of them would break an editing rule (`fault`).
 //
 // A missing optional field keeps its member's default. An empty std::optional is not written. Keys

@@ -50,8 +50,8 @@ std::string numberText(float value)
     return {digits.data(), end};
 }
 
-/// Puts a value into its range and says so. `field` gives its name, which is seldom needed: the
-/// looks of whole projects are gone through for `status`.
+/// Clamps a value to its range and reports the change. `field` makes the value's name only when
+/// needed: `status` checks the styles of whole projects.
 template <class T, class Field>
 void fit(T& value, T least, T most, T fallback, Field const& field,
          std::vector<std::string>& changes)
@@ -62,7 +62,7 @@ void fit(T& value, T least, T most, T fallback, Field const& field,
     value = std::isnan(before) ? fallback : std::clamp(before, least, most);
     changes.push_back(field() + " is " + numberText(static_cast<float>(least)) + " to " +
                       numberText(static_cast<float>(most)) + "; " +
-                      numberText(static_cast<float>(before)) + " was taken as " +
+                      numberText(static_cast<float>(before)) + " was changed to " +
                       numberText(static_cast<float>(value)) + ".");
 }
 
@@ -96,12 +96,12 @@ NormalizedStyle normalized(CaptionStyle style)
     CaptionStyle const usual;
     if (fitted.name.empty()) {
         fitted.name = "Untitled";
-        result.changes.push_back("A look has no name; it was called Untitled.");
+        result.changes.push_back("A style has no name; it was named Untitled.");
     }
     if (fitted.fontName.empty()) {
         fitted.fontName = "system:semibold";
         result.changes.push_back("fontName of " + fitted.name +
-                                 " is empty; system:semibold was taken.");
+                                 " is empty; system:semibold is used.");
     }
     for (StyleRange const& range : ranges)
         fit(

@@ -68,7 +68,8 @@ std::span<StyleRange const> styleRanges();
 /// A style that can be drawn, and a sentence for each value that was corrected.
 struct NormalizedStyle {
     CaptionStyle style;
-    std::vector<std::string> changes; ///< "fontSize of Classic is 8 to 240; 900 was taken as 240."
+    std::vector<std::string>
+        changes; ///< "fontSize of Classic is 8 to 240; 900 was changed to 240."
 };
 
 /// Clamps every value of a style to its range and gives a default to NaN, a missing name and a

@@ -14,7 +14,7 @@ namespace framewright {
 
 namespace {
 
-/// Whether the words are nothing but white space: such a text would be lost on the timeline.
+/// Whether the words are only white space, which would be invisible on the timeline.
 bool isBlank(std::string_view words)
 {
     constexpr std::string_view spaces[] = {
@@ -43,7 +43,7 @@ std::optional<Refusal> lengthRefusal(double length)
     return std::nullopt;
 }
 
-/// Where the next clip of the track starts; nothing behind the last one.
+/// Where the next clip of the track starts; nothing after the last one.
 std::optional<double> nextStart(ClipSpot const& spot)
 {
     auto const& clips = *spot.track->clips;
@@ -69,7 +69,7 @@ std::optional<Refusal> setLength(ClipSpot const& spot, double length)
     return std::nullopt;
 }
 
-/// Why a text may not become this; nothing when it may.
+/// Why these values are refused; nothing when they are valid or unchanged.
 std::optional<Refusal> textRefusal(TextOverlay const& text, TextOverlay const* before = nullptr)
 {
     auto const isChanged = [&](auto TextOverlay::*member) {

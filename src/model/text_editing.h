@@ -15,7 +15,7 @@ inline constexpr double textLength = 3.0;
 /// The longest text in characters: more can't be read, and slows every frame down.
 inline constexpr std::size_t mostCharacters = 10'000;
 
-/// A text to be put over the picture.
+/// A text to add.
 struct NewText {
     Id id;
     TextOverlay text;
@@ -28,11 +28,11 @@ struct NewText {
 
 /// Puts a text on a text track, as near to its time as there is room, by the rules of `place`.
 ///
-/// Refused when the track is gone, locked or no text track, for words that show nothing, for values
+/// Refused when the track is gone, locked or no text track, for blank words, for values
 /// out of range, and where there is no room.
 Outcome<Placed> addText(Project project, NewText const& text);
 
-/// What changes about a text; what is not given stays.
+/// Changes to a text; what is not given stays.
 struct TextChanges {
     std::optional<TextOverlay> text = {};
     std::optional<double> length = {}; ///< Its start stays.

@@ -6,7 +6,7 @@ namespace framewright {
 
 /// A range of time, half-open: [start, end). Seconds. `end` is infinite where nothing bounds it.
 ///
-/// Comparisons are exact; where times within timeTolerance count as one, the caller says so.
+/// Comparisons are exact; callers apply timeTolerance where they need it.
 struct TimeRange {
     double start = 0;
     double end = 0; ///< Not before `start`.

@@ -15,8 +15,8 @@ inline constexpr double longestPhotoLength = 60.0;
 /// The longest text. Seconds.
 inline constexpr double longestTextLength = 3600.0;
 
-/// No edit puts a clip's end later: a double loses precision beyond it, and a mistyped time would
-/// make a movie of days. Seconds.
+/// No edit moves a clip's end past this: a double loses precision beyond it, and a mistyped time
+/// would make a movie that lasts days. Seconds.
 inline constexpr double latestTime = 1'000'000.0;
 
 /// Whether a clip of this length is too short. NaN is.

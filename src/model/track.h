@@ -14,7 +14,7 @@ enum class TrackKind { video, audio, subtitles, text };
 /// One row of the timeline.
 ///
 /// A magnetic track keeps its clips packed edge to edge from 0, in order. On a free track they
-/// stand at their own times and never overlap.
+/// start anywhere and never overlap.
 struct Track {
     Id id;
     TrackKind kind = TrackKind::video;
@@ -23,7 +23,7 @@ struct Track {
     bool isMuted = false;
     bool isSolo = false;
     float volume = 1;                              ///< Linear gain of the whole track.
-    bool ducks = false;                            ///< Lowered while another audio track speaks.
+    bool ducks = false;                            ///< Lowered while another audio track plays.
     Shared<std::vector<Clip>> clips;               ///< In time order.
     bool isLocked = false;                         ///< Refuses every edit.
     bool isHidden = false;                         ///< Not drawn.

@@ -30,7 +30,7 @@ std::size_t countOf(Project const& project, TrackKind kind)
     return std::size_t(std::ranges::count(project.tracks, kind, &Track::kind));
 }
 
-/// "Video 2": counted on from the tracks of the kind, past names that are taken.
+/// "Video 2": the first free number after the count of tracks of the kind.
 std::string nextName(Project const& project, TrackKind kind)
 {
     for (std::size_t number = countOf(project, kind) + 1;; ++number) {
@@ -73,7 +73,7 @@ std::optional<Refusal> magneticRefusal(TrackKind kind)
     return std::nullopt;
 }
 
-std::optional<Refusal> pictureRefusal(Track const& track, TrackChanges const& changes)
+std::optional<Refusal> visibilityRefusal(Track const& track, TrackChanges const& changes)
 {
     if (changes.isHidden.value_or(false) && track.kind == TrackKind::audio)
         return Refusal{Reason::audioNeverHidden};
@@ -86,11 +86,11 @@ std::optional<Refusal> pictureRefusal(Track const& track, TrackChanges const& ch
     return std::nullopt;
 }
 
-std::optional<Refusal> soundRefusal(Track const& track, TrackChanges const& changes)
+std::optional<Refusal> audioRefusal(Track const& track, TrackChanges const& changes)
 {
-    bool const hasSound = track.kind == TrackKind::video || track.kind == TrackKind::audio;
-    if (!hasSound && (changes.isMuted || changes.isSolo || changes.volume))
-        return Refusal{Reason::trackHasNoSound};
+    bool const hasAudio = track.kind == TrackKind::video || track.kind == TrackKind::audio;
+    if (!hasAudio && (changes.isMuted || changes.isSolo || changes.volume))
+        return Refusal{Reason::trackHasNoAudio};
     if (changes.ducks && track.kind != TrackKind::audio)
         return Refusal{Reason::onlyAudioDucks};
     if (changes.volume && !(*changes.volume >= 0 && *changes.volume <= highestVolume))
@@ -107,7 +107,7 @@ void assignGiven(T& setting, std::optional<T> const& change)
 
 void setPacking(Track& track, bool magnetic)
 {
-    normalize(track); // Into time order first: that is the order in which it packs.
+    normalize(track); // Into time order first, the order it packs in.
     track.isMagnetic = magnetic;
     normalize(track);
 }
@@ -188,9 +188,9 @@ Outcome<Project> changeTrack(Project project, Id const& trackID, TrackChanges co
         if (auto refusal = magneticRefusal(track->kind))
             return *refusal;
     }
-    if (auto refusal = pictureRefusal(*track, changes))
+    if (auto refusal = visibilityRefusal(*track, changes))
         return *refusal;
-    if (auto refusal = soundRefusal(*track, changes))
+    if (auto refusal = audioRefusal(*track, changes))
         return *refusal;
 
     if (changes.isMagnetic)

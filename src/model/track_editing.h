@@ -37,7 +37,7 @@ Project addSubtitleTrack(Project project, Id const& id, SubtitleData data,
 /// Deletes a track and everything on it. Refused when it is gone, locked or the last one.
 Outcome<Project> removeTrack(Project project, Id const& trackID);
 
-/// Moves a track down the list by `offset` places (up when less than 0), as far as there are any.
+/// Moves a track down the list by `offset` places (up when negative), at most to either end.
 ///
 /// Refused when it is gone or locked, and when it is first or last already.
 Outcome<Project> moveTrack(Project project, Id const& trackID, int offset);

@@ -16,20 +16,20 @@
 
 // Replacing a file without losing what another program writes at the same time
 //
-// The problem: rename(2) puts a complete file in place, but can't be told to do so only if the old
+// The problem: rename(2) puts a complete file in place, but can't do so only if the old
 // one is unchanged. Between comparing and renaming, another program can write a version that the
 // rename then deletes. Advisory locks don't help, since other programs don't take ours; comparing
 // again just before the rename makes the window smaller, but leaves it open.
 //
 // The method: renameat2(2) with RENAME_EXCHANGE swaps the names of our new file and the old one in
-// one step. Nothing is deleted by that: what was in place is now under our hidden name, where it is
+// one step. That deletes nothing: what was in place is now under our hidden name, where it is
 // compared with what we expected. If it is the same, the hidden file is removed and we are done. If
 // not, somebody wrote at the last moment, and a second exchange puts their version back. Yet
-// another version may have been written over ours by then; it comes out of that second exchange, is
-// the newest, and goes back in place with a third one, and so on until an exchange returns our own
+// another version may have been written over ours by then; that second exchange returns it, it is
+// the newest, and a third exchange puts it back in place, and so on until one returns our own
 // bytes. Every version found on the way is reported (`putBack`).
 //
-// File systems without the exchange answer EINVAL or ENOSYS; there a plain rename has to do.
+// File systems without the exchange report EINVAL or ENOSYS; there we fall back to plain rename.
 //
 // Source: rename(2) of the Linux manual.
 
@@ -152,7 +152,7 @@ public:
         m_isRenamed = true;
     }
 
-    /// Takes the target's name and gives it its own. False when the file system can't.
+    /// Exchanges names with the target. False when the file system can't.
     bool exchangeNames()
     {
         if (::renameat2(AT_FDCWD, m_path.c_str(), AT_FDCWD, m_target.c_str(), RENAME_EXCHANGE) == 0)
@@ -177,7 +177,7 @@ private:
     bool m_isRenamed = false;
 };
 
-/// The file that is written when `file` is: behind any links, also when it is not there yet.
+/// The file that writing `file` replaces: links resolved, even if it does not exist yet.
 Path behindLinks(Path const& file)
 {
     constexpr int mostLinks = 40;
@@ -204,7 +204,7 @@ std::optional<struct stat> writableState(Path const& file)
     if (!S_ISREG(status.st_mode))
         throw FileError(Cause::notRegular, file, "written",
                         S_ISDIR(status.st_mode) ? "it is a folder" : "it is not a regular file");
-    // Renaming over it would work all the same, and its owner protected it for a reason.
+    // A rename would replace a write-protected file too, against its owner's wish.
     if (::faccessat(AT_FDCWD, file.c_str(), W_OK, AT_EACCESS) != 0)
         throw FileError::fromWriting(file, "written", errno);
     return status;
@@ -260,7 +260,7 @@ std::string readAll(Descriptor const& descriptor, Path const& file, std::uintmax
 {
     std::string bytes;
     std::size_t used = 0;
-    // One byte more than the file has, so that its end is seen without growing.
+    // One byte more than the file has, so that reaching its end needs no resize.
     bytes.resize(std::max<std::uintmax_t>(size + 1, 4096));
     for (;;) {
         if (used > limit)

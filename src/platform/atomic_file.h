@@ -18,9 +18,9 @@ namespace framewright {
 /// name. An existing file keeps its permissions. A symbolic link stays; the file it leads to is
 /// replaced. Hidden files left by a killed writer of the same file are removed after an hour.
 ///
-/// Throws FileError on failure, with the old content in place and nothing left over; also when the
+/// Throws FileError on failure, with the old content in place and no leftovers; also when the
 /// file is write-protected or not a regular file. Blocks until the bytes are on disk. Safe on any
-/// thread; of two writers of one file the later wins whole.
+/// thread; of two concurrent writers the later one wins.
 void writeFileAtomically(std::filesystem::path const& file, std::string_view bytes);
 
 /// The result of a conditional replacement.
@@ -35,7 +35,7 @@ struct FileReplacement {
 ///
 /// Nothing another program writes meanwhile is lost, provided the file system can exchange two
 /// names (ext4, XFS, Btrfs and tmpfs can). Without that, a write between comparison and rename is
-/// overwritten unseen.
+/// overwritten silently.
 FileReplacement replaceFileAtomically(std::filesystem::path const& file, std::string_view bytes,
                                       std::string_view expected);
 

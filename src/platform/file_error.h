@@ -9,16 +9,16 @@ namespace framewright {
 /// A file or folder couldn't be read or written.
 ///
 /// `what()` is the whole sentence the user reads, `reason` the part of it that says why, for
-/// sentences that name the file in their own way. Both hold the path's bytes as they are, so who
-/// puts them into JSON replaces what is not UTF-8.
+/// sentences that name the file in their own way. Both hold the path's bytes as they are, so
+/// callers that write JSON must replace invalid UTF-8.
 class FileError : public std::runtime_error {
 public:
     enum class Cause {
         missing,    ///< There is no such file, or no folder to hold it.
-        notRegular, ///< A folder, a device, a pipe: nothing that holds a document.
-        unreadable, ///< It is there, but we may not read it or the disk fails.
+        notRegular, ///< A folder, device or pipe.
+        unreadable, ///< It exists, but permission is missing or the disk fails.
         tooLarge,   ///< Larger than the reader allows.
-        unwritable, ///< We may not write there, or the disk fails.
+        unwritable, ///< Permission is missing or the disk fails.
         noSpace,    ///< Disk, quota or file size limit is used up. Trying again may help.
     };
 
@@ -35,7 +35,7 @@ public:
     std::string const reason;
 };
 
-/// The system's words for an `errno`: "No space left on device".
+/// The system's text for an `errno`: "No space left on device".
 std::string systemErrorText(int errorNumber);
 
 } // namespace framewright

@@ -28,7 +28,7 @@ std::optional<Path> folderInEnvironment(char const* variable)
     return Path(value);
 }
 
-/// The home of an account: of the one named, else of this user's.
+/// The home of the named account, else of this user's.
 std::optional<Path> accountHome(std::optional<std::string> const& user)
 {
     std::vector<char> buffer(1024);
@@ -54,7 +54,7 @@ Path ownFolder(char const* variable, char const* belowHome)
     return (base ? *base : homeFolder() / belowHome) / "Framewright";
 }
 
-/// Makes a folder and those missing above it, all private; one that is there stays as it is.
+/// Creates a folder and its missing parents, all private; existing ones are not changed.
 void makePrivateFolders(Path const& folder)
 {
     if (::mkdir(folder.c_str(), 0700) == 0)

@@ -5,9 +5,9 @@
 
 namespace framewright {
 
-// The folders this user's files live in. Each is read from the environment anew, so a whole
-// editor can be pointed at another home; a variable that does not hold an absolute path counts as
-// not set. Nothing here creates a folder but the two functions that say so.
+// This user's folders. Each call reads the environment again, so an editor can be pointed at
+// another home; a variable without an absolute path counts as not set. Only the two `ensure`
+// functions create folders.
 
 /// $HOME, else the home of this user's account. Throws FileError when neither is known.
 std::filesystem::path homeFolder();
@@ -24,15 +24,15 @@ std::filesystem::path configFolder();
 /// $TMPDIR, by default /tmp.
 std::filesystem::path temporaryFolder();
 
-/// `path` with a leading "~" or "~user" replaced by that home. Anything else, also the name of
-/// nobody, stays as it is.
+/// `path` with a leading "~" or "~user" replaced by that home. Anything else, also an
+/// unknown user's name, is returned unchanged.
 std::filesystem::path expandTilde(std::string_view path);
 
-/// Makes sure that `folder` is there, with the folders above it. Throws FileError.
+/// Creates `folder` and its missing parents. Throws FileError.
 void ensureFolder(std::filesystem::path const& folder);
 
-/// Makes sure that `folder` is there and that nobody but this user can look into it (0700). The
-/// folders it has to make above it are private too; those that are there stay as they are.
+/// Makes `folder` accessible to this user only (0700); creates it and its missing parents, which
+/// are private too. Existing parents keep their permissions.
 /// Throws FileError, also when the folder belongs to another user.
 void ensurePrivateFolder(std::filesystem::path const& folder);
 

@@ -26,15 +26,14 @@ std::optional<QVariant> stored(std::filesystem::path const& file, std::string co
     return settings.value(name);
 }
 
-/// Lets `change` work on the settings of a file, and brings them to the disk.
+/// Applies `change` to the settings of a file and writes them to disk.
 template <class Change>
 void edit(std::filesystem::path const& file, Change const& change)
 {
     ensureFolder(file.parent_path());
     QSettings settings(qtPath(file), QSettings::IniFormat);
     if (settings.status() == QSettings::FormatError)
-        throw FileError(FileError::Cause::notRegular, file, "written",
-                        "what stands there is not a settings file");
+        throw FileError(FileError::Cause::notRegular, file, "written", "it is not a settings file");
     change(settings);
     settings.sync();
     if (settings.status() != QSettings::NoError)
@@ -61,7 +60,7 @@ std::optional<std::string> UserDefaults::string(std::string const& key) const
     auto const value = stored(m_file, key);
     if (!value || !value->isValid())
         return std::nullopt;
-    // One text and a list of one are the same in the file.
+    // The file does not distinguish a text from a list of one.
     if (value->typeId() == QMetaType::QStringList)
         return value->toStringList().size() == 1
                    ? std::optional(value->toStringList().first().toStdString())
@@ -74,7 +73,7 @@ std::optional<std::vector<std::string>> UserDefaults::strings(std::string const&
     auto const value = stored(m_file, key);
     if (!value)
         return std::nullopt;
-    std::vector<std::string> texts; // None of an invalid value, which is how no texts are stored.
+    std::vector<std::string> texts; // An empty list is stored as an invalid value.
     for (QString const& text : value->toStringList())
         texts.push_back(text.toStdString());
     return texts;
@@ -118,7 +117,7 @@ void UserDefaults::setNumber(std::string const& key, double value)
 
 void UserDefaults::setFlag(std::string const& key, bool value)
 {
-    // As a word: what was set and what is read back from the file are then of one type.
+    // As a word: a bool would read back from the file as a string.
     setString(key, value ? "true" : "false");
 }
 

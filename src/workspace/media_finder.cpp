@@ -54,7 +54,7 @@ std::optional<Path> MediaFinder::findByName(std::string const& name,
         std::error_code error;
         if (size && std::filesystem::file_size(entry->second, error) != *size)
             continue;
-        // One media folder may lie in another; then the same file turns up twice.
+        // One media folder may be inside another, which lists the same file twice.
         if (found && !std::filesystem::equivalent(*found, entry->second, error))
             return std::nullopt;
         found = entry->second;

@@ -12,7 +12,7 @@
 
 namespace framewright {
 
-/// A media file that a project refers to, by all that is known of where it was.
+/// A media file that a project refers to, by everything known about its location.
 struct MediaWanted {
     std::string path; ///< As in AssetRef: relative to the project's folder, absolute, or a URL.
     FileURL url;      ///< Where the project last played it.
@@ -21,13 +21,13 @@ struct MediaWanted {
 
 /// Finds media again after files or folders moved.
 ///
-/// Looks first at the path beside the project, so that a workspace that moved as a whole takes its
-/// own files and not the ones it was copied from; then at the URL; then for a file of the same
+/// Looks first at the path beside the project, so that a workspace that was copied as a whole uses
+/// its own files, not the originals; then at the URL; then for a file of the same
 /// name in the media folders, and of the same size where that is known. When several fit it finds
 /// none: a wrong file is worse than a missing one.
 ///
 /// The media folders are walked once, when first needed: hidden folders and links to folders are
-/// passed over, at most 16 levels and 100,000 entries. Blocks while it walks; one thread.
+/// skipped, at most 16 levels and 100,000 entries. Blocks while it walks; one thread.
 class MediaFinder {
 public:
     MediaFinder(std::filesystem::path projectFolder,

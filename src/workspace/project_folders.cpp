@@ -73,7 +73,7 @@ ProjectListing listing(Path const& folder)
     return project;
 }
 
-/// A folder's copy in the making: hidden until it is whole, removed again if it never is.
+/// A copy of a folder: hidden until it is complete, removed if that fails.
 class StagedCopy {
 public:
     explicit StagedCopy(Path const& target)
@@ -115,7 +115,7 @@ public:
 private:
     static constexpr std::string_view nameStart = ".framewright-copy-";
 
-    /// Copies of media are large: those whose makers were killed must not lie there for good.
+    /// Removes the copies of killed processes: with media they are large.
     static void removeLeftovers(Path const& projects)
     {
         std::error_code error;
@@ -134,8 +134,8 @@ private:
     Path m_folder;
 };
 
-/// Makes sure that this user has a trash. Without one Qt would move the files to folders it makes
-/// in the current folder, and call that the trash.
+/// Makes sure that this user has a trash. Without one Qt would create one in the current
+/// folder.
 void requireTrash()
 {
     QString const data = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
@@ -219,7 +219,7 @@ Outcome<Path> createProjectFolder(Path const& workspace, std::string_view name)
             return folder;
         if (error)
             fail(folder, "created", error);
-        // Somebody else has just made it; the next number may still be free.
+        // Another process has just created it: try the next number.
     }
 }
 
@@ -234,7 +234,7 @@ Outcome<Path> renameProject(Path const& project, std::string_view name)
         return folder;
     if (!isThere(folder))
         return goneRefusal(folder);
-    // Its own name may change in case alone; any other one that is alike clashes.
+    // Its own name may change in case alone; the same name as another project is a clash.
     std::error_code error;
     bool const isOwn = lowerCased(*usable) == lowerCased(folder.filename().string());
     bool const isAnother = std::filesystem::exists(target, error) &&

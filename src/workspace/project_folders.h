@@ -12,7 +12,7 @@ namespace framewright {
 
 /// A folder in a workspace's projects folder.
 struct ProjectListing {
-    std::string name; ///< The folder's name; what of it is not UTF-8 replaced by U+FFFD.
+    std::string name; ///< The folder's name, with invalid UTF-8 replaced by U+FFFD.
     std::filesystem::path folder;
     std::filesystem::file_time_type modified{}; ///< Of project.json, else of the folder.
     bool hasDocument = false;                   ///< Whether there is a project.json in it.
@@ -20,16 +20,16 @@ struct ProjectListing {
 };
 
 /// The projects of a workspace, most recent first, those of the same time by name. Hidden folders
-/// and whatever is not a folder are passed over. Throws WorkspaceError when the projects folder is
+/// and anything that is not a folder are skipped. Throws WorkspaceError when the projects folder is
 /// there but can't be listed.
 std::vector<ProjectListing> listProjects(std::filesystem::path const& workspace);
 
-/// A project name that a folder can have: without spaces at its ends. Refused when it is
-/// empty, too long (200 bytes, which leaves room for numbers and time stamps behind it), begins
+/// A project name that a folder can have: without leading or trailing spaces. Refused when it is
+/// empty, too long (200 bytes, which leaves room for numbers and time stamps after it), begins
 /// with a dot, or holds a slash, a control character or bytes that are not UTF-8.
 Outcome<std::string> validProjectName(std::string_view name);
 
-/// A new, empty project folder named `name`, or "NAME 2" and so on when that is taken. Makes the
+/// A new, empty project folder named `name`, or "NAME 2" and so on when that is taken. Creates the
 /// projects folder too. Refused for an unusable name; throws WorkspaceError.
 Outcome<std::filesystem::path> createProjectFolder(std::filesystem::path const& workspace,
                                                    std::string_view name);
@@ -40,9 +40,9 @@ Outcome<std::filesystem::path> renameProject(std::filesystem::path const& folder
                                              std::string_view name);
 
 /// Copies a project into a new folder beside it and returns that: everything but its exports and
-/// hidden files. Without a name, or when the name is taken, it gets the next free number behind
-/// it. The copy appears whole or not at all. Blocks for as long as the copying of its media takes.
-/// Refused for an unusable name; throws WorkspaceError.
+/// hidden files. Without a name, or when the name is taken, it gets the next free number
+/// appended. The copy appears whole or not at all. Blocks for as long as the copying of its media
+/// takes. Refused for an unusable name; throws WorkspaceError.
 Outcome<std::filesystem::path> duplicateProject(std::filesystem::path const& folder);
 Outcome<std::filesystem::path> duplicateProject(std::filesystem::path const& folder,
                                                 std::string_view name);

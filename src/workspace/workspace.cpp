@@ -39,7 +39,7 @@ bool holdsFile(Path const& folder, char const* name)
     return std::filesystem::is_regular_file(folder / name, error);
 }
 
-/// A path as it stands in the user defaults, whose values are texts.
+/// A path's form in the user defaults, which store text.
 std::string pathText(Path const& path)
 {
     return isValidUtf8(path.string()) ? path.string() : FileURL{path.string()}.text();

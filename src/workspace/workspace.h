@@ -23,7 +23,7 @@ public:
 
 /// The folder that holds a user's videos, settings and caches.
 ///
-///     workspace.json                 marks the folder, and holds what is known of it
+///     workspace.json                 marks the folder and holds its metadata
 ///     settings/                      transcription.json, caption-styles.json, text-styles.json
 ///     projects/NAME/project.json     with thumbnail.png, media/ and exports/ beside it
 ///     cache/frames/, cache/transcripts/
@@ -31,7 +31,7 @@ namespace Workspace {
 
 using Path = std::filesystem::path;
 
-// Telling what a folder is
+// Recognising one
 
 /// Whether the folder holds workspace.json, library.json (the mark's older name) or the guide.
 bool isWorkspace(Path const& folder);
@@ -42,52 +42,53 @@ bool isProjectDocument(Path const& file);
 /// The nearest workspace at or above a folder.
 std::optional<Path> findWorkspace(Path const& folder);
 
-/// What two paths are compared by: absolute, without "." and "..", links resolved as far as the
-/// path is there, without a "/private" in front. For comparing only; it may not lead to the file.
+/// The form in which paths are compared: absolute, without "." and "..", links resolved as far
+/// as the path exists, without a leading "/private". For comparing only: it may not lead to the
+/// file.
 std::string canonicalPath(Path const& path);
 
-/// Whether a file lies in a folder, at any depth, or is that folder; by their canonical paths.
+/// Whether a file is in a folder, at any depth, or is that folder; by their canonical paths.
 bool isInside(Path const& file, Path const& folder);
 
 /// The folder itself, when a workspace can be opened there. Refused when it is gone or not a
 /// workspace; throws WorkspaceError when it can't be read or its workspace.json doesn't decode.
 Outcome<Path> openable(Path const& folder);
 
-// Making one
+// Creating one
 
 /// Makes a folder a workspace: its workspace.json (version 1, `now` as the time of creation) and
-/// the empty folders of a workspace. Makes the folder too; leaves alone what is there, a
-/// workspace.json included. Throws WorkspaceError.
+/// the empty folders of a workspace. Creates the folder too; existing files stay
+/// unchanged, workspace.json included. Throws WorkspaceError.
 void setUp(Path const& folder,
            std::chrono::system_clock::time_point now = std::chrono::system_clock::now());
 
-/// Sets up a new workspace in a new folder `name` inside `parent`. A workspace that is already
-/// there is taken as it is; refused for an unusable name, and when another file or folder of that
+/// Sets up a new workspace in a new folder `name` inside `parent`. A workspace that already
+/// exists is used as it is; refused for an unusable name, and when another file or folder of that
 /// name is there. Throws WorkspaceError.
 Outcome<Path> create(Path const& parent, std::string_view name);
 
 // Which one is current
 
-/// The current workspace; nothing when none was chosen yet. It need not be there any more.
+/// The current workspace; nothing when none was chosen yet. It may no longer exist.
 std::optional<Path> url(UserDefaults const& defaults);
 void setUrl(std::optional<Path> const& folder, UserDefaults& defaults);
 
-/// The workspaces last used, most recent first, each once. They need not be there any more.
+/// The workspaces last used, most recent first, each once. They may no longer exist.
 std::vector<Path> recent(UserDefaults const& defaults);
 
 /// Puts a workspace first among the recent ones, of which 8 are kept.
 void remember(Path const& folder, UserDefaults& defaults);
 
-// What is known of one
+// Its metadata
 //
-// All of it stands in workspace.json. The readers take a missing key, and a missing file, as
+// All of it is in workspace.json. The readers take a missing key, and a missing file, as
 // absent. The writers change one key and keep all others, known or not; they write nothing when
-// nothing changes. All throw WorkspaceError when the file does not decode, and then leave it as
-// it is.
+// nothing changes. All throw WorkspaceError when the file does not decode, and leave it
+// unchanged.
 
 /// The folders whose files are used in place, absolute.
 std::vector<Path> mediaFolders(Path const& workspace);
-/// Keeps the order; a folder that is named twice is kept once.
+/// Keeps the order; duplicates are dropped.
 void setMediaFolders(std::vector<Path> const& folders, Path const& workspace);
 
 /// What gets made here, in a sentence.
@@ -120,8 +121,8 @@ Path thumbnailFile(Path const& projectFolder);
 Path exportsFolder(Path const& projectFolder);
 Path mediaFolder(Path const& projectFolder);
 
-/// `name`, or `name` and the first number from 2 on, so that no entry of `folder` is named alike
-/// in any case: "Hook", "Hook 2", "Hook 3". A folder that is not there has no entries. Throws
+/// `name`, or `name` and the first number from 2 on, so that no entry of `folder` has that name
+/// in any case: "Hook", "Hook 2", "Hook 3". A missing folder has no entries. Throws
 /// WorkspaceError when the folder can't be listed.
 std::string uniqueName(std::string_view name, Path const& folder);
 

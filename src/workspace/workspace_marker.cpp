@@ -37,7 +37,7 @@ Json decodedMarker(std::string_view bytes)
     return json;
 }
 
-/// What is known of a workspace, from its mark or the mark's older form; nothing when it has
+/// A workspace's metadata, from its marker or the marker's older form; nothing when it has
 /// neither.
 std::optional<Json> storedMarker(Path const& workspace)
 {
@@ -82,7 +82,7 @@ std::optional<T> stored(Path const& workspace, std::string_view key)
     return value;
 }
 
-/// Changes one key, or takes it out, and keeps the others.
+/// Sets or removes one key and keeps the others.
 void store(Path const& workspace, std::string const& key, std::optional<Json> const& value)
 {
     Json const before = storedMarker(workspace).value_or(Json{{"version", markerVersion}});
@@ -95,7 +95,7 @@ void store(Path const& workspace, std::string const& key, std::optional<Json> co
         writeMarker(after, workspace);
 }
 
-/// A folder as it stands in the marker: its path, or a URL when the path is no text.
+/// A folder's form in the marker: its path, or a URL when the path is not UTF-8.
 std::string folderText(Path const& folder)
 {
     return isValidUtf8(folder.string()) ? folder.string() : FileURL{folder.string()}.text();
@@ -120,7 +120,7 @@ void setUp(Path const& folder, std::chrono::system_clock::time_point now)
     } catch (FileError const& error) {
         throw WorkspaceError(validUtf8(error.what()));
     }
-    // Last: a folder with a mark is complete.
+    // Written last, so that a marked folder is complete.
     std::error_code error;
     if (std::filesystem::exists(markerFile(folder), error))
         return;

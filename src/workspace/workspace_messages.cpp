@@ -11,7 +11,7 @@ std::string inQuotes(std::string_view name)
     return "“" + validUtf8(name) + "”";
 }
 
-/// The name a user knows a folder by, also of a path with a slash at its end.
+/// A folder's name, also for a path with a trailing slash.
 std::string folderName(std::filesystem::path const& folder)
 {
     return (folder.has_filename() ? folder : folder.parent_path()).filename().string();

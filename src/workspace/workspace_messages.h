@@ -6,7 +6,7 @@
 
 namespace framewright {
 
-/// The sentences of what breaks down in a workspace, each in one place.
+/// The sentences of workspace errors.
 namespace WorkspaceMessage {
 
 std::string couldNotBeOpened(std::filesystem::path const& folder, std::string_view why);

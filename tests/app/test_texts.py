@@ -119,9 +119,9 @@ class Texts(EditorTestCase):
         changes = [
             f"{name} of Classic is {change}"
             for name, change in (
-                ("fontName", "empty; system:semibold was taken."),
-                ("fontSize", "8 to 240; 900 was taken as 240."),
-                ("padding", "0 to 200; -30 was taken as 0."),
+                ("fontName", "empty; system:semibold is used."),
+                ("fontSize", "8 to 240; 900 was changed to 240."),
+                ("padding", "0 to 200; -30 was changed to 0."),
             )
         ]
         status = self.editor.do("status")
@@ -136,7 +136,7 @@ class Texts(EditorTestCase):
         answer = self.editor.cli("style-save", "Big", "--from=t1:1", "--kind=caption")
         reply, end = json.JSONDecoder().raw_decode(answer.out)
         self.assertEqual(reply["look"]["size"], 240)
-        self.assertIn("fontSize of Big is 8 to 240; 900 was taken as 240.", answer.out[end:])
+        self.assertIn("fontSize of Big is 8 to 240; 900 was changed to 240.", answer.out[end:])
         self.assertEqual(self.editor.do("favorites")["caption"][-1], reply["look"])
         self.editor.do("style-delete", "Big", "--kind=caption")
 
@@ -292,7 +292,7 @@ class Looks(unittest.TestCase):
             editor.do("status")["looks"],
             [
                 "text-styles.json: styles[0].glow is not known here; the next save drops it.",
-                "text-styles.json: fontSize of Classic is 8 to 240; 9000 was taken as 240.",
+                "text-styles.json: fontSize of Classic is 8 to 240; 9000 was changed to 240.",
             ],
         )
 

@@ -75,7 +75,7 @@ TEST(RefusalSentences, AreTheCommandLinesOwnWords)
         {{Reason::subtitlesNeverMagnetic}, "Subtitles tracks are never magnetic."},
         {{Reason::audioNeverHidden}, "Audio tracks cannot be hidden; mute them instead."},
         {{Reason::onlyVideoHasOpacity}, "Only video tracks have an opacity."},
-        {{Reason::trackHasNoSound}, "Only video and audio tracks have sound."},
+        {{Reason::trackHasNoAudio}, "Only video and audio tracks have sound."},
         {{Reason::onlyAudioDucks}, "Only audio tracks duck."},
 
         {{Reason::barsOnly, on(subtitles)}, "s1 (Subtitles) holds subtitle bars, not clips."},
@@ -83,7 +83,7 @@ TEST(RefusalSentences, AreTheCommandLinesOwnWords)
         {{Reason::textAndMediaApart}, "Text clips live on text tracks and media clips on video or audio tracks."},
         {{Reason::photoOnAudioTrack, file("face.jpg")}, "A photo cannot go on an audio track."},
         {{Reason::audioOnVideoTrack, file("song.wav")}, "song.wav is audio; it cannot go on a video track."},
-        {{Reason::noSoundForAudioTrack, file("mute.mp4")}, "mute.mp4 has no sound; it cannot go on an audio track."},
+        {{Reason::noAudioForAudioTrack, file("mute.mp4")}, "mute.mp4 has no sound; it cannot go on an audio track."},
         {{Reason::notForPlaceholders, on(titles)}, "Placeholders go on video or audio tracks. t1 (Titles) is a text track; use text-add or the caption commands there."},
         {{Reason::notForPlaceholders, on(subtitles)}, "Placeholders go on video or audio tracks. s1 (Subtitles) is a subtitles track; use text-add or the caption commands there."},
         {{Reason::placeholderKeepsKind}, "A placeholder stays on its kind of track."},
@@ -129,7 +129,7 @@ TEST(RefusalSentences, AreTheCommandLinesOwnWords)
         {{Reason::noFileToBring, clip(video, 1)}, "v1:2 carries no file to bring along."},
         {{Reason::photoForAudioClip}, "A photo cannot replace an audio clip."},
         {{Reason::audioForVideoClip, file("song.wav")}, "song.wav is audio; it cannot replace a video clip."},
-        {{Reason::noSoundToDetach}, "Only video clips have sound to detach."},
+        {{Reason::noAudioToDetach}, "Only video clips have sound to detach."},
         {{Reason::alreadySilent}, "The clip is silent already."},
         {{Reason::barsNotCopied}, "Subtitle bars can't be copied yet."},
 

@@ -1,5 +1,5 @@
 #include "model/clip_settings.h"
-#include "model/clip_sound.h"
+#include "model/clip_audio.h"
 #include "model/time_rules.h"
 
 #include "model/sketch.h"
@@ -114,9 +114,9 @@ TEST(DetachAudio, GoesWhereThereIsRoomAtThatTime)
     EXPECT_EQ(detachAudio(done->project, id("A"), id("Y"), id("a8")).refusal().reason,
               Reason::alreadySilent);
     EXPECT_EQ(detachAudio(timeline(), id("p"), id("X"), id("a9")).refusal().reason,
-              Reason::noSoundToDetach);
+              Reason::noAudioToDetach);
     EXPECT_EQ(detachAudio(timeline(), id("S"), id("X"), id("a9")).refusal().reason,
-              Reason::noSoundToDetach);
+              Reason::noAudioToDetach);
     EXPECT_EQ(detachAudio(locked(timeline()), id("A"), id("X"), id("a9")).refusal(),
               lockedTrack("v1"));
 }

@@ -193,10 +193,10 @@ std::string brokenRule(Project const& project)
     std::unordered_set<Id> ids;
     for (Track const& track : project.tracks) {
         if (!ids.insert(track.id).second)
-            return "an id stands twice";
+            return "an id appears twice";
         for (Clip const& clip : *track.clips) {
             if (!ids.insert(clip.id).second)
-                return "an id stands twice";
+                return "an id appears twice";
             if (auto problem = brokenClipRule(project, track, clip); !problem.empty())
                 return problem;
         }

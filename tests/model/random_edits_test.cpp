@@ -57,7 +57,7 @@ TEST(RandomEdits, BrokenRulesAreSeen)
               "a magnetic track has a gap");
     EXPECT_EQ(broken([&](Project& p) { clipsOf(p, 1)[1].timelineStart = 1.9; }),
               "clips overlap or are out of order");
-    EXPECT_EQ(broken([&](Project& p) { clipsOf(p, 1)[1].id = id("A"); }), "an id stands twice");
+    EXPECT_EQ(broken([&](Project& p) { clipsOf(p, 1)[1].id = id("A"); }), "an id appears twice");
     EXPECT_EQ(broken([&](Project& p) { clipsOf(p, 1)[1].sourceEnd = 101; }),
               "a clip has times it may not have");
     EXPECT_EQ(broken([&](Project& p) { std::swap(p.tracks[0].clips, p.tracks[2].clips); }),

@@ -4,7 +4,7 @@
 #include "model/clip_placing.h"
 #include "model/clip_replacing.h"
 #include "model/clip_settings.h"
-#include "model/clip_sound.h"
+#include "model/clip_audio.h"
 #include "model/clip_trimming.h"
 #include "model/text_editing.h"
 #include "model/track_editing.h"

@@ -34,10 +34,10 @@ TEST(CaptionStyle, ValuesOutOfRangeAreBroughtBackAndTold)
     EXPECT_EQ(style.strokeWidth, 0);
     EXPECT_EQ(style.textColor.green, 1);
     EXPECT_EQ(changes,
-              (std::vector<std::string>{"fontSize of Odd is 8 to 240; 900 was taken as 240.",
-                                        "padding of Odd is 0 to 200; -3 was taken as 0.",
-                                        "strokeWidth of Odd is 0 to 60; nan was taken as 0.",
-                                        "textColor.green of Odd is 0 to 1; 1.5 was taken as 1."}));
+              (std::vector<std::string>{"fontSize of Odd is 8 to 240; 900 was changed to 240.",
+                                        "padding of Odd is 0 to 200; -3 was changed to 0.",
+                                        "strokeWidth of Odd is 0 to 60; nan was changed to 0.",
+                                        "textColor.green of Odd is 0 to 1; 1.5 was changed to 1."}));
     EXPECT_EQ(normalized(style).changes.size(), 0u);
     EXPECT_EQ(normalized(CaptionStyle()).changes.size(), 2u) << "no name and no font";
 }

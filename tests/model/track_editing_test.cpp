@@ -163,7 +163,7 @@ TEST(ChangeTrack, SetsWhatIsGiven)
              Case{"v1", {.opacity = std::nan("")}, beyond(Setting::opacity)},
              Case{"v1", {.volume = 1.6f}, beyond(Setting::volume)},
              Case{"v1", {.ducks = true}, Reason::onlyAudioDucks},
-             Case{"t1", {.isMuted = true}, Reason::trackHasNoSound},
+             Case{"t1", {.isMuted = true}, Reason::trackHasNoAudio},
              Case{"a1", {.isMagnetic = true}, Reason::audioNeverMagnetic},
              Case{"s1", {.isMagnetic = true}, Reason::subtitlesNeverMagnetic},
              Case{"t1", {.isMagnetic = true}, {}},

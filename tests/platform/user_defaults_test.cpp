@@ -79,7 +79,7 @@ TEST(UserDefaults, AnUnusableFileIsLeftAlone)
     put(damaged.file(), "[General\nnothing like settings\n");
     EXPECT_EQ(failureOf<FileError>([&] { damaged.setString("a", "b"); }),
               "“" + damaged.file().string() +
-                  "” could not be written: what stands there is not a settings file.");
+                  "” could not be written: it is not a settings file.");
     EXPECT_EQ(contentsOf(damaged.file()), "[General\nnothing like settings\n");
 
     put(folder / "file");

@@ -16,7 +16,7 @@ namespace framewright {
 nlohmann::json fontReportJSON(Project const& project, FontRegistry const& fonts);
 
 /// Invalid values in the styles of texts and captions, and letters that no font has, with where:
-/// "t1:2, s1: fontSize of Classic is 8 to 240; 900 was taken as 240."
+/// "t1:2, s1: fontSize of Classic is 8 to 240; 900 was changed to 240."
 std::vector<std::string> invalidStyles(Project const& project, FontRegistry const& fonts);
 
 } // namespace framewright

@@ -4,7 +4,7 @@
 #include "editor/commands/media_commands.h"
 #include "model/clip_moving.h"
 #include "model/clip_replacing.h"
-#include "model/clip_sound.h"
+#include "model/clip_audio.h"
 #include "model/clip_trimming.h"
 
 #include <QCoro/QCoroTask>

@@ -10,9 +10,9 @@ namespace framewright {
 
 namespace {
 
-constexpr double endless = std::numeric_limits<double>::infinity();
+constexpr double unbounded = std::numeric_limits<double>::infinity();
 
-/// The ranges of a free track that no clip covers, in order, given to `use` one by one.
+/// The ranges of a free track that no clip covers, in order, passed to `use` one by one.
 template <class Use>
 void forEachGap(std::vector<Clip> const& sorted, std::optional<Id> const& excluding, double limit,
                 Use use)
@@ -39,8 +39,8 @@ bool isPacked(std::vector<Clip> const& clips)
     return true;
 }
 
-/// Moves a group to start at `time`, each clip as much later as it was, but never into the one
-/// before it. Returns how long the group is.
+/// Moves a group to start at `time`, keeping its spacing but pushing overlapping clips apart.
+/// Returns its length.
 double spread(std::vector<Clip>& group, double time)
 {
     double const shift = time - group.front().timelineStart;
@@ -52,7 +52,7 @@ double spread(std::vector<Clip>& group, double time)
     return cursor - time;
 }
 
-/// Where a clip of a magnetic track comes to stand among the others, once they have closed up.
+/// The index of a moved clip on a magnetic track among the others, once they have closed up.
 std::size_t indexAmongOthers(std::vector<Clip> const& clips, std::size_t moving, double time)
 {
     double cursor = 0;
@@ -68,7 +68,7 @@ std::size_t indexAmongOthers(std::vector<Clip> const& clips, std::size_t moving,
     return index;
 }
 
-/// Takes an element out and puts it in again; std::rotate would swap all those between.
+/// Not std::rotate, which would swap every element in between.
 void moveElement(std::vector<Clip>& clips, std::size_t from, std::size_t to)
 {
     Clip moving = std::move(clips[from]);
@@ -104,8 +104,8 @@ std::optional<double> freeStart(Track const& track, double length, double near,
         return freeStart(sorted, length, near, excluding, limit);
     }
     std::optional<double> best;
-    double distance = endless;
-    forEachGap(*track.clips, excluding, limit.value_or(endless), [&](TimeRange const& gap) {
+    double distance = unbounded;
+    forEachGap(*track.clips, excluding, limit.value_or(unbounded), [&](TimeRange const& gap) {
         if (!(gap.length() >= length - timeTolerance))
             return;
         double const start = std::min(std::max(gap.start, near), gap.end - length);
@@ -123,7 +123,7 @@ TimeRange freeRange(Track const& track, std::size_t index)
 {
     std::vector<Clip> const& clips = *track.clips;
     Clip const& own = clips[index];
-    TimeRange range{0, endless};
+    TimeRange range{0, unbounded};
     for (std::size_t i = 0; i < clips.size(); ++i) {
         if (i == index)
             continue;
@@ -134,7 +134,7 @@ TimeRange freeRange(Track const& track, std::size_t index)
         else
             range.end = std::min(range.end, clips[i].timelineStart);
     }
-    // What overlaps already, in a document written by hand, may stay where it is.
+    // Clips of a hand-written document that already overlap may stay where they are.
     if (own.timelineStart < range.start - timeTolerance)
         range.start = std::max(0.0, own.timelineStart);
     if (own.end() > range.end + timeTolerance)

@@ -15,7 +15,7 @@ inline std::optional<Refusal> audioRefusal(ProbedFile const& file, Track const& 
     bool const isPhoto = file.asset.kind == MediaKind::image;
     if (track.kind != TrackKind::audio || file.loaded.hasAudio || isPhoto)
         return std::nullopt;
-    return Refusal{Reason::noSoundForAudioTrack, Subject::asset(file.asset)};
+    return Refusal{Reason::noAudioForAudioTrack, Subject::asset(file.asset)};
 }
 
 } // namespace framewright

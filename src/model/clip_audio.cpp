@@ -1,4 +1,4 @@
-#include "model/clip_sound.h"
+#include "model/clip_audio.h"
 
 #include "model/clip_lookup.h"
 #include "model/internal/track_rules.h"
@@ -20,8 +20,8 @@ bool hasRoomAt(Track const& track, double length, double time)
     return start && std::abs(*start - time) <= timeTolerance;
 }
 
-/// A new audio track that does not duck: the sound that lands on it is most often speech.
-Project withTrackForSound(Project project, Id const& id)
+/// Adds an audio track that does not duck: detached audio is usually speech.
+Project withTrackForAudio(Project project, Id const& id)
 {
     auto added = addTrack(std::move(project), {.id = id, .kind = TrackKind::audio});
     Project result = std::move(*added);
@@ -40,28 +40,28 @@ Outcome<DetachedAudio> detachAudio(Project project, Id const& clipID, Id const& 
     Clip const& clip = spot->clip();
     MediaAsset const* const asset = project.asset(clip.assetID);
     if (spot->track->kind != TrackKind::video || !asset || asset->kind != MediaKind::video)
-        return Refusal{Reason::noSoundToDetach, Subject::clip(clipID)};
+        return Refusal{Reason::noAudioToDetach, Subject::clip(clipID)};
     if (clip.volume == 0)
         return Refusal{Reason::alreadySilent, Subject::clip(clipID)};
 
-    Clip sound;
-    sound.id = newID;
-    sound.assetID = clip.assetID;
-    sound.timelineStart = clip.timelineStart;
-    sound.sourceStart = clip.sourceStart;
-    sound.sourceEnd = clip.sourceEnd;
-    sound.volume = clip.volume;
+    Clip audio;
+    audio.id = newID;
+    audio.assetID = clip.assetID;
+    audio.timelineStart = clip.timelineStart;
+    audio.sourceStart = clip.sourceStart;
+    audio.sourceEnd = clip.sourceEnd;
+    audio.volume = clip.volume;
     spot->edit().volume = 0;
 
     auto const found = std::ranges::find_if(project.tracks, [&](Track const& track) {
-        return hasRoomAt(track, sound.length(), sound.timelineStart);
+        return hasRoomAt(track, audio.length(), audio.timelineStart);
     });
     bool const isNewTrack = found == project.tracks.end();
     Id const trackID = isNewTrack ? newTrackID : found->id;
     if (isNewTrack)
-        project = withTrackForSound(std::move(project), newTrackID);
-    double const time = sound.timelineStart;
-    insertGroup(*project.track(trackID), {std::move(sound)}, time);
+        project = withTrackForAudio(std::move(project), newTrackID);
+    double const time = audio.timelineStart;
+    insertGroup(*project.track(trackID), {std::move(audio)}, time);
     return DetachedAudio{std::move(project), newID, trackID, isNewTrack};
 }
 
