@@ -29,39 +29,29 @@ Project voiceOverMusic(std::vector<Clip> voice)
 
 TEST(DuckRanges, AreWhereNonDuckingAudioPlays)
 {
-    struct Case {
-        char const* name;
-        Project piece;
-        std::vector<TimeRange> ranges;
-    };
-    auto const changed = [](Project piece, auto const& change) {
-        change(piece.tracks[1]);
-        return piece;
+    // clang-format off
+    struct Case { char const* name; Project timeline; std::vector<TimeRange> ranges; };
+    auto const changed = [](Project timeline, auto const& change) {
+        change(timeline.tracks[1]);
+        return timeline;
     };
     Project const voice = voiceOverMusic({clip(music, 2, 3)});
     Clip silent = clip(music, 2, 3);
     silent.volume = 0;
     for (Case const& c : {
              Case{"a voice", voice, {{2, 5}}},
-             Case{"0.4 s apart are one",
-                  voiceOverMusic({clip(music, 2, 1), clip(music, 3.4, 1)}),
-                  {{2, 4.4}}},
-             Case{"0.5 s apart are one",
-                  voiceOverMusic({clip(music, 2, 1), clip(music, 3.5, 1)}),
-                  {{2, 4.5}}},
-             Case{"0.6 s apart are two",
-                  voiceOverMusic({clip(music, 2, 1), clip(music, 3.6, 1)}),
-                  {{2, 3}, {3.6, 4.6}}},
-             Case{"one within another",
-                  voiceOverMusic({clip(music, 2, 4), clip(music, 3, 1)}),
-                  {{2, 6}}},
+             Case{"0.4 s apart are one", voiceOverMusic({clip(music, 2, 1), clip(music, 3.4, 1)}), {{2, 4.4}}},
+             Case{"0.5 s apart are one", voiceOverMusic({clip(music, 2, 1), clip(music, 3.5, 1)}), {{2, 4.5}}},
+             Case{"0.6 s apart are two", voiceOverMusic({clip(music, 2, 1), clip(music, 3.6, 1)}), {{2, 3}, {3.6, 4.6}}},
+             Case{"one within another", voiceOverMusic({clip(music, 2, 4), clip(music, 3, 1)}), {{2, 6}}},
              Case{"muted", changed(voice, [](Track& t) { t.isMuted = true; }), {}},
              Case{"turned down", changed(voice, [](Track& t) { t.volume = 0; }), {}},
              Case{"itself ducking", changed(voice, [](Track& t) { t.ducks = true; }), {}},
              Case{"a silent clip", voiceOverMusic({silent}), {}},
              Case{"solo", changed(voice, [](Track& t) { t.isSolo = true; }), {{2, 5}}},
          })
-        EXPECT_EQ(Builder::duckTriggerRanges(c.piece), c.ranges) << c.name;
+        // clang-format on
+        EXPECT_EQ(Builder::duckTriggerRanges(c.timeline), c.ranges) << c.name;
 
     Project otherSolo = voice;
     otherSolo.tracks[0].isSolo = true;
@@ -70,42 +60,19 @@ TEST(DuckRanges, AreWhereNonDuckingAudioPlays)
 
 TEST(Envelope, DropsToAQuarterWithRampsOutside)
 {
-    struct Case {
-        char const* name;
-        double start, end;
-        std::vector<TimeRange> ranges;
-        std::vector<VolumePoint> points;
-    };
+    // clang-format off
+    struct Case { char const* name; double start, end; std::vector<TimeRange> ranges; std::vector<VolumePoint> points; };
     for (Case const& c : {
              Case{"no voice", 0, 10, {}, {{0, 0.8f}, {10, 0.8f}}},
-             Case{"a voice in the middle",
-                  0,
-                  10,
-                  {{2, 5}},
-                  {{0, 0.8f}, {1.75, 0.8f}, {2, 0.2f}, {5, 0.2f}, {5.25, 0.8f}, {10, 0.8f}}},
-             Case{"over the start",
-                  3,
-                  10,
-                  {{2, 5}},
-                  {{3, 0.2f}, {5, 0.2f}, {5.25, 0.8f}, {10, 0.8f}}},
+             Case{"a voice in the middle", 0, 10, {{2, 5}}, {{0, 0.8f}, {1.75, 0.8f}, {2, 0.2f}, {5, 0.2f}, {5.25, 0.8f}, {10, 0.8f}}},
+             Case{"over the start", 3, 10, {{2, 5}}, {{3, 0.2f}, {5, 0.2f}, {5.25, 0.8f}, {10, 0.8f}}},
              Case{"over the end", 0, 4, {{2, 5}}, {{0, 0.8f}, {1.75, 0.8f}, {2, 0.2f}, {4, 0.2f}}},
-             Case{"from the very start",
-                  2,
-                  10,
-                  {{2, 5}},
-                  {{2, 0.2f}, {5, 0.2f}, {5.25, 0.8f}, {10, 0.8f}}},
-             Case{"starting in the ramp",
-                  1.875,
-                  10,
-                  {{2, 5}},
-                  {{1.875, 0.5f}, {2, 0.2f}, {5, 0.2f}, {5.25, 0.8f}, {10, 0.8f}}},
-             Case{"ending in the ramp",
-                  0,
-                  5.125,
-                  {{2, 5}},
-                  {{0, 0.8f}, {1.75, 0.8f}, {2, 0.2f}, {5, 0.2f}, {5.125, 0.5f}}},
+             Case{"from the very start", 2, 10, {{2, 5}}, {{2, 0.2f}, {5, 0.2f}, {5.25, 0.8f}, {10, 0.8f}}},
+             Case{"starting in the ramp", 1.875, 10, {{2, 5}}, {{1.875, 0.5f}, {2, 0.2f}, {5, 0.2f}, {5.25, 0.8f}, {10, 0.8f}}},
+             Case{"ending in the ramp", 0, 5.125, {{2, 5}}, {{0, 0.8f}, {1.75, 0.8f}, {2, 0.2f}, {5, 0.2f}, {5.125, 0.5f}}},
              Case{"elsewhere", 6, 9, {{2, 5}}, {{6, 0.8f}, {9, 0.8f}}},
          }) {
+        // clang-format on
         auto const points =
             Builder::envelope(clip(music, c.start, c.end - c.start), 0.8f, c.ranges);
         ASSERT_EQ(points.size(), c.points.size()) << c.name;
@@ -119,12 +86,8 @@ TEST(Envelope, DropsToAQuarterWithRampsOutside)
 
 TEST(AudioMix, LevelsFollowMuteSoloAndVolumes)
 {
-    struct Case {
-        char const* name;
-        float trackVolume, clipVolume;
-        bool isMuted, isSolo, otherIsSolo;
-        float level;
-    };
+    // clang-format off
+    struct Case { char const* name; float trackVolume, clipVolume; bool isMuted, isSolo, otherIsSolo; float level; };
     for (Case const& c : {
              Case{"unity", 1, 1, false, false, false, 1},
              Case{"both count", 0.5f, 1.5f, false, false, false, 0.75f},
@@ -134,14 +97,15 @@ TEST(AudioMix, LevelsFollowMuteSoloAndVolumes)
              Case{"both solo", 1, 1, false, true, true, 1},
              Case{"muted and solo", 1, 1, true, true, false, 0},
          }) {
+        // clang-format on
         Clip sounding = clip(music, 0, 2);
         sounding.volume = c.clipVolume;
-        Project piece = project({audioTrack({sounding}), audioTrack({clip(music, 0, 2)})});
-        piece.tracks[0].volume = c.trackVolume;
-        piece.tracks[0].isMuted = c.isMuted;
-        piece.tracks[0].isSolo = c.isSolo;
-        piece.tracks[1].isSolo = c.otherIsSolo;
-        auto const mix = Builder::audioMix(piece, {{piece.tracks[0].id, 5}});
+        Project timeline = project({audioTrack({sounding}), audioTrack({clip(music, 0, 2)})});
+        timeline.tracks[0].volume = c.trackVolume;
+        timeline.tracks[0].isMuted = c.isMuted;
+        timeline.tracks[0].isSolo = c.isSolo;
+        timeline.tracks[1].isSolo = c.otherIsSolo;
+        auto const mix = Builder::audioMix(timeline, {{timeline.tracks[0].id, 5}});
         ASSERT_EQ(mix.tracks.size(), 1u) << c.name;
         EXPECT_THAT(mix.tracks.at(5), ElementsAre(AudioMix::ClipLevels{
                                           sounding.id, {{{{0}, {1200}}, c.level, c.level}}}))
@@ -151,9 +115,10 @@ TEST(AudioMix, LevelsFollowMuteSoloAndVolumes)
 
 TEST(AudioMix, OnlyAudioTracksThatAreHeardDuck)
 {
-    Project piece = voiceOverMusic({clip(music, 2, 3)});
-    piece.tracks[0].ducks = true;
-    auto const mix = Builder::audioMix(piece, {{piece.tracks[0].id, 1}, {piece.tracks[2].id, 2}});
+    Project timeline = voiceOverMusic({clip(music, 2, 3)});
+    timeline.tracks[0].ducks = true;
+    auto const mix =
+        Builder::audioMix(timeline, {{timeline.tracks[0].id, 1}, {timeline.tracks[2].id, 2}});
     EXPECT_THAT(mix.tracks.at(1).at(0).steps, ElementsAre(AudioMix::Step{{{0}, {6000}}, 1, 1}));
     EXPECT_THAT(mix.tracks.at(2).at(0).steps,
                 ElementsAre(AudioMix::Step{{{0}, {1050}}, 1, 1},
@@ -170,20 +135,14 @@ TEST(AudioMix, GainsAreExactToTheSample)
         {{{600}, {1200}}, 0.5f, 0.5f}, {{{1200}, {1230}}, 0.5f, 1.5f}, {{{2400}, {3000}}, 0, 0}};
     std::vector<float> gains(4 * 48000);
     levels.gains(0, gains);
-    struct Case {
-        int sample;
-        float gain;
-    };
+    // clang-format off
+    struct Case { int sample; float gain; };
     for (Case const& c : {
-             Case{0, 0.5f},
-             Case{48000, 0.5f},
-             Case{95999, 0.5f},
-             Case{96000, 0.5f},
-             Case{97200, 1.0f},
-             Case{96000 + 2399, float(0.5 + 2399.0 / 2400)},
-             Case{98400, 1.5f},
+             Case{0, 0.5f}, Case{48000, 0.5f}, Case{95999, 0.5f}, Case{96000, 0.5f},
+             Case{97200, 1.0f}, Case{96000 + 2399, float(0.5 + 2399.0 / 2400)}, Case{98400, 1.5f},
              Case{191999, 1.5f},
          })
+        // clang-format on
         EXPECT_FLOAT_EQ(gains[std::size_t(c.sample)], c.gain) << c.sample;
 
     std::vector<float> piecewise(gains.size());

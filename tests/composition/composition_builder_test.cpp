@@ -99,7 +99,7 @@ TEST(Placement, FitsThenScalesThenMoves)
                   {.cropTop = 0.25},
                   {1080, 1920},
                   {0, 480, 1080, 1440}},
-             Case{"no picture", audioOnly(), {.scale = 3}, {1080, 1920}, {0, 0, 0, 0}},
+             Case{"no video", audioOnly(), {.scale = 3}, {1080, 1920}, {0, 0, 0, 0}},
          }) {
         Placement const placement = CompositionBuilder::placement(c.asset, c.transform, c.size);
         expectNear(placement.frame, c.frame, c.name);
@@ -119,53 +119,31 @@ TEST(Placement, FitsThenScalesThenMoves)
     }
 }
 
-TEST(Placement, CropsWhatIsSeenLeftWhereverThatIsStored)
-{
-    struct Case {
-        int quarterTurns;
-        bool isMirrored;
-        Rect crop;
-    };
-    for (Case const& c : {
-             Case{0, false, {192, 0, 1728, 1080}},
-             Case{1, false, {0, 0, 1920, 972}},
-             Case{2, false, {0, 0, 1728, 1080}},
-             Case{3, false, {0, 108, 1920, 972}},
-             Case{0, true, {0, 0, 1728, 1080}},
-             Case{1, true, {0, 0, 1920, 972}},
-             Case{2, true, {192, 0, 1728, 1080}},
-             Case{3, true, {0, 108, 1920, 972}},
-         }) {
-        auto const placement = CompositionBuilder::placement(turned(c.quarterTurns, c.isMirrored),
-                                                             {.cropLeft = 0.1}, {1080, 1920});
-        expectNear(placement.crop, c.crop,
-                   (std::to_string(c.quarterTurns) + (c.isMirrored ? " mirrored" : "")).c_str());
-    }
-}
-
+// `corner` is where the stored top left corner of 300 x 200 is seen; `crop` is what remains of the
+// stored 1920 x 1080 when the seen left tenth is cropped.
 TEST(Orientation, MirrorsThenTurnsClockwise)
 {
-    // Where the stored top left corner is seen.
-    struct Case {
-        int quarterTurns;
-        bool isMirrored;
-        Point corner;
-    };
+    // clang-format off
+    struct Case { int quarterTurns; bool isMirrored; Point corner; Rect crop; };
     for (Case const& c : {
-             Case{0, false, {0, 0}},
-             Case{1, false, {200, 0}},
-             Case{2, false, {300, 200}},
-             Case{3, false, {0, 300}},
-             Case{0, true, {300, 0}},
-             Case{1, true, {200, 300}},
-             Case{2, true, {0, 200}},
-             Case{3, true, {0, 0}},
+             Case{0, false, {0, 0}, {192, 0, 1728, 1080}},
+             Case{1, false, {200, 0}, {0, 0, 1920, 972}},
+             Case{2, false, {300, 200}, {0, 0, 1728, 1080}},
+             Case{3, false, {0, 300}, {0, 108, 1920, 972}},
+             Case{0, true, {300, 0}, {0, 0, 1728, 1080}},
+             Case{1, true, {200, 300}, {0, 0, 1920, 972}},
+             Case{2, true, {0, 200}, {192, 0, 1728, 1080}},
+             Case{3, true, {0, 0}, {0, 108, 1920, 972}},
          }) {
-        AffineTransform const transform =
-            uprightTransform({c.quarterTurns, c.isMirrored}, {300, 200});
-        EXPECT_EQ(transform.apply(Point{0, 0}), c.corner) << c.quarterTurns << c.isMirrored;
+        // clang-format on
+        std::string const name = fmt::format("{} {}", c.quarterTurns, c.isMirrored);
+        auto const transform = uprightTransform({c.quarterTurns, c.isMirrored}, {300, 200});
+        EXPECT_EQ(transform.apply(Point{0, 0}), c.corner) << name;
         Rect const shown = c.quarterTurns % 2 ? Rect{0, 0, 200, 300} : Rect{0, 0, 300, 200};
-        EXPECT_EQ(transform.apply(Rect{0, 0, 300, 200}), shown) << c.quarterTurns << c.isMirrored;
+        EXPECT_EQ(transform.apply(Rect{0, 0, 300, 200}), shown) << name;
+        auto const placement = CompositionBuilder::placement(turned(c.quarterTurns, c.isMirrored),
+                                                             {.cropLeft = 0.1}, {1080, 1920});
+        expectNear(placement.crop, c.crop, name.c_str());
     }
 }
 
@@ -218,7 +196,7 @@ TEST(Instructions, StackWhatIsThereFrontToBack)
              Case{"a cut next to the end",
                   {videoTrack({clip(photo, 0, 1)}), videoTrack({clip(photo, 0, 0.9996)})},
                   {"0-600: 1 2 3*"}},
-             Case{"sound never lengthens the picture",
+             Case{"audio never lengthens the video",
                   {videoTrack({clip(photo, 0, 1)}), audioTrack({clip(music, 0, 9)})},
                   {"0-600: 1 3*"}},
              Case{"overlapping clips: the first one",
@@ -251,51 +229,51 @@ TEST(Instructions, TracksOpacityIsRoundedOnlyAtTheTop)
 
 TEST(Instructions, FillerCoversEveryCanvasAndEveryInstant)
 {
-    Project piece = project({videoTrack({clip(unloaded, 0, 130)})});
+    Project timeline = project({videoTrack({clip(unloaded, 0, 130)})});
     for (PixelSize const size : {PixelSize{1080, 1920}, {1920, 1080}, {1080, 1080}, {1080, 1350}}) {
-        auto const built = CompositionBuilder::build(piece, store(), {size, 30});
+        auto const built = CompositionBuilder::build(timeline, store(), {size, 30});
         Rect const frame = built.video.instructions.at(0).layers.at(0).placement.frame;
         EXPECT_LE(frame.x, 1e-9);
         EXPECT_LE(frame.y, 1e-9);
         EXPECT_GE(frame.right(), size.width - 1e-9);
         EXPECT_GE(frame.bottom(), size.height - 1e-9);
-        std::vector<std::int64_t> pieces;
+        std::vector<std::int64_t> lengths;
         for (auto const& segment : built.track(*built.fillerTrack)->segments)
-            pieces.push_back(segment.timeRange.end.value - segment.timeRange.start.value);
-        EXPECT_THAT(pieces, ElementsAre(36000, 36000, 6000));
+            lengths.push_back(segment.timeRange.end.value - segment.timeRange.start.value);
+        EXPECT_THAT(lengths, ElementsAre(36000, 36000, 6000));
     }
     AssetStore noFiller = store();
     noFiller.filler.reset();
-    auto const built = CompositionBuilder::build(piece, noFiller, portraitOutput);
+    auto const built = CompositionBuilder::build(timeline, noFiller, portraitOutput);
     EXPECT_EQ(drawing(built.video), std::vector<std::string>{"0-78000:"});
     EXPECT_FALSE(built.fillerTrack);
 }
 
 TEST(CompositionTracks, PlayTheLoadedClipsInTimeOrder)
 {
-    Project const piece = project({
+    Project const timeline = project({
         videoTrack({clip(camera, 2, 1, 5), clip(unloaded, 1, 1), clip(photo, 0, 1)}),
         audioTrack({clip(music, 0.5, 2, 0.25)}),
         track(TrackKind::text, "Text", {clip(Clip::textAssetID, 0, 1)}),
         audioTrack({clip(unloaded, 0, 1)}),
     });
-    auto const built = CompositionBuilder::build(piece, store(), portraitOutput);
+    auto const built = CompositionBuilder::build(timeline, store(), portraitOutput);
     ASSERT_EQ(built.tracks.size(), 4u); // Picture, its sound, music, filler.
-    EXPECT_EQ(built.videoTrackIDs, (std::map<Id, CompositionTrackID>{{piece.tracks[0].id, 1}}));
-    EXPECT_EQ(built.audioTrackIDs,
-              (std::map<Id, CompositionTrackID>{{piece.tracks[0].id, 2}, {piece.tracks[1].id, 3}}));
+    EXPECT_EQ(built.videoTrackIDs, (std::map<Id, CompositionTrackID>{{timeline.tracks[0].id, 1}}));
+    EXPECT_EQ(built.audioTrackIDs, (std::map<Id, CompositionTrackID>{{timeline.tracks[0].id, 2},
+                                                                     {timeline.tracks[1].id, 3}}));
     EXPECT_EQ(built.fillerTrack, 4);
     EXPECT_EQ(built.duration, 3);
     EXPECT_EQ(built.audioDuration, 2.5);
 
-    auto const& picture = built.tracks[0].segments;
-    ASSERT_EQ(picture.size(), 2u);
-    EXPECT_EQ(picture[0].source, CompositionSegment::Source::still);
-    EXPECT_EQ(picture[0].name, "clip 1 on Video");
-    EXPECT_EQ(picture[1].name, "clip 3 on Video");
-    EXPECT_EQ(picture[1].file, "/footage.mp4");
-    EXPECT_EQ(picture[1].timeRange, (MediaTimeRange{{1200}, {1800}}));
-    EXPECT_EQ(picture[1].sourceStart, 5);
+    auto const& video = built.tracks[0].segments;
+    ASSERT_EQ(video.size(), 2u);
+    EXPECT_EQ(video[0].source, CompositionSegment::Source::still);
+    EXPECT_EQ(video[0].name, "clip 1 on Video");
+    EXPECT_EQ(video[1].name, "clip 3 on Video");
+    EXPECT_EQ(video[1].file, "/footage.mp4");
+    EXPECT_EQ(video[1].timeRange, (MediaTimeRange{{1200}, {1800}}));
+    EXPECT_EQ(video[1].sourceStart, 5);
     EXPECT_EQ(built.tracks[1].segments.size(), 1u); // The photo is silent.
     EXPECT_EQ(built.tracks[2].segments.at(0).sourceStart, 0.25);
 }
@@ -303,8 +281,8 @@ TEST(CompositionTracks, PlayTheLoadedClipsInTimeOrder)
 TEST(CompositionTracks, RoundingNeverShiftsThePictureAgainstTheTimeline)
 {
     double const start = 1 / 29.97, in = 1001 / 30000.0 * 7;
-    Project const piece = project({videoTrack({clip(camera, start, 1, in)})});
-    auto const built = CompositionBuilder::build(piece, store(), portraitOutput);
+    Project const timeline = project({videoTrack({clip(camera, start, 1, in)})});
+    auto const built = CompositionBuilder::build(timeline, store(), portraitOutput);
     CompositionSegment const& segment = built.tracks[0].segments.at(0);
     EXPECT_EQ(segment.timeRange.start.value, 20);
     EXPECT_NEAR(segment.sourceTimeAt(start + 0.5), in + 0.5, 1e-12);
@@ -333,10 +311,10 @@ TEST(Instructions, RandomProjectsAreCoveredInOrder)
             tracks.push_back(videoTrack(clips));
             tracks.back().isHidden = number(1) < 0.2;
         }
-        Project const piece = project(tracks);
-        auto const built = CompositionBuilder::build(piece, store(), portraitOutput);
+        Project const timeline = project(tracks);
+        auto const built = CompositionBuilder::build(timeline, store(), portraitOutput);
         ASSERT_EQ(CompositionValidator::problem(built), std::nullopt) << "round " << round;
-        EXPECT_EQ(built, CompositionBuilder::build(piece, store(), portraitOutput));
+        EXPECT_EQ(built, CompositionBuilder::build(timeline, store(), portraitOutput));
         for (CompositorInstruction const& instruction : built.video.instructions) {
             double const middle =
                 (instruction.timeRange.start.seconds() + instruction.timeRange.end.seconds()) / 2;
@@ -361,11 +339,11 @@ TEST(Instructions, RandomProjectsAreCoveredInOrder)
 
 TEST(Instructions, MayEndElsewhere)
 {
-    Project const piece =
+    Project const timeline =
         project({videoTrack({clip(photo, 0, 1), clip(photo, 1, 1), clip(photo, 2, 1)})});
     auto const endingAt = [&](double end) {
-        return drawing(CompositionBuilder::video(piece, store(), {{piece.tracks[0].id, 1}}, 2, 3,
-                                                 portraitOutput, {}, end));
+        return drawing(CompositionBuilder::video(timeline, store(), {{timeline.tracks[0].id, 1}}, 2,
+                                                 3, portraitOutput, {}, end));
     };
     EXPECT_THAT(endingAt(1.5), ElementsAre("0-600: 1 2*", "600-900: 1 2*"));
     EXPECT_THAT(endingAt(2), ElementsAre("0-600: 1 2*", "600-1200: 1 2*"));
@@ -374,12 +352,12 @@ TEST(Instructions, MayEndElsewhere)
 
 TEST(Instructions, CarryTheOverlaysOfTheirTime)
 {
-    Project const piece = project({videoTrack({clip(photo, 0, 1), clip(photo, 1, 1)})});
+    Project const timeline = project({videoTrack({clip(photo, 0, 1), clip(photo, 1, 1)})});
     Overlay const overlay{{{300}, {600}}, std::make_shared<PaintedOverlay>(PlacedImage())};
     auto const counts = [&](Output const& output) {
         std::vector<std::size_t> found;
         auto const built =
-            CompositionBuilder::build(piece, store(), output, std::span(&overlay, 1));
+            CompositionBuilder::build(timeline, store(), output, std::span(&overlay, 1));
         for (auto const& instruction : built.video.instructions)
             found.push_back(instruction.overlays.size());
         return found;
@@ -403,30 +381,28 @@ TEST(HDR, OneClipIsEnough)
     EXPECT_EQ(CompositionBuilder::build(hdr, store(), output).video.colors, ColorTags::bt709());
 }
 
-TEST(ExportSize, IsTheFootagesUpToALimit)
+TEST(ExportSize, IsTheFootagesEvenUpToALimit)
 {
-    struct Case {
-        AspectPreset aspect;
-        Size decoded;
-        PixelSize size;
-    };
+    // clang-format off
+    struct Case { AspectPreset aspect; Size decoded; PixelSize size; };
     for (Case const& c : {
              Case{AspectPreset::portrait, {640, 360}, {1080, 1920}},
              Case{AspectPreset::portrait, {1920, 1080}, {1080, 1920}},
              Case{AspectPreset::portrait, {3840, 2160}, {2160, 3840}},
              Case{AspectPreset::portrait, {7680, 4320}, {2160, 3840}},
-             Case{AspectPreset::portrait, {2704, 1520}, {1522, 2704}}, // 1521 is made even
+             Case{AspectPreset::portrait, {2704, 1520}, {1522, 2704}},
              Case{AspectPreset::landscape, {3840, 2160}, {3840, 2160}},
              Case{AspectPreset::landscape, {1080, 1922}, {1922, 1082}},
              Case{AspectPreset::square, {100, 2001}, {2002, 2002}},
              Case{AspectPreset::fourFive, {100, 100}, {1080, 1350}},
              Case{AspectPreset::fourFive, {2160, 3840}, {3072, 3840}},
          }) {
+        // clang-format on
         AssetStore assets;
         assets.insert(camera, moving(c.decoded.width, c.decoded.height));
-        Project piece = project({videoTrack({clip(camera, 0, 1), clip(unloaded, 1, 1)})});
-        piece.aspect = c.aspect;
-        EXPECT_EQ(CompositionBuilder::exportRenderSize(piece, assets), c.size)
+        Project timeline = project({videoTrack({clip(camera, 0, 1), clip(unloaded, 1, 1)})});
+        timeline.aspect = c.aspect;
+        EXPECT_EQ(CompositionBuilder::exportRenderSize(timeline, assets), c.size)
             << c.decoded.width << " " << ratioName(c.aspect);
     }
 }
@@ -436,11 +412,8 @@ TEST(ExportRate, IsThatOfMostOfTheFootage)
     struct Part {
         double rate, seconds;
     };
-    struct Case {
-        char const* name;
-        std::vector<Part> parts;
-        int rate;
-    };
+    // clang-format off
+    struct Case { char const* name; std::vector<Part> parts; int rate; };
     for (Case const& c : {
              Case{"nothing", {}, 30},
              Case{"film", {{23.976, 1}}, 24},
@@ -452,6 +425,7 @@ TEST(ExportRate, IsThatOfMostOfTheFootage)
              Case{"most wins", {{25, 3}, {50, 2}, {25, 1}, {60, 3.9}}, 25},
              Case{"of two the higher", {{25, 2}, {50, 2}}, 50},
          }) {
+        // clang-format on
         AssetStore assets = store();
         std::vector<Clip> clips = {clip(photo, 100, 60)};
         for (Part const& part : c.parts) {
@@ -465,23 +439,23 @@ TEST(ExportRate, IsThatOfMostOfTheFootage)
 
 TEST(Validator, NamesWhatIsWrong)
 {
-    Project const piece = project({videoTrack({clip(photo, 0, 1), clip(photo, 1, 1)})});
-    auto const sound = CompositionBuilder::build(piece, store(), portraitOutput);
-    auto const problemAfter = [&](auto const& change) {
-        BuiltComposition broken = sound;
-        change(broken);
-        return CompositionValidator::problem(broken);
-    };
-    EXPECT_EQ(problemAfter([](auto& c) { c.video.instructions[1].timeRange.start.value = 630; }),
-              "Composition invalid: instruction time range 1.050-2.000");
-    EXPECT_EQ(problemAfter([](auto& c) { c.video.instructions.pop_back(); }),
-              "Composition invalid: instruction time range 0.000-1.000");
-    EXPECT_EQ(problemAfter([](auto& c) { c.video.instructions.clear(); }),
-              "Composition invalid: instruction time range 0.000-2.000");
-    EXPECT_EQ(problemAfter([](auto& c) { c.video.instructions[0].layers[0].trackID = 9; }),
-              "Composition invalid: track 9 in instruction 0.000-1.000");
-    EXPECT_EQ(problemAfter([](auto& c) { c.tracks[0].segments.pop_back(); }),
-              "Composition invalid: track 1 in instruction 1.000-2.000");
+    Project const timeline = project({videoTrack({clip(photo, 0, 1), clip(photo, 1, 1)})});
+    auto const valid = CompositionBuilder::build(timeline, store(), portraitOutput);
+    // clang-format off
+    struct Case { char const* problem; void (*change)(BuiltComposition&); };
+    for (Case const& c : {
+             Case{"instruction time range 1.050-2.000", [](auto& b) { b.video.instructions[1].timeRange.start.value = 630; }},
+             Case{"instruction time range 0.000-1.000", [](auto& b) { b.video.instructions.pop_back(); }},
+             Case{"instruction time range 0.000-2.000", [](auto& b) { b.video.instructions.clear(); }},
+             Case{"track 9 in instruction 0.000-1.000", [](auto& b) { b.video.instructions[0].layers[0].trackID = 9; }},
+             Case{"track 1 in instruction 1.000-2.000", [](auto& b) { b.tracks[0].segments.pop_back(); }},
+         }) {
+        // clang-format on
+        BuiltComposition broken = valid;
+        c.change(broken);
+        EXPECT_EQ(CompositionValidator::problem(broken),
+                  std::string("Composition invalid: ") + c.problem);
+    }
 }
 
 } // namespace framewright

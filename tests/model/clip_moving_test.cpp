@@ -9,33 +9,26 @@ namespace framewright {
 
 TEST(MoveClip, LandsWhereThereIsRoom)
 {
-    struct Case {
-        char const* name;
-        Project before;
-        char const* moving;
-        double time;
-        char const* after;
-    };
+    // clang-format off
+    struct Case { char const* name; Project before; char const* moving; double time; char const* after; };
     for (Case const& c : {
              Case{"free", sketch("AA...BB"), "A", 2, "..AA.BB"},
              Case{"free, over its own spot", sketch("AAAA...BB"), "A", 1, ".AAAA..BB"},
              Case{"free, against a neighbour", sketch("AA...BB"), "A", 4, "...AABB"},
              Case{"free, over a neighbour", sketch("AABB"), "A", 5, "..BB.AA"},
              Case{"free, to before another", sketch("....AA.BB"), "B", 0, "BB..AA"},
-             Case{"free, before the piece", sketch("..AA"), "A", -9, "AA"},
+             Case{"free, before 0", sketch("..AA"), "A", -9, "AA"},
              Case{"magnetic, on by one", magnetic(sketch("AABBCC")), "A", 2, "BBAACC"},
              Case{"magnetic, not far enough", magnetic(sketch("AABBCC")), "A", 0.9, "AABBCC"},
-             Case{"magnetic, the nearer of two starts", magnetic(sketch("AABBCC")), "A", 3.5,
-                  "BBCCAA"},
+             Case{"magnetic, the nearer of two starts", magnetic(sketch("AABBCC")), "A", 3.5, "BBCCAA"},
              Case{"magnetic, back by one", magnetic(sketch("AABBCC")), "C", 2.9, "AACCBB"},
-             Case{"magnetic, at the middle of one before", magnetic(sketch("AABBCC")), "C", 1,
-                  "AACCBB"},
-             Case{"magnetic, at the middle of one behind", magnetic(sketch("AABBCC")), "A", 1,
-                  "BBAACC"},
+             Case{"magnetic, at the middle of one before", magnetic(sketch("AABBCC")), "C", 1, "AACCBB"},
+             Case{"magnetic, at the middle of one behind", magnetic(sketch("AABBCC")), "A", 1, "BBAACC"},
              Case{"magnetic, to the front", magnetic(sketch("AABBCC")), "C", 0, "CCAABB"},
              Case{"magnetic, past the end", magnetic(sketch("AABBCC")), "B", 99, "AACCBB"},
              Case{"magnetic, where it is", magnetic(sketch("AABBCC")), "B", 2, "AABBCC"},
          }) {
+        // clang-format on
         auto const moved = moveClip(c.before, id(c.moving), c.time);
         ASSERT_TRUE(moved) << c.name;
         EXPECT_EQ(drawing(moved->project), c.after) << c.name;
@@ -54,11 +47,8 @@ TEST(MoveClip, OntoATrackOfItsKind)
     EXPECT_EQ(moved->trackID, id("v2"));
     EXPECT_EQ(drawing(moveClip(project, id("D"), 2, id("v1"))->project, "v1"), "AADDBBb");
 
-    struct Case {
-        char const* moving;
-        char const* track;
-        Expected refusal;
-    };
+    // clang-format off
+    struct Case { char const* moving; char const* track; Expected refusal; };
     for (Case const& c : {
              Case{"b", "a1", Reason::placeholderKeepsKind},
              Case{"b", "t1", Reason::placeholderKeepsKind},
@@ -68,6 +58,7 @@ TEST(MoveClip, OntoATrackOfItsKind)
              Case{"A", "v9", Reason::trackGone},
              Case{"Z", "v1", Reason::clipGone},
          })
+        // clang-format on
         EXPECT_EQ(moveClip(project, id(c.moving), 0, id(c.track)), c.refusal) << c.moving;
     EXPECT_EQ(moveClip(locked(project), id("A"), 0, id("v2")).refusal(), lockedTrack("v1"));
     EXPECT_EQ(moveClip(locked(project, "v2"), id("A"), 0, id("v2")).refusal(), lockedTrack("v2"));
@@ -76,13 +67,8 @@ TEST(MoveClip, OntoATrackOfItsKind)
 
 TEST(NudgeClips, GoTogetherUpToAnObstacle)
 {
-    struct Case {
-        char const* name;
-        char const* before;
-        std::vector<Id> ids;
-        double by;
-        char const* after;
-    };
+    // clang-format off
+    struct Case { char const* name; char const* before; std::vector<Id> ids; double by; char const* after; };
     Id const a = id("A"), b = id("B");
     for (Case const& c : {
              Case{"right", "AA...CC", {a}, 1, ".AA..CC"},
@@ -92,6 +78,7 @@ TEST(NudgeClips, GoTogetherUpToAnObstacle)
              Case{"two that touch", "AABB.CC", {a, b}, 1, ".AABBCC"},
              Case{"the tighter one holds both", "AA...CCBB.DD", {a, b}, 2, ".AA..CC.BBDD"},
          }) {
+        // clang-format on
         auto const nudged = nudgeClips(sketch(c.before), c.ids, c.by);
         ASSERT_TRUE(nudged) << c.name;
         EXPECT_EQ(drawing(nudged->project), c.after) << c.name;
@@ -110,13 +97,8 @@ TEST(NudgeClips, GoTogetherUpToAnObstacle)
 
 TEST(RemoveClips, CloseTheGapOnMagneticTracksOnly)
 {
-    struct Case {
-        char const* name;
-        Project before;
-        std::vector<Id> ids;
-        char const* after;
-        bool closedGap;
-    };
+    // clang-format off
+    struct Case { char const* name; Project before; std::vector<Id> ids; char const* after; bool closedGap; };
     Id const a = id("A"), b = id("B"), c = id("C");
     for (Case const& each : {
              Case{"magnetic, the middle one", magnetic(sketch("AABBBCC")), {b}, "AACC", true},
@@ -125,6 +107,7 @@ TEST(RemoveClips, CloseTheGapOnMagneticTracksOnly)
              Case{"magnetic, first and last", magnetic(sketch("AABBBCC")), {a, c}, "BBB", true},
              Case{"free", sketch("AABBBCC"), {b}, "AA...CC", false},
          }) {
+        // clang-format on
         auto const removed = removeClips(each.before, each.ids);
         ASSERT_TRUE(removed) << each.name;
         EXPECT_EQ(drawing(removed->project), each.after) << each.name;

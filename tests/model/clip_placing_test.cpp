@@ -9,19 +9,15 @@ namespace framewright {
 
 TEST(Place, FindsRoomNearestTheTime)
 {
-    struct Case {
-        char const* name;
-        Project before;
-        double time;
-        char const* after;
-    };
+    // clang-format off
+    struct Case { char const* name; Project before; double time; char const* after; };
     for (Case const& c : {
              Case{"where asked", sketch("AAAA......BB"), 6, "AAAA..CC..BB"},
              Case{"pushed left", sketch("AAAA...BBBB"), 6, "AAAA.CCBBBB"},
              Case{"the nearer gap", sketch("..AAAA..BBBB"), 5, "..AAAACCBBBB"},
              Case{"too short a gap", sketch("AAAA.BBBB"), 4, "AAAA.BBBBCC"},
              Case{"before all others", sketch("..AAAA"), 1, "CCAAAA"},
-             Case{"before the piece", sketch("...AAAA"), -5, "CC.AAAA"},
+             Case{"before 0", sketch("...AAAA"), -5, "CC.AAAA"},
              Case{"magnetic, first", magnetic(sketch("AABBBB")), 0.5, "CCAABBBB"},
              Case{"at A's middle", magnetic(sketch("AAAABBBB")), 2, "AAAACCBBBB"},
              Case{"between two", magnetic(sketch("AABBBB")), 3, "AACCBBBB"},
@@ -29,6 +25,7 @@ TEST(Place, FindsRoomNearestTheTime)
              Case{"far past the end", magnetic(sketch("AAAABBBB")), 99, "AAAABBBBCC"},
              Case{"magnetic and empty", magnetic(sketch("")), 7, "CC"},
          }) {
+        // clang-format on
         auto const placed = place(c.before, clip("CC"), id("v1"), c.time);
         ASSERT_TRUE(placed) << c.name;
         EXPECT_EQ(drawing(placed->project), c.after) << c.name;
@@ -55,12 +52,8 @@ TEST(Place, EachKindHasItsTracks)
     Clip const sound = clipOf(id("C"), id("song.wav"), 1);
     Clip const photo = clipOf(id("C"), id("face.jpg"), 1);
     auto const apart = Reason::textAndMediaApart;
-    struct Case {
-        char const* name;
-        Clip clip;
-        char const* track;
-        Expected refusal;
-    };
+    // clang-format off
+    struct Case { char const* name; Clip clip; char const* track; Expected refusal; };
     for (Case const& c : {
              Case{"video", video, "v1", {}},
              Case{"its sound", video, "a1", {}},
@@ -79,6 +72,7 @@ TEST(Place, EachKindHasItsTracks)
              Case{"placeholder", placeholder("C", 1), "s1", Reason::notForPlaceholders},
              Case{"unknown file", clipOf(id("C"), id("gone"), 1), "v1", Reason::assetGone},
          }) {
+        // clang-format on
         auto const placed = place(project, c.clip, id(c.track), 0);
         EXPECT_EQ(placed, c.refusal) << c.name << " on " << c.track;
     }
@@ -88,12 +82,8 @@ TEST(Place, RefusalsSayWhy)
 {
     Project const project = sketch("AA");
     Id const talk = id("talk.mov");
-    struct Case {
-        Project project;
-        Clip clip;
-        double time;
-        Expected refusal;
-    };
+    // clang-format off
+    struct Case { Project project; Clip clip; double time; Expected refusal; };
     for (Case const& c : {
              Case{project, clipOf(id("C"), talk, 0.09), 0, Reason::tooShort},
              Case{project, clipOf(id("C"), talk, 0.1), 0, {}},
@@ -109,6 +99,7 @@ TEST(Place, RefusalsSayWhy)
              Case{project, placeholder("C", latestTime - 1), 2, Reason::noRoom},
              Case{magnetic(project), placeholder("C", latestTime - 1), 0, Reason::noRoom},
          }) {
+        // clang-format on
         auto const placed = place(c.project, c.clip, id("v1"), c.time);
         EXPECT_EQ(placed, c.refusal);
     }
@@ -140,37 +131,26 @@ TEST(AddPlaceholder, GoesToTheEndOfTheFirstVideoTrack)
         project, {.id = id("p"), .name = "Music", .length = 2, .trackID = id("a1"), .time = 4});
     EXPECT_EQ(drawing(music->project, "a1"), "C...pp");
 
-    EXPECT_EQ(
-        addPlaceholder(project, {.id = id("p"), .name = "x", .trackID = id("t1")}).refusal().reason,
-        Reason::notForPlaceholders);
-    EXPECT_EQ(
-        addPlaceholder(project, {.id = id("p"), .name = "x", .length = 0.05}).refusal().reason,
-        Reason::tooShort);
-    EXPECT_EQ(addPlaceholder(sketch({{"a1", ""}}), {.id = id("p"), .name = "x"}).refusal().reason,
-              Reason::noVideoTrack);
-    EXPECT_EQ(addPlaceholder(locked(sketch("")), {.id = id("p"), .name = "x"}).refusal(),
-              lockedTrack("v1"));
+    auto const p = id("p");
+    EXPECT_EQ(addPlaceholder(project, {.id = p, .name = "x", .trackID = id("t1")}),
+              Expected(Reason::notForPlaceholders));
+    EXPECT_EQ(addPlaceholder(project, {.id = p, .name = "x", .length = 0.05}),
+              Expected(Reason::tooShort));
+    EXPECT_EQ(addPlaceholder(sketch({{"a1", ""}}), {.id = p, .name = "x"}),
+              Expected(Reason::noVideoTrack));
+    EXPECT_EQ(addPlaceholder(locked(sketch("")), {.id = p, .name = "x"}),
+              Expected(lockedTrack("v1")));
 }
 
 TEST(DuplicateClips, GoRightBehind)
 {
-    struct Case {
-        char const* name;
-        Project before;
-        std::vector<Id> ids;
-        char const* after;
-    };
+    // clang-format off
+    struct Case { char const* name; Project before; std::vector<Id> ids; char const* after; };
     Id const a = id("A"), b = id("B"), c = id("C");
     for (Case const& each : {
              Case{"magnetic", magnetic(sketch("AABBCC")), {b}, "AABBXXCC"},
-             Case{"magnetic, a long clip after a short",
-                  magnetic(sketch("ABBBBBBCC")),
-                  {a},
-                  "AXBBBBBBCC"},
-             Case{"magnetic, several behind the last",
-                  magnetic(sketch("AABCC")),
-                  {a, b},
-                  "AABXXYCC"},
+             Case{"magnetic, a long clip after a short", magnetic(sketch("ABBBBBBCC")), {a}, "AXBBBBBBCC"},
+             Case{"magnetic, several behind the last", magnetic(sketch("AABCC")), {a, b}, "AABXXYCC"},
              Case{"magnetic, apart", magnetic(sketch("AABCC")), {a, c}, "AABCCXXYY"},
              Case{"free with room", sketch("AA..BB"), {a}, "AAXXBB"},
              Case{"free without room", sketch("AA.BB"), {a}, "AA.BBXX"},
@@ -178,6 +158,7 @@ TEST(DuplicateClips, GoRightBehind)
              Case{"free, several keep their spacing", sketch("A.B...CC"), {a, b}, "A.BX.YCC"},
              Case{"given in any order", magnetic(sketch("AAB")), {b, a}, "AABYYX"},
          }) {
+        // clang-format on
         std::vector<Id> const copies = {id("X"), id("Y")};
         auto const done =
             duplicateClips(each.before, each.ids, std::span(copies).first(each.ids.size()));

@@ -92,28 +92,17 @@ TEST(ReplaceClip, ALeftoverTooShortForAClipIsNotFilled)
 
 TEST(ReplaceClip, ByAnotherClipTakesItOutOfItsOldSpot)
 {
-    struct Case {
-        char const* name;
-        Project before;
-        char const* v1;
-        char const* v2;
-    };
+    // clang-format off
+    struct Case { char const* name; Project before; char const* v1; char const* v2; };
     for (Case const& c : {
-             Case{"magnetic, from later",
-                  magnetic(sketch({{"v1", "ppBBCCC"}, {"v2", ""}})),
-                  "CCBB",
-                  ""},
-             Case{"magnetic, from before",
-                  magnetic(sketch({{"v1", "CCCBBpp"}, {"v2", ""}})),
-                  "BBCC",
-                  ""},
+             Case{"magnetic, from later", magnetic(sketch({{"v1", "ppBBCCC"}, {"v2", ""}})), "CCBB", ""},
+             Case{"magnetic, from before", magnetic(sketch({{"v1", "CCCBBpp"}, {"v2", ""}})), "BBCC", ""},
              Case{"free, the same track", sketch({{"v1", "ppBBCCC"}, {"v2", ""}}), "CCBB", ""},
              Case{"free, shorter", sketch({{"v1", "ppppBBCCC"}, {"v2", ""}}), "CCC.BB", ""},
-             Case{"from a free track", magnetic(sketch({{"v1", "AppB"}, {"v2", "D.CCCE"}})), "ACCB",
-                  "D....E"},
-             Case{"from a magnetic track",
-                  magnetic(sketch({{"v1", "A.ppB"}, {"v2", "DCCCE"}}), "v2"), "A.CCB", "DE"},
+             Case{"from a free track", magnetic(sketch({{"v1", "AppB"}, {"v2", "D.CCCE"}})), "ACCB", "D....E"},
+             Case{"from a magnetic track", magnetic(sketch({{"v1", "A.ppB"}, {"v2", "DCCCE"}}), "v2"), "A.CCB", "DE"},
          }) {
+        // clang-format on
         Project before = c.before;
         for (Track& track : before.tracks) {
             for (Clip& clip : track.clips.edit())
@@ -135,12 +124,8 @@ TEST(ReplaceClip, RefusalsSayWhy)
 {
     Project const project = sketch({{"t1", "T"}, {"v1", "AApp"}, {"v2", "VV"}, {"a1", "SSqq"}});
     Project const tooShort = withFile(project, file("blip.mov", MediaKind::video, 0.05));
-    struct Case {
-        Project project;
-        char const* clip;
-        Replacement with;
-        Expected refusal;
-    };
+    // clang-format off
+    struct Case { Project project; char const* clip; Replacement with; Expected refusal; };
     for (Case const& c : {
              Case{project, "A", {fromTimeline, id("A")}, Reason::replacesItself},
              Case{project, "T", {fromFile, id("talk.mov")}, Reason::textCarriesNoFile},
@@ -157,6 +142,7 @@ TEST(ReplaceClip, RefusalsSayWhy)
              Case{locked(project), "p", {fromFile, id("talk.mov")}, lockedTrack("v1")},
              Case{locked(project, "v2"), "p", {fromTimeline, id("V")}, lockedTrack("v2")},
          }) {
+        // clang-format on
         auto const done = replaceClip(c.project, id(c.clip), c.with);
         EXPECT_EQ(done, c.refusal);
     }

@@ -1,5 +1,5 @@
-#include "model/clip_settings.h"
 #include "model/clip_audio.h"
+#include "model/clip_settings.h"
 #include "model/time_rules.h"
 
 #include "model/sketch.h"
@@ -25,10 +25,8 @@ TEST(ClipSettings, StayWithinTheirLimits)
     auto const transform = [](char const* clip, ClipTransform const& to) {
         return setClipTransform(timeline(), id(clip), to);
     };
-    struct Case {
-        Outcome<Project> done;
-        Expected refusal;
-    };
+    // clang-format off
+    struct Case { Outcome<Project> done; Expected refusal; };
     for (Case const& c : {
              Case{volume("A", 0), {}},
              Case{volume("S", 1.5f), {}},
@@ -36,9 +34,7 @@ TEST(ClipSettings, StayWithinTheirLimits)
              Case{volume("S", -0.1f), beyond(Setting::volume)},
              Case{volume("S", std::nanf("")), beyond(Setting::volume)},
              Case{volume("T", 1), Reason::textHasOwnSettings},
-             Case{transform("A",
-                            {.scale = 1.78, .offsetX = -0.5, .cropLeft = 0.45, .cropRight = 0.45}),
-                  {}},
+             Case{transform("A", {.scale = 1.78, .offsetX = -0.5, .cropLeft = 0.45, .cropRight = 0.45}), {}},
              Case{transform("p", {.scale = 0.5}), {}},
              Case{transform("A", {.scale = 0}), beyond(Setting::scale)},
              Case{transform("A", {.scale = -1}), beyond(Setting::scale)},
@@ -49,14 +45,14 @@ TEST(ClipSettings, StayWithinTheirLimits)
              Case{transform("T", {}), Reason::onlyVideoIsPlaced},
              Case{renamePlaceholder(timeline(), id("p"), "Pour"), {}},
              Case{renamePlaceholder(timeline(), id("p"), ""), Reason::placeholderNameEmpty},
-             Case{renamePlaceholder(timeline(), id("A"), "Pour"),
-                  Reason::onlyPlaceholdersAreRenamed},
+             Case{renamePlaceholder(timeline(), id("A"), "Pour"), Reason::onlyPlaceholdersAreRenamed},
              Case{setPlaceholderNote(timeline(), id("A"), "n"), Reason::onlyPlaceholdersHaveNotes},
              Case{setClipVolume(locked(timeline()), id("A"), 1), lockedTrack("v1")},
              Case{resetClipTransform(locked(timeline()), id("A")), lockedTrack("v1")},
              Case{renamePlaceholder(locked(timeline()), id("p"), "x"), lockedTrack("v1")},
              Case{updateClip(locked(timeline()), id("A"), [](Clip&) {}), lockedTrack("v1")},
          })
+        // clang-format on
         EXPECT_EQ(c.done, c.refusal);
 }
 
@@ -87,20 +83,15 @@ TEST(UpdateClip, CannotBreakTheTrack)
 
 TEST(DetachAudio, GoesWhereThereIsRoomAtThatTime)
 {
-    struct Case {
-        char const* name;
-        Project before;
-        char const* track;
-        char const* after;
-    };
+    // clang-format off
+    struct Case { char const* name; Project before; char const* track; char const* after; };
     for (Case const& c : {
              Case{"a free spot", sketch({{"v1", "..AA"}, {"a1", "SS"}}), "a1", "SSXX"},
-             Case{"the next track", sketch({{"v1", "..AA"}, {"a1", "SSS"}, {"a2", ""}}), "a2",
-                  "..XX"},
-             Case{"not a locked one", locked(sketch({{"v1", "..AA"}, {"a1", ""}}), "a1"), "a9",
-                  "..XX"},
+             Case{"the next track", sketch({{"v1", "..AA"}, {"a1", "SSS"}, {"a2", ""}}), "a2", "..XX"},
+             Case{"not a locked one", locked(sketch({{"v1", "..AA"}, {"a1", ""}}), "a1"), "a9", "..XX"},
              Case{"a new track", sketch({{"v1", "..AA"}, {"a1", "...S"}}), "a9", "..XX"},
          }) {
+        // clang-format on
         auto const done = detachAudio(c.before, id("A"), id("X"), id("a9"));
         ASSERT_TRUE(done) << c.name;
         EXPECT_EQ(done->trackID, id(c.track)) << c.name;
@@ -110,15 +101,13 @@ TEST(DetachAudio, GoesWhereThereIsRoomAtThatTime)
         EXPECT_EQ(find(done->project, "X").volume, 1) << c.name;
         EXPECT_EQ(find(done->project, "X").sourceStart, 10) << c.name;
     }
-    auto const done = detachAudio(sketch("A"), id("A"), id("X"), id("a9"));
-    EXPECT_EQ(detachAudio(done->project, id("A"), id("Y"), id("a8")).refusal().reason,
-              Reason::alreadySilent);
-    EXPECT_EQ(detachAudio(timeline(), id("p"), id("X"), id("a9")).refusal().reason,
-              Reason::noAudioToDetach);
-    EXPECT_EQ(detachAudio(timeline(), id("S"), id("X"), id("a9")).refusal().reason,
-              Reason::noAudioToDetach);
-    EXPECT_EQ(detachAudio(locked(timeline()), id("A"), id("X"), id("a9")).refusal(),
-              lockedTrack("v1"));
+    auto const detach = [](Project const& project, char const* name) {
+        return detachAudio(project, id(name), id("Y"), id("a8"));
+    };
+    EXPECT_EQ(detach(detach(sketch("A"), "A")->project, "A"), Expected(Reason::alreadySilent));
+    EXPECT_EQ(detach(timeline(), "p"), Expected(Reason::noAudioToDetach));
+    EXPECT_EQ(detach(timeline(), "S"), Expected(Reason::noAudioToDetach));
+    EXPECT_EQ(detach(locked(timeline()), "A"), Expected(lockedTrack("v1")));
 }
 
 TEST(ClampAudioToTimeline, MovesWhatStartsBeforeZeroAndLeavesTheEnd)
@@ -127,7 +116,7 @@ TEST(ClampAudioToTimeline, MovesWhatStartsBeforeZeroAndLeavesTheEnd)
     project.track(id("a1"))->clips.edit()[0].timelineStart = -1;
     project.track(id("a2"))->clips.edit()[0].timelineStart = -1;
     Project const clamped = clampAudioToTimeline(locked(project, "a2"));
-    EXPECT_EQ(drawing(clamped, "a1"), "SS.RRRR") << "uncut, and past the picture's end";
+    EXPECT_EQ(drawing(clamped, "a1"), "SS.RRRR") << "uncut, and past the video's end";
     EXPECT_EQ(clamped.track(id("a2"))->clips, project.track(id("a2"))->clips) << "locked";
 }
 

@@ -86,11 +86,8 @@ TEST(Split, FallsBackToTheClipUnderTheTime)
 TEST(TrimClip, OnAFreeTrackNothingElseMoves)
 {
     // B plays seconds 10 to 14 of its file.
-    struct Case {
-        char const* name;
-        Trim trim;
-        double in, out;
-    };
+    // clang-format off
+    struct Case { char const* name; Trim trim; double in, out; };
     for (Case const& c : {
              Case{"start later", {.start = 5}, 12, 14},
              Case{"start earlier, to the neighbour", {.start = 1}, 8, 14},
@@ -105,6 +102,7 @@ TEST(TrimClip, OnAFreeTrackNothingElseMoves)
              Case{"in, ending at", {.end = 8, .in = 20}, 20, 25},
              Case{"start, up to out", {.start = 4, .out = 16}, 11, 16},
          }) {
+        // clang-format on
         auto const done = trimClip(sketch("A..BBBB..C"), id("B"), c.trim);
         ASSERT_TRUE(done) << c.name;
         Clip const& clip = find(done->project, "B");
@@ -120,12 +118,8 @@ TEST(TrimClip, OnAFreeTrackNothingElseMoves)
 
 TEST(TrimClip, OnAMagneticTrackLaterClipsFollow)
 {
-    struct Case {
-        char const* name;
-        Trim trim;
-        char const* after;
-        std::optional<double> head;
-    };
+    // clang-format off
+    struct Case { char const* name; Trim trim; char const* after; std::optional<double> head; };
     for (Case const& c : {
              Case{"end later", {.end = 7}, "AABBBBBCC", {}},
              Case{"end earlier", {.end = 3}, "AABCC", {}},
@@ -135,6 +129,7 @@ TEST(TrimClip, OnAMagneticTrackLaterClipsFollow)
              Case{"out later", {.out = 15}, "AABBBBBCC", {}},
              Case{"start and end", {.start = 3, .end = 5}, "AABBCC", 1},
          }) {
+        // clang-format on
         auto const done = trimClip(magnetic(sketch("AABBBBCC")), id("B"), c.trim);
         ASSERT_TRUE(done) << c.name;
         EXPECT_EQ(drawing(done->project), c.after) << c.name;
@@ -151,12 +146,8 @@ TEST(TrimClip, RefusalsSayWhatBoundsIt)
         return Refusal{Reason::overlapsNeighbor, Subject::clip(id(clip)), range};
     };
     double const endless = std::numeric_limits<double>::infinity();
-    struct Case {
-        Project project;
-        char const* clip;
-        Trim trim;
-        Expected refusal;
-    };
+    // clang-format off
+    struct Case { Project project; char const* clip; Trim trim; Expected refusal; };
     for (Case const& c : {
              Case{free, "B", {}, Reason::noEdgeGiven},
              Case{free, "B", {.end = 5, .out = 12}, Reason::endGivenTwice},
@@ -182,6 +173,7 @@ TEST(TrimClip, RefusalsSayWhatBoundsIt)
              Case{locked(packed), "B", {.end = 5}, lockedTrack("v1")},
              Case{packed, "Z", {.end = 5}, Reason::clipGone},
          }) {
+        // clang-format on
         auto const done = trimClip(c.project, id(c.clip), c.trim);
         EXPECT_EQ(done, c.refusal) << c.clip;
     }
@@ -191,11 +183,8 @@ TEST(TrimClip, PhotosPlaceholdersAndTextsStretchBothWays)
 {
     Clip const photo = clipOf(id("P"), id("face.jpg"), photoLength, 0);
     Project const project = place(sketch(""), photo, id("v1"), 10)->project;
-    struct Case {
-        Trim trim;
-        double length;
-        Expected refusal;
-    };
+    // clang-format off
+    struct Case { Trim trim; double length; Expected refusal; };
     for (Case const& c : {
              Case{{.end = 70}, 60, {}},
              Case{{.end = 70.1}, 0, Reason::photoTooLong},
@@ -204,6 +193,7 @@ TEST(TrimClip, PhotosPlaceholdersAndTextsStretchBothWays)
              Case{{.out = 9}, 9, {}},
              Case{{.in = -1}, 0, beyond(Setting::sourceIn)},
          }) {
+        // clang-format on
         auto const done = trimClip(project, id("P"), c.trim);
         ASSERT_EQ(done, c.refusal);
         if (!done)

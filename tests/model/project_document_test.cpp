@@ -109,11 +109,11 @@ TEST(ProjectDocument, IsWrittenStablySortedAndShort)
     EXPECT_NE(data.find("\"volume\": 0.7\n"), std::string::npos) << data;
     EXPECT_NE(data.find("\"opacity\": 0.30000000000000004,"), std::string::npos) << data;
     EXPECT_EQ(data.find("brief"), std::string::npos) << "An absent value is left out.";
-    // The judge knows JSON, sorts keys and indents alike; it only writes numbers its own way.
+    // The reference sorts and indents alike; it only writes numbers differently.
     Json const parsed = Json::parse(data);
-    std::string judged = parsed.dump(2) + "\n";
-    auto const at = judged.find("\"volume\": ");
-    EXPECT_EQ(judged.substr(0, at).size(), data.substr(0, data.find("\"volume\": ")).size());
+    std::string reference = parsed.dump(2) + "\n";
+    auto const at = reference.find("\"volume\": ");
+    EXPECT_EQ(reference.substr(0, at).size(), data.substr(0, data.find("\"volume\": ")).size());
 }
 
 TEST(ProjectDocument, MissingOptionalKeysTakeTheirDefaults)

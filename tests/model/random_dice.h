@@ -11,7 +11,7 @@
 
 namespace framewright {
 
-/// Chances, and the arguments that users would give: mostly sensible, often at an edge.
+/// Random choices, and random arguments: mostly sensible, often at an edge.
 class Dice {
 public:
     Dice(Project const& project, std::mt19937& random, std::uint32_t& lastID)
@@ -45,17 +45,13 @@ public:
         return m_clips.empty() ? nullptr : m_clips[std::size_t(upTo(m_clips.size() - 1))];
     }
     Id clip() { return m_clips.empty() || oneIn(50) ? newID() : anyClip()->id; }
-    /// A clip on a track of that kind, when there is any.
+    /// A clip on a track of that kind, most often.
     Id clip(TrackKind kind)
     {
-        std::vector<Id> fitting;
-        for (Track const& track : m_project.tracks) {
-            for (Clip const& clip : *track.clips) {
-                if (track.kind == kind)
-                    fitting.push_back(clip.id);
-            }
-        }
-        return fitting.empty() ? clip() : fitting[std::size_t(upTo(fitting.size() - 1))];
+        Track const* const found = m_project.track(track(kind));
+        if (!found || found->clips->empty())
+            return clip();
+        return (*found->clips)[std::size_t(upTo(found->clips->size() - 1))].id;
     }
     std::vector<Id> clips()
     {
@@ -105,28 +101,19 @@ public:
     {
         constexpr double steps[] = {0, 0.05, 0.09, 0.0996, 0.1, 0.11, 0.5, 1, -0.0004, -0.3};
         double const step = steps[upTo(std::size(steps) - 1)];
-        switch (upTo(3)) {
-        case 0:
-            return clip.timelineStart + step;
-        case 1:
-            return clip.end() - step;
-        default:
+        if (oneIn(2))
             return between(clip.timelineStart, clip.end());
-        }
+        return oneIn(2) ? clip.timelineStart + step : clip.end() - step;
     }
 
     double time()
     {
-        switch (upTo(9)) {
-        case 0:
+        if (oneIn(10))
             return between(-2, 90);
-        case 1:
+        if (oneIn(10))
             return upTo(60);
-        case 2:
+        if (oneIn(10))
             return oneIn(20) ? std::nan("") : between(0, 2e6);
-        default:
-            break;
-        }
         Clip const* const clip = anyClip();
         if (!clip)
             return between(0, 5);
@@ -144,23 +131,17 @@ public:
 
     Clip newClip()
     {
-        int const what = upTo(4);
-        double const in = oneIn(3) ? 0 : between(0, 95);
-        switch (what) {
-        case 0:
-            return clipOf(newID(), Clip::placeholderAssetID, length(), 0);
-        case 1: {
+        if (oneIn(5)) {
             Clip text = textClip("T", length());
             text.id = newID();
             return text;
         }
-        case 2:
+        if (oneIn(4))
+            return clipOf(newID(), Clip::placeholderAssetID, length(), 0);
+        if (oneIn(3))
             return clipOf(newID(), id("face.jpg"), length(), 0);
-        case 3:
-            return clipOf(newID(), id("song.wav"), length(), in);
-        default:
-            return clipOf(newID(), id("talk.mov"), length(), in);
-        }
+        Id const asset = id(oneIn(2) ? "song.wav" : "talk.mov");
+        return clipOf(newID(), asset, length(), oneIn(3) ? 0 : between(0, 95));
     }
 
     template <class T>

@@ -36,11 +36,11 @@ struct Remembered {
 std::string brokenClipRule(Project const& project, Track const& track, Clip const& clip)
 {
     if (kindRefusal(project, clip, track))
-        return "a clip stands on another kind of track";
+        return "a clip is on another kind of track";
     if (rangeRefusal(project, clip))
-        return "a clip has times it may not have";
+        return "a clip has invalid times";
     if (!(clip.timelineStart >= 0) || !(clip.end() <= latestTime + timeTolerance))
-        return "a clip stands outside the timeline";
+        return "a clip is outside the timeline";
     return {};
 }
 
@@ -103,16 +103,13 @@ private:
     {
         Remembered const& before = m_past.back();
         Operation const& operation = chosenOperation(before.project, dice);
-        RandomEdits::Count& count = report.byOperation[operation.name];
         try {
             auto done = operation.apply(before.project, dice);
             if (before.project != before.copy)
                 report.problem = "the project it was given has changed";
             if (!done) {
-                ++count.refused;
                 ++report.refusals;
             } else {
-                ++count.done;
                 check(report, before.project, *done);
                 m_past.emplace_back(std::move(*done));
                 m_future.clear();
@@ -204,22 +201,6 @@ std::string brokenRule(Project const& project)
             return problem;
     }
     return {};
-}
-
-std::string summary(std::vector<RandomEdits> const& runs)
-{
-    std::map<std::string, RandomEdits::Count> all;
-    for (RandomEdits const& run : runs) {
-        for (auto const& [name, count] : run.byOperation) {
-            all[name].done += count.done;
-            all[name].refused += count.refused;
-        }
-    }
-    std::string text;
-    for (auto const& [name, count] : all)
-        text += name + ": " + std::to_string(count.done) + " done, " +
-                std::to_string(count.refused) + " refused\n";
-    return text;
 }
 
 } // namespace framewright

@@ -3,7 +3,6 @@
 #include "model/project.h"
 
 #include <cstdint>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -14,14 +13,9 @@ std::vector<Project> variedProjects();
 
 /// What a run of random edits did, and what it broke.
 struct RandomEdits {
-    struct Count {
-        long done = 0;
-        long refused = 0;
-    };
     std::uint32_t seed = 0;
     long operations = 0;
     long refusals = 0;
-    std::map<std::string, Count> byOperation;
     std::string problem; ///< Empty when every rule held after every edit.
 };
 
@@ -34,8 +28,5 @@ RandomEdits editAtRandom(Project project, std::uint32_t seed, long operations);
 
 /// The first rule that a project breaks, in words; empty when it keeps them all.
 std::string brokenRule(Project const& project);
-
-/// A line for each operation: how often it was done and refused.
-std::string summary(std::vector<RandomEdits> const& runs);
 
 } // namespace framewright

@@ -1,10 +1,10 @@
 #include "model/random_operations.h"
 
+#include "model/clip_audio.h"
 #include "model/clip_moving.h"
 #include "model/clip_placing.h"
 #include "model/clip_replacing.h"
 #include "model/clip_settings.h"
-#include "model/clip_audio.h"
 #include "model/clip_trimming.h"
 #include "model/text_editing.h"
 #include "model/track_editing.h"
@@ -28,7 +28,7 @@ Outcome<Project> projectOf(Outcome<Result> outcome)
         auto const found = findClip(outcome->project, outcome->clipID);
         if (!found || found->track->id != outcome->trackID ||
             found->clip->timelineStart != outcome->at)
-            throw std::logic_error("does not stand where the result says");
+            throw std::logic_error("is not where the result says");
     }
     return std::move(outcome->project);
 }
@@ -64,12 +64,11 @@ constexpr Operation clipOperations[] = {
          return projectOf(pasteClips(p, copied, d.maybe(d.track()), d.time(),
                                      d.newIDs(copied.size()), d.newIDs(4)));
      }},
-    {"move", [](P p, Dice& d) { return projectOf(moveClip(p, d.clip(), d.time())); }},
-    {"move across",
+    {"move",
      [](P p, Dice& d) {
          auto const found = findClip(p, d.clip());
-         if (!found)
-             return projectOf(moveClip(p, d.newID(), d.time(), d.track()));
+         if (!found || d.oneIn(2))
+             return projectOf(moveClip(p, d.clip(), d.time()));
          return projectOf(moveClip(p, found->clip->id, d.time(), d.track(found->track->kind)));
      }},
     {"nudge",
@@ -80,13 +79,9 @@ constexpr Operation clipOperations[] = {
     {"remove", [](P p, Dice& d) { return projectOf(removeClips(p, d.clips())); }},
     {"split",
      [](P p, Dice& d) {
-         return projectOf(split(p, d.maybe(d.clip()), d.maybe(d.track()), d.time(), d.newID()));
-     }},
-    {"split a clip",
-     [](P p, Dice& d) {
          Clip const* const clip = d.anyClip();
-         if (!clip)
-             return projectOf(split(p, d.newID(), std::nullopt, 1, d.newID()));
+         if (!clip || d.oneIn(2))
+             return projectOf(split(p, d.maybe(d.clip()), d.maybe(d.track()), d.time(), d.newID()));
          return projectOf(split(p, clip->id, std::nullopt, d.timeNear(*clip), d.newID()));
      }},
     {"trim edges",
@@ -95,14 +90,9 @@ constexpr Operation clipOperations[] = {
          if (!clip || d.oneIn(4))
              return projectOf(
                  trimClip(p, d.clip(), {.start = d.maybe(d.time()), .end = d.maybe(d.time())}));
-         switch (d.upTo(2)) {
-         case 0:
-             return projectOf(trimClip(p, clip->id, {.start = d.timeNear(*clip)}));
-         case 1:
-             return projectOf(trimClip(p, clip->id, {.end = d.timeNear(*clip)}));
-         default:
-             break;
-         }
+         if (d.oneIn(2))
+             return projectOf(d.oneIn(2) ? trimClip(p, clip->id, {.start = d.timeNear(*clip)})
+                                         : trimClip(p, clip->id, {.end = d.timeNear(*clip)}));
          double const start = d.timeNear(*clip);
          return projectOf(trimClip(p, clip->id, {.start = start, .end = start + d.length()}));
      }},
@@ -126,16 +116,11 @@ constexpr Operation clipOperations[] = {
          return projectOf(trimClip(p, clip ? clip->id : d.newID(), trim));
      }},
     {"slip", [](P p, Dice& d) { return slipClip(p, d.clip(), d.between(-5, 105)); }},
-    {"replace by a file",
+    {"replace",
      [](P p, Dice& d) {
          char const* const files[] = {"talk.mov", "song.wav", "face.jpg", "short.mov"};
-         Replacement const with{Replacement::From::file, id(files[d.upTo(3)])};
-         return projectOf(d.oneIn(2) ? replaceClip(p, d.clip(), with)
-                                     : replaceClipReturningFiller(p, d.clip(), with, d.newID()));
-     }},
-    {"replace by a clip",
-     [](P p, Dice& d) {
-         Replacement const with{Replacement::From::timeline, d.clip()};
+         auto const with = d.oneIn(2) ? Replacement{Replacement::From::file, id(files[d.upTo(3)])}
+                                      : Replacement{Replacement::From::timeline, d.clip()};
          return projectOf(d.oneIn(2) ? replaceClip(p, d.clip(), with)
                                      : replaceClipReturningFiller(p, d.clip(), with, d.newID()));
      }},

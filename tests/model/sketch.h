@@ -22,7 +22,7 @@
 
 namespace framewright {
 
-/// The id that a short name stands for; a letter's id draws as that letter.
+/// The id of a short name; a letter's id draws as that letter.
 inline Id id(std::string_view name)
 {
     if (name.size() == 1)
@@ -93,16 +93,11 @@ inline Clip clip(std::string_view letters)
 
 inline TrackKind kindOf(std::string_view trackName)
 {
-    switch (trackName[0]) {
-    case 'a':
-        return TrackKind::audio;
-    case 't':
-        return TrackKind::text;
-    case 's':
-        return TrackKind::subtitles;
-    default:
-        return TrackKind::video;
-    }
+    char const c = trackName[0];
+    return c == 'a'   ? TrackKind::audio
+           : c == 't' ? TrackKind::text
+           : c == 's' ? TrackKind::subtitles
+                      : TrackKind::video;
 }
 
 inline std::vector<Clip> clipsDrawn(std::string_view drawing, TrackKind kind)
@@ -165,7 +160,7 @@ inline Project locked(Project project, char const* track = "v1")
     return project;
 }
 
-/// A track as a drawing again; "!" where clips overlap, "?" where one does not stand on whole
+/// A track as a drawing again; "!" where clips overlap, "?" where one is not on whole
 /// seconds.
 inline std::string drawing(Project const& project, char const* trackName = "v1")
 {
@@ -207,21 +202,18 @@ bool operator==(Outcome<T> const& outcome, Expected const& expected)
            (!expected.whole || outcome.refusal() == *expected.whole);
 }
 
-template <class T>
-void PrintTo(Outcome<T> const& outcome, std::ostream* to)
-{
-    if (outcome)
-        *to << "made";
-    else
-        *to << "refused for reason " << int(outcome.refusal().reason);
-}
-
 inline void PrintTo(Expected const& expected, std::ostream* to)
 {
     if (expected.reason)
         *to << "refused for reason " << int(*expected.reason);
     else
         *to << "made";
+}
+
+template <class T>
+void PrintTo(Outcome<T> const& outcome, std::ostream* to)
+{
+    PrintTo(outcome ? Expected() : Expected(outcome.refusal()), to);
 }
 
 inline Refusal lockedTrack(std::string_view name)

@@ -31,13 +31,8 @@ NewText newText(double time, double length, std::optional<Id> const& trackID = s
 
 TEST(AddText, FindsATrackAndRoom)
 {
-    struct Case {
-        char const* name;
-        Project before;
-        NewText text;
-        char const* track;
-        char const* after;
-    };
+    // clang-format off
+    struct Case { char const* name; Project before; NewText text; char const* track; char const* after; };
     auto const two = sketch({{"t1", "AA..BB"}, {"t2", "CC"}, {"v1", "DDDD"}});
     for (Case const& c : {
              Case{"where asked", two, newText(2, 2), "t1", "AAXXBB"},
@@ -48,6 +43,7 @@ TEST(AddText, FindsATrackAndRoom)
              Case{"no track yet", sketch({{"v1", "DD"}}), newText(1, 2), "t9", ".XX"},
              Case{"all locked", locked(sketch({{"t1", "A"}}), "t1"), newText(0, 1), "t9", "X"},
          }) {
+        // clang-format on
         auto const placed = addText(c.before, c.text);
         ASSERT_TRUE(placed) << c.name;
         EXPECT_EQ(drawing(placed->project, c.track), c.after) << c.name;
@@ -65,10 +61,8 @@ TEST(AddText, RefusalsSayWhy)
         change(text);
         return text;
     };
-    struct Case {
-        NewText text;
-        Expected refusal;
-    };
+    // clang-format off
+    struct Case { NewText text; Expected refusal; };
     std::string const spaces = " \n\t\u00A0\u3000\u200B";
     for (Case const& c : {
              Case{newText(0, 0.1), {}},
@@ -78,13 +72,12 @@ TEST(AddText, RefusalsSayWhy)
              Case{newText(0, std::nan("")), beyond(Setting::textLength)},
              Case{newText(-1, 1), beyond(Setting::placeTime)},
              Case{newText(0, 1, id("v1")), Reason::notATextTrack},
-             Case{newText(999'999.5, 1, id("t1")), {}}, // As near as there is room.
+             Case{newText(999'999.5, 1, id("t1")), {}},
              Case{with([&](NewText& t) { t.text.text = spaces; }), Reason::noWords},
              Case{with([&](NewText& t) { t.text.text = ""; }), Reason::noWords},
              Case{with([&](NewText& t) { t.text.text = spaces + "."; }), {}},
              Case{with([](NewText& t) { t.text.text = std::string(10'000, 'x'); }), {}},
-             Case{with([](NewText& t) { t.text.text = std::string(10'001, 'x'); }),
-                  Reason::tooManyCharacters},
+             Case{with([](NewText& t) { t.text.text = std::string(10'001, 'x'); }), Reason::tooManyCharacters},
              Case{with([](NewText& t) { t.text.style.fontSize = 8; }), {}},
              Case{with([](NewText& t) { t.text.style.fontSize = 240; }), {}},
              Case{with([](NewText& t) { t.text.style.fontSize = 7; }), beyond(Setting::fontSize)},
@@ -92,6 +85,7 @@ TEST(AddText, RefusalsSayWhy)
              Case{with([](NewText& t) { t.text.x = 1.01; }), beyond(Setting::textX)},
              Case{with([](NewText& t) { t.text.y = -0.01; }), beyond(Setting::textY)},
          })
+        // clang-format on
         EXPECT_EQ(addText(before, c.text), c.refusal);
 
     Project full = sketch({{"t1", ""}});
@@ -106,14 +100,8 @@ TEST(ChangeText, KeepsTheRulesOfTheTrack)
 {
     Project const free = sketch({{"t1", "AA..BB.C"}, {"v1", "DD"}});
     Project const packed = magnetic(sketch({{"t1", "AABBC"}}), "t1");
-    struct Case {
-        char const* name;
-        Project before;
-        char const* clip;
-        double length;
-        char const* after;
-        Expected refusal;
-    };
+    // clang-format off
+    struct Case { char const* name; Project before; char const* clip; double length; char const* after; Expected refusal; };
     auto const runsInto = [](double most) {
         return Refusal{
             .reason = Reason::runsIntoNextText, .subject = Subject::track(id("t1")), .value = most};
@@ -130,6 +118,7 @@ TEST(ChangeText, KeepsTheRulesOfTheTrack)
              Case{"locked", locked(free, "t1"), "A", 1, "", lockedTrack("t1")},
              Case{"no text", free, "D", 1, "", Reason::notAText},
          }) {
+        // clang-format on
         auto const changed = changeText(c.before, id(c.clip), {.length = c.length});
         EXPECT_EQ(changed, c.refusal) << c.name;
         if (changed && *c.after) {

@@ -21,11 +21,6 @@ using Cause = FileError::Cause;
 using testing::ElementsAre;
 namespace fs = std::filesystem;
 
-unsigned modeOf(fs::path const& path)
-{
-    return static_cast<unsigned>(fs::status(path).permissions());
-}
-
 template <class Action>
 std::optional<Cause> causeOf(Action const& action)
 {
@@ -37,7 +32,7 @@ std::optional<Cause> causeOf(Action const& action)
     return std::nullopt;
 }
 
-/// While it lives no file of this process may grow beyond `bytes`: a disk that is full.
+/// While it lives no file of this process may grow beyond `bytes`, like on a full disk.
 class FileSizeLimit {
 public:
     explicit FileSizeLimit(rlim_t bytes) : m_oldHandler(std::signal(SIGXFSZ, SIG_IGN))
@@ -71,7 +66,7 @@ private:
     uid_t const m_user = ::geteuid();
 };
 
-/// A document whose first line tells its length, so that a part of one is told from a whole.
+/// A document that starts with its length, so that a part of one can be recognised.
 std::string document(std::size_t length)
 {
     return std::to_string(length) + "\n" + std::string(length, static_cast<char>('a' + length % 26));
@@ -82,8 +77,8 @@ bool isWhole(std::string const& text)
     return text == document(std::stoul(text));
 }
 
-/// Writes documents of many lengths for ever; a byte in `started` tells of the first.
-[[noreturn]] void writeForEver(fs::path const& file, int started)
+/// Writes documents of many lengths without end; a byte in `started` reports the first.
+[[noreturn]] void writeEndlessly(fs::path const& file, int started)
 {
     for (std::size_t round = 0;; ++round) {
         writeFileAtomically(file, document(round * 7919 % 300'000));
@@ -286,14 +281,14 @@ TEST(WriteFile, AKilledWriterLeavesAWholeDocument)
         pid_t const writer = ::fork();
         ASSERT_GE(writer, 0);
         if (writer == 0)
-            writeForEver(file, started[1]);
+            writeEndlessly(file, started[1]);
         char byte = 0;
         ::close(started[1]);
         EXPECT_EQ(::read(started[0], &byte, 1), 1);
         ::close(started[0]);
 
-        // Reading on is what the time until the kill is made of: every look is at a whole one.
-        for (unsigned look = random() % 200; look > 0; --look)
+        // The reads pass the time until the kill; each must find a whole document.
+        for (unsigned reads = random() % 200; reads > 0; --reads)
             ASSERT_TRUE(isWhole(readFile(file)));
         ::kill(writer, SIGKILL);
         int status = 0;
@@ -321,7 +316,7 @@ TEST(WriteFile, OfTwoWritersOneWinsWhole)
     EXPECT_THAT(namesIn(folder.path()), ElementsAre("shared.json"));
 }
 
-TEST(ReadFile, TellsWhyItCannot)
+TEST(ReadFile, ReportsWhyItCannot)
 {
     TestFolder const folder;
     put(folder / "five", "12345");

@@ -7,28 +7,17 @@
 
 namespace framewright {
 
-namespace {
-
-unsigned modeOf(std::filesystem::path const& path)
-{
-    return static_cast<unsigned>(std::filesystem::status(path).permissions());
-}
-
-} // namespace
-
 TEST(Paths, FollowTheEnvironment)
 {
-    struct Case {
-        char const* variable;
-        std::filesystem::path (*folder)();
-        char const* whenUnset;
-    };
+    // clang-format off
+    struct Case { char const* variable; std::filesystem::path (*folder)(); char const* whenUnset; };
     TestVariable const home("HOME", "/home/someone");
     for (Case const& c : {
              Case{"XDG_DATA_HOME", applicationSupportFolder, "/home/someone/.local/share/Framewright"},
              Case{"XDG_CACHE_HOME", cachesFolder, "/home/someone/.cache/Framewright"},
              Case{"XDG_CONFIG_HOME", configFolder, "/home/someone/.config/Framewright"},
          }) {
+        // clang-format on
         for (char const* const noFolder : {static_cast<char const*>(nullptr), "", "relative/x"}) {
             TestVariable const variable(c.variable, noFolder);
             EXPECT_EQ(c.folder(), c.whenUnset);
@@ -50,19 +39,18 @@ TEST(Paths, HomeIsTheAccountsWithoutAVariable)
     EXPECT_EQ(applicationSupportFolder(), homeFolder() / ".local/share/Framewright");
 }
 
-TEST(Paths, TildeStandsForAHomeAtTheFrontOnly)
+TEST(Paths, TildeMeansAHomeAtTheFrontOnly)
 {
     TestVariable const home("HOME", "/home/someone");
+    // clang-format off
     struct Case { char const* path; char const* expanded; };
     for (Case const& c : {
-             Case{"~", "/home/someone"},
-             Case{"~/", "/home/someone"},
-             Case{"~/Footage/a.mov", "/home/someone/Footage/a.mov"},
-             Case{"/a/~/b", "/a/~/b"},
-             Case{"a~", "a~"},
-             Case{"", ""},
+             Case{"~", "/home/someone"}, Case{"~/", "/home/someone"},
+             Case{"~/Footage/a.mov", "/home/someone/Footage/a.mov"}, Case{"/a/~/b", "/a/~/b"},
+             Case{"a~", "a~"}, Case{"", ""},
              Case{"~nobody-of-this-name/a", "~nobody-of-this-name/a"},
          })
+        // clang-format on
         EXPECT_EQ(expandTilde(c.path), c.expanded) << c.path;
     EXPECT_TRUE(expandTilde("~root/a").is_absolute());
 }
@@ -91,8 +79,8 @@ TEST(Folders, AFileInTheWayIsNamed)
     for (auto const make : {ensureFolder, ensurePrivateFolder}) {
         for (char const* const name : {"file", "file/below"}) {
             std::string const sentence = failureOf<FileError>([&] { make(folder / name); });
-            EXPECT_EQ(sentence, "“" + (folder / name).string() +
-                                    "” could not be created: Not a directory.");
+            EXPECT_EQ(sentence,
+                      "“" + (folder / name).string() + "” could not be created: Not a directory.");
         }
     }
 }

@@ -80,6 +80,11 @@ inline std::string contentsOf(std::filesystem::path const& file)
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
+inline unsigned modeOf(std::filesystem::path const& path)
+{
+    return static_cast<unsigned>(std::filesystem::status(path).permissions());
+}
+
 /// The names of a folder's entries, in order.
 inline std::vector<std::string> namesIn(std::filesystem::path const& folder)
 {

@@ -31,8 +31,8 @@ TEST(UserDefaults, KeepWhatWasSet)
     EXPECT_EQ(defaults.string("workspace.path"), std::nullopt);
     EXPECT_EQ(defaults.strings("workspace.recent"), std::nullopt);
 
-    Texts const hard = {"/home/é ✂/a, b", "@home", "a=b;c#d", "\"quoted\"", " spaces ", "\\x\n%41",
-                        "", "@Invalid()", "1"};
+    Texts const hard = {"/home/é ✂/a, b", "@home", "a=b;c#d",    "\"quoted\"", " spaces ",
+                        "\\x\n%41",       "",      "@Invalid()", "1"};
     defaults.setStrings("hard", hard);
     for (std::size_t i = 0; i < hard.size(); ++i)
         defaults.setString("hard." + std::to_string(i), hard[i]);
@@ -60,7 +60,7 @@ TEST(UserDefaults, KeepWhatWasSet)
     }
 }
 
-TEST(UserDefaults, KeysStandAsTheyAreNamed)
+TEST(UserDefaults, KeysAreStoredAsTheyAreNamed)
 {
     TestFolder const folder;
     UserDefaults defaults(folder / "Framewright.ini");
@@ -78,8 +78,7 @@ TEST(UserDefaults, AnUnusableFileIsLeftAlone)
     UserDefaults damaged(folder / "damaged.ini");
     put(damaged.file(), "[General\nnothing like settings\n");
     EXPECT_EQ(failureOf<FileError>([&] { damaged.setString("a", "b"); }),
-              "“" + damaged.file().string() +
-                  "” could not be written: it is not a settings file.");
+              "“" + damaged.file().string() + "” could not be written: it is not a settings file.");
     EXPECT_EQ(contentsOf(damaged.file()), "[General\nnothing like settings\n");
 
     put(folder / "file");

@@ -4,11 +4,7 @@
 
 namespace framewright {
 
-namespace {
-
 namespace fs = std::filesystem;
-
-} // namespace
 
 TEST(MediaFinder, LooksBesideTheProjectThenAtTheUrlThenInTheMediaFolders)
 {
@@ -16,7 +12,7 @@ TEST(MediaFinder, LooksBesideTheProjectThenAtTheUrlThenInTheMediaFolders)
     for (char const* const file : {
              "projects/Hook/media/a.mp4", "original/a.mp4", "original/b.mp4", "footage/a.mp4",
              "footage/deep/er/c.mp4", "footage/same.mp4", "more/same.mp4", "footage/.cache/h.mp4",
-             "footage/.h.mp4", "footage/odd \xFF.mp4",
+             "footage/.h.mp4", "footage/not utf8 \xFF.mp4",
          })
         put(folder / file, "12345");
     put(folder / "footage/size.mp4", "1");
@@ -39,13 +35,13 @@ TEST(MediaFinder, LooksBesideTheProjectThenAtTheUrlThenInTheMediaFolders)
              Case{"beside the project first", "media/a.mp4", base + "/original/a.mp4", {}, "projects/Hook/media/a.mp4"},
              Case{"up and over", "../../original/b.mp4", "/gone/b.mp4", {}, "original/b.mp4"},
              Case{"absolute", base + "/original/b.mp4", "", {}, "original/b.mp4"},
-             Case{"as a URL", FileURL{base + "/footage/odd \xFF.mp4"}.text(), "", {}, "footage/odd \xFF.mp4"},
+             Case{"as a URL", FileURL{base + "/footage/not utf8 \xFF.mp4"}.text(), "", {}, "footage/not utf8 \xFF.mp4"},
              Case{"then the URL", "media/b.mp4", base + "/original/b.mp4", {}, "original/b.mp4"},
              Case{"then by name", "/gone/a.mp4", "/gone/too/a.mp4", {}, "footage/a.mp4"},
              Case{"by the URL's name", "", "/gone/c.mp4", 5, "footage/deep/er/c.mp4"},
              Case{"two of a name", "media/same.mp4", "", {}, ""},
              Case{"two of a name and size", "media/same.mp4", "", 5, ""},
-             Case{"told apart by size", "media/size.mp4", "", 5, "more/size.mp4"},
+             Case{"distinguished by size", "media/size.mp4", "", 5, "more/size.mp4"},
              Case{"another size", "media/c.mp4", "", 6, ""},
              Case{"in a hidden folder", "media/h.mp4", "", {}, ""},
              Case{"a hidden file", "media/.h.mp4", "", {}, ""},

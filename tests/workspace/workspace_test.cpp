@@ -26,14 +26,10 @@ TEST(Workspace, IsAFolderWithOneOfItsMarks)
         char const* file;
         bool isWorkspace;
     };
-    for (Case const& c : {
-             Case{"workspace.json", true},
-             Case{"library.json", true},
-             Case{"Framewright.md", true},
-             Case{"CLAUDE.md", false},
-             Case{"workspace.json/inside", false},
-             Case{"projects/workspace.json", false},
-         }) {
+    for (Case const& c :
+         {Case{"workspace.json", true}, Case{"library.json", true}, Case{"Framewright.md", true},
+          Case{"CLAUDE.md", false}, Case{"workspace.json/inside", false},
+          Case{"projects/workspace.json", false}}) {
         TestFolder const folder;
         put(folder / c.file);
         EXPECT_EQ(Workspace::isWorkspace(folder.path()), c.isWorkspace) << c.file;
@@ -43,22 +39,19 @@ TEST(Workspace, IsAFolderWithOneOfItsMarks)
 
 TEST(Workspace, ProjectDocumentsAreKnownByTheirPath)
 {
-    struct Case {
-        char const* file;
-        bool isDocument;
-    };
+    // clang-format off
+    struct Case { char const* file; bool isDocument; };
     for (Case const& c : {
              Case{"/w/projects/Hook/project.json", true},
              Case{"/w/projects/Hook/../Other/./project.json", true},
-             Case{"projects/Hook/project.json", true},
-             Case{"/w/project.json", false},
+             Case{"projects/Hook/project.json", true}, Case{"/w/project.json", false},
              Case{"/w/projects/project.json", false},
              Case{"/w/projects/Hook/media/project.json", false},
              Case{"/w/projects/Hook/Project.json", false},
-             Case{"/w/my projects/Hook/project.json", false},
-             Case{"/project.json", false},
+             Case{"/w/my projects/Hook/project.json", false}, Case{"/project.json", false},
              Case{"", false},
          })
+        // clang-format on
         EXPECT_EQ(Workspace::isProjectDocument(c.file), c.isDocument) << c.file;
 }
 
@@ -117,11 +110,8 @@ TEST(CanonicalPath, IsTheSameForEveryWayToAPlace)
 
 TEST(UniqueName, CountsPastTheNamesThere)
 {
-    struct Case {
-        char const* name;
-        std::vector<char const*> there;
-        char const* unique;
-    };
+    // clang-format off
+    struct Case { char const* name; std::vector<char const*> there; char const* unique; };
     for (Case const& c : {
              Case{"Hook", {}, "Hook"},
              Case{"Hook", {"Hook v2", "Hook 2"}, "Hook"},
@@ -131,6 +121,7 @@ TEST(UniqueName, CountsPastTheNamesThere)
              Case{"Hook v2", {"Hook v2"}, "Hook v2 2"},
              Case{"Ölwechsel", {"ölwechsel"}, "Ölwechsel 2"},
          }) {
+        // clang-format on
         TestFolder const folder;
         for (char const* const name : c.there)
             put(folder / name);
@@ -160,7 +151,7 @@ TEST(Recent, RemembersEightMostRecentFirst)
     EXPECT_EQ(Workspace::recent(defaults).front(), "/not utf8 \xFF");
 }
 
-TEST(Recent, OlderKeysAreReadUntilTheNewOnesStand)
+TEST(Recent, OlderKeysAreReadUntilTheNewOnesExist)
 {
     TestFolder const folder;
     UserDefaults defaults(folder / "Framewright.ini");
@@ -239,11 +230,8 @@ TEST(Openable, RefusalsSayWhy)
         char const* name;
         Reason reason;
     };
-    for (Case const& c : {
-             Case{"gone", Reason::folderGone},
-             Case{"plain/", Reason::notAWorkspace},
-             Case{"file", Reason::notAWorkspace},
-         }) {
+    for (Case const& c : {Case{"gone", Reason::folderGone}, Case{"plain/", Reason::notAWorkspace},
+                          Case{"file", Reason::notAWorkspace}}) {
         auto const opened = Workspace::openable(folder / c.name);
         ASSERT_FALSE(opened) << c.name;
         EXPECT_EQ(opened.refusal(), (Refusal{c.reason, Subject::named(base + "/" + c.name)}));
@@ -320,19 +308,17 @@ TEST(Marker, MediaFoldersMayBeWrittenByHand)
 
 TEST(Marker, ABrokenOneIsNamedAndNeverOverwritten)
 {
-    struct Case {
-        char const* text;
-        char const* place;
-    };
+    // clang-format off
+    struct Case { char const* text; char const* place; };
     for (Case const& c : {
              Case{"{\"about\": ", "The document is not valid JSON (line 1, column 11)."},
              Case{"", "The document is not valid JSON (line 1, column 1)."},
              Case{"[]", "The document must be an object."},
              Case{"{\"about\": \"\xFF\"}", "The document is not valid JSON (line 1, column 12)."},
              Case{R"({"version": "1"})", "version must be a number."},
-             Case{R"({"version": 2})", "The workspace was written by a newer Framewright (format "
-                                       "2, this one reads up to 1)."},
+             Case{R"({"version": 2})", "The workspace was written by a newer Framewright (format " "2, this one reads up to 1)."},
          }) {
+        // clang-format on
         TestFolder const folder;
         put(folder / "workspace.json", c.text);
         std::string const sentence = "The workspace at " + folder.path().string() +

@@ -2,9 +2,9 @@
 
 #include "editor/commands/editing.h"
 #include "editor/commands/media_commands.h"
+#include "model/clip_audio.h"
 #include "model/clip_moving.h"
 #include "model/clip_replacing.h"
-#include "model/clip_audio.h"
 #include "model/clip_trimming.h"
 
 #include <QCoro/QCoroTask>
