@@ -81,7 +81,7 @@ TEST(StyleList, CorrectsInvalidValuesAndNotesThem)
     EXPECT_NE(list.styles[1].id, list.styles[0].id);
     EXPECT_EQ(notes, (std::vector<std::string>{
                          "styles[0].glow is not known here; the next save drops it.",
-                         "fontSize of Big is 8 to 240; 5000 was taken as 240.",
+                         "fontSize of Big is 8 to 240; 5000 was changed to 240.",
                          "The id of Twin appears twice; the second was given one of its own."}));
     EXPECT_EQ(decodeStyleList(list.data()).value, list);
     EXPECT_EQ(failureOf<DocumentError>([] { (void)decodeStyleList(R"({"styles": [{}]})"); }),
