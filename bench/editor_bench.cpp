@@ -1,4 +1,4 @@
-// The editor's own part of editing, opening and saving: what happens on its main thread.
+// The main thread's part of editing, opening and saving.
 
 #include "editor/commands/clip_changing_commands.h"
 #include "editor/commands/selection_commands.h"
@@ -44,7 +44,7 @@ std::filesystem::path folder()
            ("framewright-bench-" + std::to_string(getpid()));
 }
 
-/// An editor with a project open that is in no workspace, so that nothing is saved meanwhile.
+/// An editor with an open project outside any workspace, so that nothing is saved meanwhile.
 class OpenEditor {
 public:
     explicit OpenEditor(Project const& project)
@@ -123,7 +123,7 @@ BENCHMARK(undoMemory)->Unit(benchmark::kMillisecond)->Iterations(1);
 
 int main(int argc, char** argv)
 {
-    // The editor's settings and recovery copies go where the benchmark's project is.
+    // Settings and recovery copies go beside the benchmark's project.
     setenv("HOME", (std::filesystem::temp_directory_path()).c_str(), 1);
     setenv("XDG_DATA_HOME", (framewright::folder() / "data").c_str(), 1);
     QCoreApplication app(argc, argv);

@@ -1,4 +1,4 @@
-// What an edit costs with 10,000 clips on a track, and what a long project costs to store.
+// The cost of an edit with 10,000 clips on a track, and of storing a long project.
 //
 //     bench_model                                  the benchmarks
 //     bench_model --random-operations=20000000     random edits against the rules, no benchmarks
@@ -67,7 +67,7 @@ SubtitleData longCaptions()
     return data;
 }
 
-/// 10,000 clips on a track, magnetic or free, and little else.
+/// A project of 10,000 clips on one track, magnetic or free.
 Project longProject(bool isMagnetic)
 {
     Project project = sketch({{"v1", ""}, {"v2", "YY..ZZ"}, {"a1", ""}});

@@ -1,9 +1,9 @@
 """Collects the carried fonts from fetched packages: collect.py NODE_MODULES FOLDER
 
-Each comes as a TrueType file named by its PostScript name, with its licence beside it. Two families
-are published in parts only, one a file for each set of letters, compressed: those are unpacked, and
-every part but the first becomes a family of its own ("Neonderthaw Extended"), so that text can be
-set in all of them at once.
+Each becomes a TrueType file named by its PostScript name, with its licence beside it. Two families
+are published only in parts, a compressed file for each set of letters: those are unpacked, and
+every part but the first becomes a separate family ("Neonderthaw Extended"), so that one text can
+use all of them.
 """
 
 import pathlib
@@ -25,7 +25,7 @@ WHOLE = {  # package: (file name, its weights)
     "lexend": ("Lexend", ["600SemiBold"]),
     "marck-script": ("MarckScript", ["400Regular"]),
     "quicksand": ("Quicksand", ["700Bold"]),
-    # "system:" and "mono:", whose weights are all there
+    # "system:" and "mono:", in all their weights
     "inter": (
         "Inter",
         ["300Light", "400Regular", "500Medium", "600SemiBold", "700Bold", "800ExtraBold"],
@@ -34,9 +34,9 @@ WHOLE = {  # package: (file name, its weights)
         "JetBrainsMono",
         ["300Light", "400Regular", "500Medium", "600SemiBold", "700Bold", "800ExtraBold"],
     ),
-    # letters of which Debian has none in several weights
+    # Debian has no Hebrew font in several weights
     "noto-sans-hebrew": ("NotoSansHebrew", ["300Light", "400Regular", "600SemiBold", "700Bold"]),
-    # in place of fonts that nobody may carry
+    # replacements for fonts that may not be distributed
     "libre-baskerville": ("LibreBaskerville", ["400Regular", "600SemiBold", "700Bold"]),
     "nunito-sans": ("NunitoSans", ["500Medium", "600SemiBold", "700Bold"]),
 }
@@ -51,22 +51,22 @@ Tables = dict[bytes, bytes]
 
 
 def unpacked(woff: bytes) -> tuple[bytes, Tables]:
-    """What kind of font a WOFF file holds, and its tables."""
+    """The kind of font in a WOFF file, and its tables."""
     signature, kind, _, count = struct.unpack(">4s4sIH", woff[:14])
     if signature != b"wOFF":
-        raise ValueError("is no WOFF file")
+        raise ValueError("is not a WOFF file")
     tables = {}
     for i in range(count):
         tag, offset, packed, length, _ = struct.unpack_from(">4sIIII", woff, 44 + 20 * i)
         data = woff[offset : offset + packed]
         tables[tag] = zlib.decompress(data) if packed < length else data
         if len(tables[tag]) != length:
-            raise ValueError("is cut short")
+            raise ValueError("is truncated")
     return kind, tables
 
 
 def renamed(names: bytes, family: str) -> bytes:
-    """A name table that calls the font `family`, and keeps what it says of its makers' rights."""
+    """A name table that calls the font `family` and keeps the copyright and licence entries."""
     _, count, strings = struct.unpack_from(">HHH", names)
     kept = {1: family, 2: "Regular", 4: family, 6: family.replace(" ", "") + "-Regular"}
     for i in range(count):
@@ -114,7 +114,7 @@ def collect(packages: pathlib.Path, folder: pathlib.Path) -> None:
             style = weight.lstrip("0123456789")
             shutil.copyfile(file, folder / f"{name}-{style}.ttf")
         licence = source / "LICENSE_FONT"
-        if not licence.exists():  # Left out by a package: the same font's other one has it.
+        if not licence.exists():  # Missing in this package; the font's other package has it.
             licence = packages / "@fontsource" / package / "LICENSE"
         shutil.copyfile(licence, folder / f"{name}-LICENSE.txt")
     for package, family in PARTED.items():

@@ -22,8 +22,8 @@ namespace framewright {
 ///     files()      the file the project is kept in
 ///
 /// What people and agents can do is in editor/commands; every command ends in `commit`, which makes
-/// one undo step of it and has it saved. Main thread only. It may be destroyed while files are read
-/// or written in the background; tasks that a caller awaits must not outlive it.
+/// one undo step of it and schedules its save. Main thread only. It may be destroyed while files
+/// are read or written in the background; tasks that a caller awaits must not outlive it.
 class AppState : public QObject {
     Q_OBJECT
 

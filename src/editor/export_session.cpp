@@ -20,7 +20,7 @@ bool isSource(decltype(Project::assets) const& assets, std::filesystem::path con
 
 } // namespace
 
-/// Marks a session as running, under the caller's stop and its own.
+/// Marks a session as running; the caller's stop token and the session can both cancel it.
 class ExportSession::Running {
 public:
     Running(ExportSession& session, std::filesystem::path const& file, std::stop_token stop)

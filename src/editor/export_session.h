@@ -35,7 +35,7 @@ public:
     QCoro::Task<Outcome<ExportResult>> run(ExportSettings settings, ExportProgress progress,
                                            std::stop_token stop);
 
-    /// Cancels the running export, if any. Ends when it has ended and its caller knows.
+    /// Cancels the running export, if any. Ends when its caller has been answered.
     QCoro::Task<void> cancel();
 
 signals:

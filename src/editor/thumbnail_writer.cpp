@@ -1,7 +1,7 @@
 #include "editor/thumbnail_writer.h"
 
-#include "tasks/on_worker.h"
 #include "platform/atomic_file.h"
+#include "tasks/on_worker.h"
 #include "workspace/workspace.h"
 
 #include <QLoggingCategory>
@@ -14,7 +14,7 @@ namespace {
 
 constexpr int thumbnailWidth = 270;
 
-/// A time that shows something: a little past the first frame, which may be black.
+/// A time a little past the first frame, which may be black.
 double representativeTime(Project const& project)
 {
     return std::min(1.0, project.videoDuration() / 2);
@@ -26,7 +26,7 @@ ThumbnailWriter::ThumbnailWriter(AppState& editor, StillFrames& stills, QObject*
     : QObject(parent), m_editor(editor), m_stills(stills)
 {
     connect(&editor.document(), &Document::changed, this, [this](ProjectChange const& change) {
-        // An import alone changes nothing that is seen.
+        // An import alone changes no frame.
         if (!(change.before.tracks == change.after.tracks &&
               change.before.aspect == change.after.aspect))
             m_isOutdated = true;
@@ -45,16 +45,17 @@ QCoro::Task<void> ThumbnailWriter::write()
     m_isOutdated = false;
     co_await m_editor.media().refresh();
     if (self && m_editor.files().isInWorkspace()) {
-        auto const draw = [&stills = m_stills, project = m_editor.project(),
-                           assets = m_editor.media().store(),
-                           file = Workspace::thumbnailFile(m_editor.files().file()->parent_path())] {
-            auto const png = stills.png(project, assets, representativeTime(project), thumbnailWidth);
-            writeFileAtomically(file, {reinterpret_cast<char const*>(png.data()), png.size()});
-        };
+        auto const draw =
+            [&stills = m_stills, project = m_editor.project(), assets = m_editor.media().store(),
+             file = Workspace::thumbnailFile(m_editor.files().file()->parent_path())] {
+                auto const png =
+                    stills.png(project, assets, representativeTime(project), thumbnailWidth);
+                writeFileAtomically(file, {reinterpret_cast<char const*>(png.data()), png.size()});
+            };
         try {
             co_await onWorker(draw);
         } catch (std::exception const& error) {
-            // The project itself is saved; its thumbnail is not worth an alarm.
+            // The project itself is saved; a missing thumbnail is not worth a report.
             qWarning("The thumbnail was not written: %s", error.what());
         }
     }

@@ -8,7 +8,7 @@
 namespace framewright {
 
 /// Keeps the thumbnail of a workspace project current: a frame of it, drawn on a worker after each
-/// save that changed what is seen. Main thread only.
+/// save that changed its frames. Main thread only.
 class ThumbnailWriter : public QObject {
     Q_OBJECT
 

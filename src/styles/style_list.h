@@ -11,7 +11,7 @@
 
 namespace framewright {
 
-/// A larger file of styles is refused: reading must not be felt.
+/// A larger file of styles is refused, so that reading it causes no noticeable pause.
 inline constexpr std::uintmax_t largestStyleFile = 8 << 20;
 
 /// Saved styles in their order, and which of them is the default: the content of a workspace's

@@ -13,7 +13,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// Not put off by more changes.
+/// Further changes do not postpone the save.
 constexpr SyncTiming timing = {.delay = 500ms, .longestDelay = 500ms};
 
 /// "Neon" of "Neon 2".
@@ -125,7 +125,7 @@ std::string const& StyleStore::problem() const
     return m_file.problem().empty() ? m_loadingProblem : m_file.problem();
 }
 
-/// Reads the user's styles, and adds the built-in ones that never were.
+/// Reads the user's styles, and adds the built-in ones that were never added before.
 void StyleStore::load()
 {
     auto const list = m_defaults.string(m_kind.listKey);
@@ -149,7 +149,7 @@ void StyleStore::load()
         if (wasAdded || holds(m_list.styles, preset.id))
             continue;
         m_list.styles.push_back(withUnusedName(preset, m_list.styles));
-        // A workspace gets what is new to this user, not what is new to this computer.
+        // Only what is new to this user: what they deleted stays deleted in every workspace.
         if (list && seeded)
             m_newPresets.push_back(preset);
     }
@@ -328,7 +328,7 @@ FileOwner<StyleList> StyleStore::owner()
     };
 }
 
-/// Takes in what another program wrote. What of ours is not saved yet stays.
+/// Takes in what another program wrote. Our unsaved changes stay.
 Taken StyleStore::take(StyleList const& theirs, StyleList const* base)
 {
     StyleList list = merged(base ? *base : StyleList(), m_list, theirs);

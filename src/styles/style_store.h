@@ -18,7 +18,7 @@ namespace framewright {
 ///
 /// They are kept in the settings file of the workspace the store is attached to, and in the user's
 /// defaults, which a new workspace starts with. The built-in styles are added once: one that the
-/// user deletes stays deleted, one that a later version brings is added then.
+/// user deletes stays deleted, and one that a later version brings is added by that version.
 ///
 /// A change is saved half a second later, on a worker. What another program writes is merged style
 /// by style (sync/synced_file.h). A file that does not decode is left alone: the styles stay in
@@ -32,7 +32,7 @@ public:
         std::string fileName;
         std::string listKey; ///< In the user's defaults, like the next two.
         std::string defaultKey;
-        std::string seededKey; ///< The built-in styles that were ever added, by id.
+        std::string seededKey; ///< The ids of all built-in styles ever added.
         std::span<CaptionStyle const> presets;
     };
     static Kind captions();
@@ -68,7 +68,7 @@ public:
 
     /// What keeps the styles from being read or saved; empty when all is well.
     std::string const& problem() const;
-    /// What in the file was not taken as written, a sentence each.
+    /// What was corrected while reading the file, a sentence each.
     std::vector<std::string> const& notes() const { return m_file.notes(); }
     std::optional<std::filesystem::path> const& file() const { return m_file.file(); }
     std::string const& fileName() const { return m_kind.fileName; }
@@ -78,22 +78,22 @@ public:
 
     /// Replaces the style with the same id, else appends it. Its values are brought into range.
     void upsert(CaptionStyle style);
-    /// Appends a copy under a name of its own, and returns it.
+    /// Appends a copy under a unique name, and returns it.
     CaptionStyle duplicate(CaptionStyle const& style);
     void remove(Id const& id);
     void setDefaultID(std::optional<Id> const& id);
     /// Restores a built-in style. A style of the user's that has its name is renamed as
     /// `uniqueName` says.
     void addPreset(CaptionStyle const& preset);
-    /// Restores all built-in styles, in front of the user's own, which stay but may be renamed as
-    /// by `addPreset`.
+    /// Restores all built-in styles, in front of the user's, which stay but may be renamed as by
+    /// `addPreset`.
     void resetToPresets();
 
     // Saving -----------------------------------------------------------------------------------
 
-    /// Keeps the styles in this settings file from now on: those in it replace ours; where there is
-    /// no file, ours are written. What is pending is saved to its own place first. Blocks while it
-    /// reads.
+    /// Keeps the styles in this settings file from now on: those in it replace ours; if it is
+    /// missing, ours are written. Pending changes are saved to the previous file first. Blocks
+    /// while it reads.
     void attach(std::filesystem::path const& file);
     /// Keeps the styles in the user's defaults only from now on.
     void detach();

@@ -14,7 +14,7 @@ namespace framewright {
 template <class T>
 struct Decoded {
     T value;
-    std::vector<std::string> notes = {};       ///< What was not taken as written, a sentence each.
+    std::vector<std::string> notes = {};       ///< What was corrected, a sentence each.
     std::vector<std::string> unknownKeys = {}; ///< Those the next save drops.
 };
 
@@ -26,10 +26,10 @@ template <class T>
 struct FileForm {
     /// The bytes to store in `file`, whose place may matter to paths in them.
     std::function<std::string(T const& value, std::filesystem::path const& file)> encode;
-    /// Throws when the bytes are no such value; `what()` says where.
+    /// Throws when the bytes hold no valid value; `what()` says where.
     std::function<Decoded<T>(std::string_view bytes)> decode;
-    /// Keeps the value in a second place: beside its file, or because it is not in its file. Called
-    /// after every attempt to save. Throws with a whole sentence. May be empty.
+    /// Maintains a second copy of the value, such as one that exists while the file does not hold
+    /// it. Called after every attempt to save. Throws with a whole sentence. May be empty.
     std::function<void(T const& value, InFile)> alsoKeep = {};
     /// A larger file is not read.
     std::uintmax_t largestFile = std::numeric_limits<std::uintmax_t>::max();
@@ -37,7 +37,7 @@ struct FileForm {
     bool makesFolder = false;
 };
 
-/// What an owner made of another program's version.
+/// What an owner did with another program's version.
 enum class Taken {
     asItIs, ///< Memory holds exactly that version now.
     merged, ///< Memory holds something else, which has to be saved.
@@ -48,7 +48,7 @@ struct FileTrouble {
     enum class During { reading, saving };
     enum class Cause {
         failed,  ///< The system refused, or another program keeps writing the file.
-        invalid, ///< What is in it does not decode. It is left alone until it does.
+        invalid, ///< Its content does not decode. It is left alone until it does.
     };
 
     std::filesystem::path file;

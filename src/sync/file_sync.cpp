@@ -14,7 +14,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// How often one save is repeated because another program wrote the file just then.
+/// How often one save is attempted while another program keeps writing the file.
 constexpr int mostTries = 10;
 
 std::chrono::milliseconds since(std::chrono::steady_clock::time_point then)
@@ -48,7 +48,7 @@ FileSync::~FileSync() = default;
 
 void FileSync::leaveFile(std::optional<std::filesystem::path> const& next)
 {
-    // A write to the file we leave ends on its own, but two of ours must not meet in one file.
+    // A write to the file we leave completes on its own, but two of ours must not write one file.
     if (m_job && m_job->cycle().file == next)
         m_job->run();
     m_job.reset();
@@ -80,7 +80,7 @@ bool FileSync::open(std::filesystem::path const& file, Saving saving)
     leaveFile(file);
     m_file = file;
     m_saving = saving;
-    // As if what we have had been read from it, so that theirs replaces it.
+    // Treats the value as the file's last known content, so that what is read replaces it.
     m_base = m_owner.value();
     watch();
     reportChanges({});
@@ -109,7 +109,7 @@ void FileSync::bind(std::filesystem::path const& file, Decoded<std::any> read, C
 
 void FileSync::followTo(std::filesystem::path const& file)
 {
-    // What a save under way wrote went along; later its result would not tell under which name.
+    // Taken now: the result of a save under way does not say under which name the file was.
     finishJob();
     m_file = file;
     ++m_bindings;
@@ -199,7 +199,7 @@ bool FileSync::flush()
 
 // One cycle after another ----------------------------------------------------------------------
 
-/// Whether a change waits for its save, or to be kept elsewhere.
+/// Whether a change still has to be saved, or kept elsewhere.
 bool FileSync::isWorkLeft() const
 {
     if (!isDirty() && m_file)
@@ -209,7 +209,7 @@ bool FileSync::isWorkLeft() const
     return m_form->alsoKeep && m_revisionKept != m_revision;
 }
 
-/// The job for what is wished now; null when that needs none.
+/// The job for the current wish; null when there is nothing to do.
 std::shared_ptr<SyncJob> FileSync::nextJob()
 {
     Wish const wish = std::exchange(m_wish, Wish::nothing);
@@ -244,7 +244,7 @@ QCoro::Task<void> FileSync::runOnWorker(std::shared_ptr<SyncJob> job)
     auto const work = [job] { job->run(); };
     co_await onWorker(work);
     if (!self || m_job != job)
-        co_return; // Nobody waits for it, or `finishJob` has taken its result.
+        co_return; // Destroyed, unbound, or `finishJob` has taken the result.
     finishJob();
     if (!self)
         co_return;
@@ -252,7 +252,7 @@ QCoro::Task<void> FileSync::runOnWorker(std::shared_ptr<SyncJob> job)
     emit cycleEnded();
 }
 
-/// Takes the result of the job under way, when there is one. Runs it here when no worker has begun.
+/// Takes the result of the current job, if any. Runs it here when no worker has begun it.
 void FileSync::finishJob()
 {
     if (!m_job)
@@ -277,7 +277,7 @@ void FileSync::runBlocking(Wish wish)
         emit cycleEnded();
 }
 
-// What came of it ------------------------------------------------------------------------------
+// Results --------------------------------------------------------------------------------------
 
 FileSync::Ended FileSync::takeResult(SyncJob& job)
 {
@@ -290,7 +290,7 @@ FileSync::Ended FileSync::takeResult(SyncJob& job)
     else if (result.onDisk)
         m_known = result.onDisk;
 
-    // A save that met no trouble and yet did not succeed found another program at work.
+    // A save that neither succeeded nor failed found another program's version.
     bool isSettled = result.isSaved || result.trouble;
     if (!result.theirs.empty()) {
         QPointer<FileSync> const self(this);
@@ -324,13 +324,13 @@ void FileSync::takeSaved(SyncJob& job)
     m_known = job.result().onDisk;
     m_base = job.cycle().ours;
     m_revisionInFile = job.revision;
-    // A version that was merged in just before has not been reported yet.
+    // After a repeated save the notes are those of the version just merged in: not yet reported.
     if (m_tries == 0)
         m_notes.clear();
     m_unknownKeys.clear();
 }
 
-/// Whether memory and file are one again.
+/// Whether memory and file agree again.
 bool FileSync::takeTheirs(std::vector<TheirVersion> const& all)
 {
     QPointer<FileSync> const self(this);
@@ -366,7 +366,7 @@ void FileSync::reportResult(SyncJob& job)
     if (!result.keepingProblem.empty())
         problem += (problem.empty() ? "" : " ") + result.keepingProblem;
     if (result.isMissing)
-        problem = m_problem; // A file that is gone proves nothing.
+        problem = m_problem; // A missing file does not show that the problem is solved.
 
     if (problem.empty()) {
         if (isWorkLeft() && m_wish == Wish::nothing && !m_timer.isActive())

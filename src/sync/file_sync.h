@@ -24,11 +24,11 @@ struct SyncTiming {
     std::chrono::milliseconds delay;
     /// From the first of several changes to the save.
     std::chrono::milliseconds longestDelay;
-    /// After a save that failed, until it is tried again. Nothing: with the next change.
+    /// From a failed save to the next attempt. Nothing: the next change makes that attempt.
     std::optional<std::chrono::milliseconds> retryDelay = std::nullopt;
 };
 
-/// How long to wait with a save when the first unsaved change was made `waited` ago.
+/// How long to delay a save when the first unsaved change was made `waited` ago.
 std::chrono::milliseconds saveDelay(SyncTiming const& timing, std::chrono::milliseconds waited);
 
 class SyncJob;
@@ -42,7 +42,7 @@ class FileSync : public QObject {
 
 public:
     enum class Saving {
-        automatic, ///< After each change. The file is watched.
+        automatic, ///< Soon after each change. The file is watched.
         onRequest, ///< Only by `startSaving`; after a change the value is only kept elsewhere.
     };
 
@@ -55,48 +55,46 @@ public:
     bool isDirty() const { return m_revisionInFile != m_revision; }
     /// What keeps the value from being read or saved; empty when all is well.
     std::string const& problem() const { return m_problem; }
-    /// What in the file was not taken as written, and what the next save drops.
+    /// What was corrected while reading, and the keys that the next save drops.
     std::vector<std::string> const& notes() const { return m_notes; }
     std::vector<std::string> const& unknownKeys() const { return m_unknownKeys; }
-    /// False when other programs' changes go unnoticed until the next save.
+    /// False when other programs' changes are noticed only at the next save.
     bool isWatching() const { return m_watcher && m_watcher->isWatching(); }
 
     // Where ------------------------------------------------------------------------------------
 
     /// Binds to a file whose content replaces the value; where there is no file, the value is
-    /// saved. Blocks while it reads. What is pending for another file has to be flushed before.
-    /// Whether the file was read.
+    /// saved. Blocks while it reads. Flush what is pending for another file first. Returns whether
+    /// the file was read.
     bool open(std::filesystem::path const& file, Saving saving);
-    /// The same file has another name now, as after its folder was renamed.
+    /// Follows the file to its new name, as after its folder was renamed.
     void followTo(std::filesystem::path const& file);
     void detach();
 
-    /// Whether changes are saved by themselves from now on.
     void setSaving(Saving saving);
 
     // Work -------------------------------------------------------------------------------------
 
     /// The owner has changed the value.
     void valueChanged();
-    /// Saves now when something is unsaved, also where that is done on request only.
+    /// Saves now when something is unsaved, also with Saving::onRequest.
     void startSaving();
-    /// Reads the file now.
     void startReading();
     /// Ends when no reading or writing is under way or about to begin.
     QCoro::Task<void> settled();
-    /// Whether everything is saved in the end; see `problem`.
+    /// Returns whether everything is saved; if not, see `problem`.
     QCoro::Task<bool> saveNow();
 
     /// Blocking, for starting and quitting: false when the file is missing or can't be read.
     bool readBlocking();
-    /// Saves what is unsaved, or keeps it elsewhere where saving is on request. False when the file
-    /// does not hold the value afterwards.
+    /// Blocking: saves what is unsaved, or with Saving::onRequest keeps it elsewhere. False when
+    /// the file does not hold the value afterwards.
     bool flush();
 
 signals:
-    /// The file holds what the value was when the save began.
+    /// The file holds the value as it was when the save began.
     void saved();
-    /// A reading or writing ended, in whichever way.
+    /// A read or write ended, successfully or not.
     void cycleEnded();
     void dirtyChanged(bool isDirty);
     void problemChanged();
@@ -153,7 +151,7 @@ private:
     Wish m_wish = Wish::nothing;
     std::shared_ptr<SyncJob> m_job; ///< Under way; there is one at a time.
     Ended m_lastEnd = Ended::well;
-    int m_tries = 0; ///< Of one save, that found other programs' versions.
+    int m_tries = 0; ///< Attempts of one save that found other programs' versions.
 
     bool m_wasDirty = false; ///< As last reported.
     std::string m_problem;

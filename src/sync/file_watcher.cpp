@@ -58,8 +58,9 @@ std::optional<FileWatcher::Stamp> FileWatcher::stampOf(Path const& file)
                  status.st_ctim.tv_nsec};
 }
 
-/// Watches what now has our names. The system watches the file that had the name when it was asked,
-/// and follows that file under any later name; so we ask again after every change.
+/// Watches the file and folder that now have our names. The system watches the file that had the
+/// name when the watch was added, and follows it when renamed; so we add it again after each
+/// change.
 void FileWatcher::watch()
 {
     if (QStringList const paths = m_watcher.files() + m_watcher.directories(); !paths.isEmpty())

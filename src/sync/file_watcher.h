@@ -14,7 +14,7 @@ namespace framewright {
 /// by deleting it and creating it again.
 ///
 /// Bursts are coalesced: a change is reported once the file has been quiet for a tenth of a second.
-/// Our own writes are reported as well: only the reader can tell what is new in a file. Other files
+/// Our own writes are reported too: only the reader can recognise them, by content. Other files
 /// of the folder are ignored. The folder may be removed, renamed and created again; then the file
 /// in the new one is watched. Lives on the main thread.
 class FileWatcher : public QObject {

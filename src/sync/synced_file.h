@@ -50,7 +50,7 @@ FileOwner<std::any> untyped(FileOwner<T> owner)
 /// **The problem.** People and agents edit our files while the editor has them open, with editors
 /// that write in place, rename, or write twice. A save that just replaces the file destroys such an
 /// edit; reading the file whenever it changes destroys what is in memory; asking the user stops an
-/// agent. And neither may block the main thread, which must not change the value for as long.
+/// agent. And neither reading nor saving may block the main thread, which edits meanwhile.
 ///
 /// **The method.** Everything is one kind of cycle, run on a worker: read the file, compare, then
 /// write or hand over.
@@ -59,37 +59,37 @@ FileOwner<std::any> untyped(FileOwner<T> owner)
 ///     missing            rest              written
 ///     as we know it      rest              exchanged with ours
 ///     ours already       -                 counts as saved
-///     anything else      theirs is handed to the owner, who makes the two one; then again
+///     anything else      theirs is handed to the owner, who reconciles the two; then again
 ///
 /// "As we know it" compares a hash of the content with that of what we last read or wrote: times
-/// and sizes lie when two writes come close together, and a watcher reports our own writes as well.
-/// The exchange itself (replaceFileAtomically) swaps the names of two files and looks at what came
-/// back, so even a version written in that moment is found and handed over.
+/// and sizes miss the second of two close writes, and a watcher reports our own writes as well. The
+/// exchange itself (replaceFileAtomically) swaps the names of two files and checks what was there,
+/// so even a version written in that moment is found and handed over.
 ///
-/// What becomes of theirs is the owner's to say, on the main thread. Lists of independent entries
-/// merge three ways, which is why the last common version is kept and passed on. A project, where
-/// merging could make what nobody wanted, takes theirs as an undoable step. Merging used to happen
-/// on the worker, with the snapshot, and again on the main thread with what had changed since; now
-/// it is done once, with the value as it is, and a save of the result follows at once.
+/// The owner decides what to do with theirs, on the main thread. Lists of independent entries are
+/// merged three ways, which is why the last common version is kept and passed on. A project, where
+/// a merge could make an edit nobody wanted, takes theirs as an undoable step. Merging used to
+/// happen on the worker, with the snapshot, and again on the main thread with what had changed
+/// since; now it is done once, with the current value, and the result is saved at once.
 ///
-/// Cycles never overlap. Reads beside a save used to see the old file or an edit of ours that was
-/// no longer the newest, and had to be repeated; one slot for a job and a wish for the next one is
-/// simpler than finding that out.
+/// Cycles never overlap. Reads during a save used to see the old file or an outdated edit of ours,
+/// and had to be repeated; one slot for a job and a wish for the next one is simpler than detecting
+/// that.
 ///
 /// **What was saved.** The value has a revision, counted up by each change; a job carries the
 /// revision of its snapshot. The file is in step when the two are equal, so an edit made during a
 /// save leaves the value dirty and leads to another save.
 ///
-/// **A file that does not decode** may be half written, or a slip of somebody's editor. It is never
-/// overwritten: the problem is reported, and the value saved once the file is whole again.
+/// **A file that does not decode** may be half written or mistyped. It is never overwritten: the
+/// problem is reported, and the value is saved once the file is valid again.
 ///
-/// **Blocking.** `flush` and `readBlocking` don't wait in the queue of the workers, where exports
-/// may be: a job that no worker has begun is run by whoever needs its result.
+/// **Blocking.** `flush` and `readBlocking` don't queue for a worker, which may be busy with an
+/// export: a job that no worker has begun is run by the thread that needs its result.
 ///
-/// **Lifetime.** A job owns all it uses. When the synced file dies, a write under way ends, and its
-/// result is dropped. The destructor saves nothing, since it can't ask a half-destroyed owner for
-/// the value: the owner calls `flush` first. `saveNow` and `settled` must not be awaited by what
-/// outlives it.
+/// **Lifetime.** A job owns all it uses. When the synced file is destroyed, a write under way is
+/// completed and its result dropped. The destructor saves nothing, since it can't ask a
+/// half-destroyed owner for the value: the owner calls `flush` first. Nothing that outlives it may
+/// await `saveNow` or `settled`.
 template <class T>
 class SyncedFile : public FileSync {
 public:

@@ -51,7 +51,7 @@ public:
         m_changed.notify_all();
     }
 
-    /// Either side gives up: both stop waiting, and the values are not delivered.
+    /// Called when either side gives up: both stop waiting, and the values are discarded.
     void abandon()
     {
         std::lock_guard lock(m_mutex);

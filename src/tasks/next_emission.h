@@ -6,12 +6,12 @@
 
 namespace framewright {
 
-/// `co_await NextEmission(object, &Object::signal)` goes on after the signal's next emission, from
-/// the event loop, and exactly once however often it is emitted until then. An object that dies
-/// meanwhile never goes on.
+/// `co_await NextEmission(object, &Object::signal)` resumes after the signal's next emission, from
+/// the event loop, exactly once however often it is emitted until then. If the object is destroyed
+/// first, it never resumes.
 ///
-/// QCoro's own waiting for a signal stays connected until the event loop comes round: emitted twice
-/// before that, it resumes a coroutine that has already ended.
+/// QCoro's own awaiter stays connected until the event loop runs: a signal emitted twice before
+/// that resumes a coroutine that has already ended.
 template <class Object, class Signal>
 class NextEmission {
 public:

@@ -13,7 +13,7 @@
 
 namespace framewright {
 
-/// What work on another thread came to: its result, or what it threw.
+/// The outcome of work on another thread: its result, or what it threw.
 template <class Result>
 using WorkEnded = std::shared_ptr<std::variant<
     std::exception_ptr, std::conditional_t<std::is_void_v<Result>, std::monostate, Result>>>;
@@ -28,8 +28,8 @@ QCoro::Task<Result> resultOf(QFuture<WorkEnded<Result>> future)
         co_return std::move(std::get<1>(*ended));
 }
 
-/// Runs `work` on a worker thread and gives what it returned, back on the caller's thread. What it
-/// throws is thrown here. `work` gets values only: nothing of the editor is touched from there.
+/// Runs `work` on a worker thread and returns its result on the caller's thread, or throws what it
+/// threw. `work` captures values only and never touches the editor's objects.
 ///
 /// `work` must have a name. A closure written into the co_await itself is destroyed twice by the
 /// compilers we support (GCC bug 99576), so that does not compile.

@@ -8,7 +8,7 @@ namespace framewright {
 
 namespace {
 
-/// Adds up for how long nothing has got on.
+/// Adds up the time without progress.
 class Patience {
 public:
     explicit Patience(StallLimit const& limit) : m_limit(limit), m_last(limit.now()) {}
@@ -32,7 +32,7 @@ private:
     std::uint64_t m_beats = 0;
 };
 
-/// Waits for a thread, after it was told to stop, unless it is let go.
+/// Joins its thread when destroyed, after asking it to stop, unless the thread was abandoned.
 class Joined {
 public:
     Joined(std::thread thread, std::function<void()> askToStop)
@@ -50,7 +50,7 @@ public:
     Joined& operator=(Joined const&) = delete;
 
     void join() { m_thread.join(); }
-    void letGo()
+    void abandon()
     {
         m_askToStop();
         m_thread.detach();
@@ -80,11 +80,11 @@ void WatchedWork::report(double fraction, std::string_view stage)
 void WatchedWork::requestStop()
 {
     m_stop.request_stop();
-    std::lock_guard const lock(m_mutex); // Or a thread that is about to wait would miss it.
+    std::lock_guard const lock(m_mutex); // Otherwise a thread about to wait would miss it.
     m_changed.notify_all();
 }
 
-/// What the writing thread does, for the drawing one waits for it in the end.
+/// The writing thread's stage comes first, since a stalled writer makes the drawing thread wait.
 std::string WatchedWork::stage() const
 {
     char const* const writing = m_stages[std::size_t(Thread::writing)];
@@ -105,7 +105,7 @@ void runWatched(std::function<void(WatchedWork&)> work,
         } catch (...) {
             failure = std::current_exception();
         }
-        work = nullptr; // What it owns is gone before anybody is told.
+        work = nullptr; // Destroys what it owns before the end is reported.
         std::lock_guard const lock(watched->m_mutex);
         watched->m_failure = failure;
         watched->m_isDone = true;
@@ -129,7 +129,7 @@ void runWatched(std::function<void(WatchedWork&)> work,
             watched->m_changed.notify_all();
         } else if (!watched->m_isDone && patience.isOver(watched->m_beats)) {
             lock.unlock();
-            joined.letGo();
+            joined.abandon();
             throw Stalled(watched->stage());
         }
     }

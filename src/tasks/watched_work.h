@@ -17,41 +17,42 @@
 
 namespace framewright {
 
-/// Long work doesn't get on any more: `stage` is what it hangs in.
+/// Work has stalled: `stage` is what it was doing.
 class Stalled : public std::runtime_error {
 public:
     explicit Stalled(std::string const& where)
-        : std::runtime_error(where + " doesn't get on."), stage(where)
+        : std::runtime_error(where + " has stalled."), stage(where)
     {
     }
 
     std::string const stage;
 };
 
-/// When work counts as hanging.
+/// When work counts as stalled.
 struct StallLimit {
-    /// How long nothing may happen. A step of the clock counts for a second at the most: a machine
-    /// that slept has not been waiting.
+    /// How long work may make no progress. A step of the clock counts as one second at most, so the
+    /// time a machine was suspended does not.
     std::chrono::milliseconds patience = std::chrono::seconds(30);
     std::chrono::milliseconds lookEvery = std::chrono::milliseconds(250);
     std::function<std::chrono::steady_clock::time_point()> now = std::chrono::steady_clock::now;
 };
 
-/// What work that is watched tells of itself. Any of its threads may.
+/// What watched work reports about itself, from any of its threads.
 class WatchedWork {
 public:
     enum class Thread { drawing, writing };
 
-    /// A thread begins something; null while it only waits for the other one. `stage` stays valid.
+    /// What a thread begins to do; null while it only waits for the other one. The string must stay
+    /// valid.
     void enter(Thread thread, char const* stage);
 
-    /// Something got on.
+    /// Progress was made.
     void beat() { m_beats.fetch_add(1, std::memory_order_relaxed); }
 
-    /// Has the progress told on the thread that started the work, and waits for that.
+    /// Passes progress to the callback on the thread that started the work, and waits for it.
     void report(double fraction, std::string_view stage);
 
-    /// Requested when the work is to end; then it ends itself soon.
+    /// Once requested, the work has to end itself soon.
     std::stop_token stop() const { return m_stop.get_token(); }
 
 private:
@@ -75,8 +76,8 @@ private:
 
 /// Runs work on a thread of its own and returns when it is done; throws what it throws.
 ///
-/// Throws Stalled when nothing gets on for the limit's time. What hangs cannot be ended: it is told
-/// to stop and left alone, so the work owns all it uses.
+/// Throws Stalled when no progress is made for the limit's time. A thread that hangs can't be
+/// ended: it is asked to stop and abandoned, so the work must own all it uses.
 void runWatched(std::function<void(WatchedWork&)> work,
                 std::function<void(double, std::string_view)> const& progress, std::stop_token stop,
                 StallLimit const& limit);

@@ -22,8 +22,8 @@ namespace framewright {
 ///
 /// `restart` starts a new sequence. Every result carries the number of the sequence it belongs to,
 /// and the taker discards results of earlier ones, so a value that was being made during a restart
-/// never appears in the new sequence. That value is finished first, though: interrupting it is up
-/// to `make`.
+/// never appears in the new sequence. That value is finished first, though: only `make` can
+/// interrupt itself.
 ///
 /// One thread takes and restarts; any thread may stop.
 template <class Value, class Start>
@@ -77,7 +77,7 @@ public:
         return std::nullopt;
     }
 
-    /// Ends it for good: nothing is made or delivered any more.
+    /// Ends production for good: nothing more is made or delivered.
     void stop()
     {
         {

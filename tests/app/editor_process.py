@@ -1,4 +1,4 @@
-"""An editor in a temporary home of its own, driven as users drive it: through its executable."""
+"""An editor in a temporary home, driven as users drive it: through its executable."""
 
 import atexit
 import contextlib
@@ -18,7 +18,7 @@ import typing
 
 EXECUTABLE = os.environ.get("FRAMEWRIGHT") or exit("Set FRAMEWRIGHT to the executable.")
 
-PATIENCE = 60  # Seconds that anything may take: an instrumented editor on a busy machine is slow.
+PATIENCE = 60  # Seconds anything may take: an instrumented editor on a busy machine is slow.
 INHERITED = ("PATH", "ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS", "TSAN_OPTIONS")
 REPORTS = ("Sanitizer", "runtime error:", "Assertion", "terminate called")
 
@@ -26,7 +26,7 @@ Word = str | bytes
 
 
 class Answer(typing.NamedTuple):
-    """What a command left behind. Bytes that are no UTF-8 are kept as surrogates."""
+    """The result of a command. Bytes that are not UTF-8 become surrogates."""
 
     status: int
     out: str
@@ -34,7 +34,7 @@ class Answer(typing.NamedTuple):
 
 
 class CommandFailed(AssertionError):
-    """A command that the test takes for granted did not succeed."""
+    """A command that had to succeed failed."""
 
 
 class Connection:
@@ -43,7 +43,7 @@ class Connection:
     def __init__(self, path: pathlib.Path):
         self.socket = socket.socket(socket.AF_UNIX)
         try:
-            self.socket.connect(str(path))  # Waits in a queue; with a timeout it would fail.
+            self.socket.connect(str(path))  # Waits if the queue is full; with a timeout it fails.
         except OSError:
             self.socket.close()
             raise
@@ -79,7 +79,7 @@ class Connection:
 
 
 class EditorProcess:
-    """A home, and whatever editor runs in it. `close` ends that and removes the home."""
+    """A home and any editor that runs in it. `close` ends the editor and removes the home."""
 
     def __init__(self, executable: os.PathLike | str = EXECUTABLE):
         self.executable = executable
@@ -120,7 +120,7 @@ class EditorProcess:
         return self.answer(self.start_cli(*words, cwd=cwd), timeout)
 
     def do(self, *words: Word, cwd=None):
-        """Runs a command that must succeed. Its data, or its text when that is no JSON."""
+        """Runs a command that must succeed. Gives its JSON, or its text when it is not JSON."""
         answer = self.cli(*words, cwd=cwd)
         if answer.status != 0 or answer.err:
             raise CommandFailed(f"{words}: {answer}")
@@ -130,7 +130,7 @@ class EditorProcess:
             return answer.out
 
     def start_project(self, name: str = "First") -> pathlib.Path:
-        """Starts a project, in the workspace that is there from then on. Its project.json."""
+        """Starts a project, in a workspace that is made if needed. Gives its project.json."""
         if not self.workspace.exists():
             self.do("workspace", "--path", str(self.workspace))
         return pathlib.Path(self.do("project-new", name, cwd=self.workspace)["path"])
@@ -160,7 +160,7 @@ class EditorProcess:
             return False
 
     def start_editor(self) -> subprocess.Popen:
-        """An editor that is started by itself, as from a desktop."""
+        """Starts an editor without a command, as a desktop does."""
         return subprocess.Popen(
             [self.executable],
             env=self.environment,
@@ -174,20 +174,20 @@ class EditorProcess:
         with watched(self.pid()) as process:
             signal.pidfd_send_signal(process, number)
             if not has_ended(process, PATIENCE):
-                raise AssertionError(f"The editor does not end by {number.name}.")
+                raise AssertionError(f"The editor does not end on {number.name}.")
 
     def kill(self):
         self.end_by(signal.SIGKILL)
 
     def quit(self):
-        """Asks the editor to end, and waits for it: until then it may take a next command along."""
+        """Ends the editor and waits: until it has ended, it may accept the next command."""
         with watched(self.pid()) as process:
             self.do("app-quit")
             if not has_ended(process, PATIENCE):
-                raise AssertionError("The editor does not end by app-quit.")
+                raise AssertionError("The editor does not end on app-quit.")
 
     def processes(self) -> list[int]:
-        """All processes that run in this home, also an editor that does not serve."""
+        """All processes that run in this home, also an editor without a socket."""
         mark = b"\0HOME=%s\0" % os.fsencode(self.home)
         found = []
         for entry in pathlib.Path("/proc").glob("[0-9]*"):
@@ -197,7 +197,7 @@ class EditorProcess:
         return found
 
     def close(self):
-        """Ends what runs here and removes the home. Fails when an editor said that it is broken."""
+        """Ends all processes here and removes the home. Fails if an editor logged a fault."""
         for number in (signal.SIGTERM, signal.SIGKILL):
             for pid in self.processes():
                 with contextlib.suppress(ProcessLookupError), watched(pid) as process:
@@ -212,7 +212,7 @@ class EditorProcess:
 
 @contextlib.contextmanager
 def watched(pid: int):
-    """A handle on a process, to be sent signals and waited for."""
+    """A handle for signalling and awaiting a process."""
     process = os.pidfd_open(pid)
     try:
         yield process
@@ -225,11 +225,11 @@ def has_ended(process: int, patience: float = 20) -> bool:
 
 
 def wait_until(condition: typing.Callable[[], bool], what: str):
-    """Waits for something that nobody announces."""
+    """Polls for a state that is not announced."""
     deadline = time.monotonic() + PATIENCE
     while not condition():
         if time.monotonic() > deadline:
-            raise AssertionError(f"Never came about: {what}.")
+            raise AssertionError(f"Still not so after {PATIENCE} s: {what}.")
         time.sleep(0.02)
 
 
@@ -238,6 +238,13 @@ def placeholders_of(tracks: list) -> set[str]:
     keys = ("placeholder", "placeholderName")
     clips = [clip for track in tracks for clip in track["clips"]]
     return {clip[key] for clip in clips for key in keys if key in clip}
+
+
+def json_and_notes(text: str) -> tuple[typing.Any, str]:
+    """The JSON of a reply, and the lines for people after it. Those before it are skipped."""
+    text = text[text.index("{") :]
+    data, end = json.JSONDecoder().raw_decode(text)
+    return data, text[end:].strip()
 
 
 # Media, made once per run
@@ -256,12 +263,18 @@ def ffmpeg(*words: str) -> None:
     )
 
 
+def decoded(file: pathlib.Path, *words: str) -> bytes:
+    """What ffmpeg writes to its standard output: pixels or samples of a file."""
+    command = ["ffmpeg", "-v", "error", "-nostdin", "-i", str(file), *words, "-"]
+    return subprocess.run(command, check=True, capture_output=True, timeout=PATIENCE).stdout
+
+
 @functools.cache
 def video() -> pathlib.Path:
     """Four seconds of 320x240 with a tone."""
     file = media_folder() / "video.mp4"
-    picture = ("-f", "lavfi", "-i", "testsrc=size=320x240:rate=25:duration=4")
+    frames = ("-f", "lavfi", "-i", "testsrc=size=320x240:rate=25:duration=4")
     tone = ("-f", "lavfi", "-i", "sine=frequency=440:duration=4")
     codecs = ("-c:v", "libx264", "-preset", "ultrafast", "-pix_fmt", "yuv420p", "-c:a", "aac")
-    ffmpeg(*picture, *tone, *codecs, str(file))
+    ffmpeg(*frames, *tone, *codecs, str(file))
     return file

@@ -1,20 +1,19 @@
-"""Footage that flashes and beeps at once, cut up by the editor, and how far apart they are then."""
+"""Footage with simultaneous flashes and beeps, cut by the editor, and how far apart they end up."""
 
 import array
 import fractions
 import math
 import pathlib
-import subprocess
 import typing
 
-from editor_process import EditorProcess, PATIENCE, ffmpeg, media_folder
+from editor_process import EditorProcess, decoded, ffmpeg, media_folder
 
 SECONDS = 16
 SIDE = 64
-FLASH = 0.05  # Seconds, at the least.
+FLASH = 0.05  # Seconds, at least.
 RATES = ("24000/1001", "25", "30000/1001", "30", "60000/1001", "variable")
 
-# Where each of ten clips begins in the footage and how long it is: never on a frame of any rate.
+# Each of ten clips' start in the footage and length: never on a frame of any rate.
 CUTS = tuple((1.0137 * n + 0.3071 * (n % 3), 1.1913 - 0.0417 * (n % 4)) for n in range(10))
 
 
@@ -24,7 +23,7 @@ class Footage(typing.NamedTuple):
 
 
 class Moment(typing.NamedTuple):
-    """A flash on the timeline, and what the export has there."""
+    """When a flash is due on the timeline, and when the export has flash and beep."""
 
     due: float
     flash: float
@@ -34,7 +33,7 @@ class Moment(typing.NamedTuple):
 def frame_times(rate: str) -> list[fractions.Fraction]:
     if rate != "variable":
         return [n / fractions.Fraction(rate) for n in range(math.ceil(SECONDS * eval(rate)))]
-    # As webcams give them: of 60 possible frames a second some come, in no pattern.
+    # Like a webcam: some of 60 possible frames per second, without a pattern.
     kept, state = [], 7
     for n in range(SECONDS * 60):
         state = state * 1103515245 + 12345 & 0x7FFFFFFF
@@ -44,7 +43,7 @@ def frame_times(rate: str) -> list[fractions.Fraction]:
 
 
 def make_footage(rate: str) -> Footage:
-    """A flash as near as possible behind each half second of the footage."""
+    """Footage with a flash on the first frame 0.3 s into each half second."""
     times = frame_times(rate)
     flashes = [next(t for t in times if t >= (n + 0.6) / 2) for n in range(SECONDS * 2 - 1)]
     name = rate.replace("/", "-")
@@ -60,7 +59,7 @@ def make_footage(rate: str) -> Footage:
 
     stamps = ["-r", rate] if rate != "variable" else ["-r", "60"]
     timing = []
-    if rate == "variable":  # The n-th picture's own time, by halving the list of all.
+    if rate == "variable":  # Looks up the n-th frame's time by bisection.
         timing = ["-vf", f"setpts='({choice([round(t * 60) for t in times])})/60/TB'",
                   "-vsync", "vfr", "-video_track_timescale", "60000"]
     file = folder / f"{name}.mp4"
@@ -90,7 +89,7 @@ def cut_and_export(editor: EditorProcess, footage: Footage) -> tuple[pathlib.Pat
 
 
 def due_moments(footage: Footage) -> list[float]:
-    """When flashes begin on the timeline, but those that a cut leaves too little of."""
+    """When flashes begin on the timeline, except those that a cut makes too short."""
     due, start = [], 0.0
     for begin, length in CUTS:
         due += [start + flash - begin for flash in footage.flashes
@@ -100,8 +99,8 @@ def due_moments(footage: Footage) -> list[float]:
 
 
 def measured(export: pathlib.Path, made: dict, due: list[float]) -> list[Moment]:
-    """For each flash that is due the first lit frame and the first loud sample around it. Earlier
-    there may be the rest of another clip's."""
+    """The first lit frame and the first loud sample around each flash that is due. Further before
+    it there may be the rest of another clip's flash."""
     lit = [level > 100 for level in decoded(export, "-map", "0:v", "-vf",
                                             "crop=iw:iw/2,scale=1:1:flags=area", "-pix_fmt",
                                             "gray", "-f", "rawvideo")]
@@ -117,8 +116,3 @@ def measured(export: pathlib.Path, made: dict, due: list[float]) -> list[Moment]
         beep = next((n / 48000 for n in samples if abs(sound[n]) > 0.25), math.inf)
         found.append(Moment(time, flash, beep))
     return found
-
-
-def decoded(file: pathlib.Path, *words: str) -> bytes:
-    command = ["ffmpeg", "-v", "error", "-nostdin", "-i", str(file), *words, "-"]
-    return subprocess.run(command, check=True, capture_output=True, timeout=PATIENCE).stdout

@@ -1,4 +1,4 @@
-"""What the editor makes of files, commands, requests and documents that are wrong or odd."""
+"""Invalid files, commands, requests and documents, and unusual file names."""
 
 import contextlib
 import copy
@@ -12,48 +12,17 @@ import subprocess
 import unittest
 import zlib
 
-from editor_process import EditorProcess, ffmpeg, media_folder, video, wait_until
-
-
-class EditorTestCase(unittest.TestCase):
-    """One editor for all cases, with a project "First" that holds a clip and a placeholder."""
-
-    @classmethod
-    def setUpClass(cls):
-        cls.editor = EditorProcess()
-        cls.addClassCleanup(cls.editor.close)
-        cls.document = cls.editor.start_project()
-        cls.editor.do("clip-add", "v1", "--path", str(video()))
-        cls.editor.do("placeholder-add", "kept")
-        cls.editor.do("project-save")
-
-    @contextlib.contextmanager
-    def nothing_changes(self):
-        """The editor lives on as the same process, with the same project, also on disk."""
-        before = self.state()
-        yield
-        self.assertEqual(self.state(), before)
-
-    def state(self):
-        editor = self.editor
-        status = editor.do("status")
-        self.assertNotIn("problem", status)
-        return editor.pid(), editor.do("timeline"), status, self.document.read_bytes()
-
-    def assert_refused(self, answer, sentence):
-        self.assertEqual(answer.status, 1, answer)
-        self.assertEqual(answer.out, "")
-        self.assertRegex(answer.err, r"\A[^\n]+\.\n\Z", "not one sentence")
-        self.assertIn(sentence, answer.err)
+from editor_process import EditorProcess, ffmpeg, video, wait_until
+from editor_test_case import EditorTestCase
 
 
 def text_named_mp4(file):
-    file.write_text("This is no film.\n" * 100)
+    file.write_text("This is not a video.\n" * 100)
 
 
 def truncated_movie(file):
     whole = video().read_bytes()
-    assert whole.find(b"moov") > whole.find(b"mdat"), "the index does not come last"
+    assert whole.find(b"moov") > whole.find(b"mdat"), "the index is not at the end"
     file.write_bytes(whole[: len(whole) // 2])
 
 
@@ -83,7 +52,7 @@ def huge_png(file):
 
 
 class BadFiles(EditorTestCase):
-    """Files that are no media."""
+    """Files that are not media."""
 
     NO_MEDIA = "is not a video, photo or audio file."
     FILES = (
@@ -121,7 +90,7 @@ class BadFiles(EditorTestCase):
 
 
 class BadCommands(EditorTestCase):
-    """Commands that make no sense."""
+    """Commands with missing, unknown or invalid words."""
 
     COMMANDS = (
         (("clip-add", "v1", "--path", video, "--in", "9"), "in must be within the file (0–4 s)."),
@@ -166,7 +135,7 @@ class BadCommands(EditorTestCase):
 
 
 class BadRequests(EditorTestCase):
-    """Clients that speak nonsense, or vanish."""
+    """Clients that send malformed lines, or vanish."""
 
     LINES = (
         (b"Good day.", "Not a JSON request: Good day."),
@@ -215,7 +184,7 @@ class BadRequests(EditorTestCase):
                     client.send(sent)
                     end(client)
             wait_until(lambda: self.sockets() <= before, "connections are closed")
-        self.assertFalse((self.editor.home / "gone.mp4").exists(), "nobody waits for this export")
+        self.assertFalse((self.editor.home / "gone.mp4").exists(), "the export was cancelled")
 
     def sockets(self):
         """How many sockets the editor has open."""
@@ -240,8 +209,8 @@ class BadRequests(EditorTestCase):
         client.close()
 
 
-class OddNames(unittest.TestCase):
-    """File names that people and cameras come up with."""
+class UnusualNames(unittest.TestCase):
+    """File names that break careless quoting, parsing or decoding."""
 
     NAMES = (
         b"two words.mp4",
@@ -274,7 +243,7 @@ class OddNames(unittest.TestCase):
         self.check(folder)
         self.assertNotIn("problem", editor.do("status"))
 
-    def test_all_in_a_folder_that_is_no_utf8(self):
+    def test_all_in_a_folder_that_is_not_utf8(self):
         editor = self.editor
         editor.workspace = pathlib.Path(os.fsdecode(os.fsencode(editor.home) + b"/\xe9t\xe9 100%"))
         editor.workspace.mkdir()
@@ -292,7 +261,7 @@ class OddNames(unittest.TestCase):
             self.assertEqual(clip["clip"]["ref"], f"v1:{number}")
 
     def check(self, folder):
-        """All is listed and seen, and is so again after a restart."""
+        """All files are listed and visible, and again after a restart."""
         shown = [name.decode(errors="replace") for name in self.NAMES]
         found = []
         for start in ("first", "second"):
@@ -302,24 +271,24 @@ class OddNames(unittest.TestCase):
                 media = self.editor.do("media")
                 self.assertEqual(sorted(each["name"] for each in media), sorted(shown))
                 self.assertFalse([each for each in media if "missing" in each])
-                found.append((clips, media, self.pictures(folder)))
+                found.append((clips, media, self.frames(folder)))
             if start == "first":
                 self.editor.do("project-save")
                 self.editor.kill()
         self.assertEqual(found[0], found[1])
 
-    def pictures(self, folder):
-        """A frame of each clip, written under the name of its file."""
-        pictures = []
+    def frames(self, folder):
+        """A frame of each clip, written to a file named after the clip's."""
+        frames = []
         for number, name in enumerate(self.NAMES):
             out = b"--out=" + name + b".png"
             answer = self.editor.cli("frame", str(number + 0.5), out, cwd=folder)
             self.assertEqual(answer.status, 0, answer.err)
             self.assertNotIn('"missing"', answer.out)
             with open(os.path.join(folder, name + b".png"), "rb") as written:
-                pictures.append(written.read())
-            self.assertTrue(self.shows_something(pictures[-1]), name)
-        return pictures
+                frames.append(written.read())
+            self.assertTrue(self.shows_something(frames[-1]), name)
+        return frames
 
     @staticmethod
     def shows_something(png):
@@ -329,7 +298,7 @@ class OddNames(unittest.TestCase):
 
 
 class BadDocuments(EditorTestCase):
-    """project.json files that were edited by hand, and wrongly."""
+    """project.json files with mistakes made by hand."""
 
     CLIP = ("project", "tracks", 0, "clips", 0)
     WRONG_VALUES = (
@@ -350,7 +319,7 @@ class BadDocuments(EditorTestCase):
         (("version",), "five", "version must be a whole number."),
         (("version",), 999, "newer Framewright"),
     )
-    # With these, pictures could never be drawn and memory would run out.
+    # These would exhaust memory or never finish drawing.
     SENSELESS_TIMES = (
         (CLIP + ("sourceEnd",), 1e17, "project.tracks[0].clips[0].sourceEnd"),
         (CLIP + ("sourceStart",), -1e17, "project.tracks[0].clips[0].sourceStart"),

@@ -1,4 +1,4 @@
-"""Rounds of random edits that end by `kill -9`: what was acknowledged a moment before is kept."""
+"""Rounds of random edits that end with `kill -9`: only the most recent ones may be lost."""
 
 import configparser
 import json
@@ -17,7 +17,7 @@ ROUND_SECONDS = (0.3, 3)  # Some end before the first save, some after the secon
 
 
 class RandomEdits:
-    """Makes edits by random commands; remembers what timelines were acknowledged, and when."""
+    """Runs random commands; remembers which timelines were acknowledged, and when."""
 
     def __init__(self, editor: EditorProcess, dice: random.Random):
         self.editor = editor
@@ -28,7 +28,7 @@ class RandomEdits:
         self.acknowledged: list[tuple[float, list]] = []
 
     def start_project(self):
-        """Starts another project. The one that is left is saved by that, whatever happens next."""
+        """Starts another project, which saves the one that is left."""
         if self.acknowledged:
             self.left[f"Project {len(self.left) + 1}"] = self.acknowledged[-1][1]
         self.editor.start_project(f"Project {len(self.left) + 1}")
@@ -48,7 +48,7 @@ class RandomEdits:
             self.count += 1
             self.remember()
         elif answer.status == 1 and answer.err:
-            self.refused += 1  # Such as a cut where there is no room for one.
+            self.refused += 1  # Such as a cut too near another.
         else:
             raise CommandFailed(f"{words}: {answer}")
 
@@ -102,12 +102,12 @@ class Crash(unittest.TestCase):
             with self.subTest(round=number, seed=SEED):
                 for age in self.ages_of_lost(kept, edits.acknowledged, killed):
                     (old if age > SECONDS_AT_RISK else young).append(age)
-            # On disk is what was kept; the command under way may just have been made again.
+            # What was kept is on disk; a retry may have just made the interrupted command.
             edits.acknowledged = [(killed, kept)]
             edits.remember()
         for name, tracks in edits.left.items():
             self.editor.do("project-open", name)
-            self.assertEqual(self.editor.tracks(), tracks, "was saved when it was left")
+            self.assertEqual(self.editor.tracks(), tracks, "not saved when it was left")
         print(
             f"{ROUNDS} rounds, {edits.count} edits, {edits.refused} refused, "
             f"lost: {len(old)} older than {SECONDS_AT_RISK} s, {len(young)} younger ones",
@@ -117,7 +117,7 @@ class Crash(unittest.TestCase):
 
     @staticmethod
     def edit_for(seconds, edits):
-        """Edits in bursts: in their pauses all is saved, within them saving is put off."""
+        """Edits in bursts: pauses let a save happen, bursts postpone it."""
         end = time.monotonic() + seconds
         while time.monotonic() < end:
             for _ in range(edits.dice.randrange(1, 12)):
@@ -125,7 +125,7 @@ class Crash(unittest.TestCase):
             time.sleep(max(0, min(edits.dice.choice((0, 0.1, 1.1)), end - time.monotonic())))
 
     def kill(self, dice, in_flight):
-        """Kills the editor, at times while a command is under way. When that was."""
+        """Kills the editor, at times during a command. Gives the time of the kill."""
         if dice.random() < 0.5:
             self.editor.kill()
             return time.monotonic()
@@ -138,7 +138,7 @@ class Crash(unittest.TestCase):
         return killed
 
     def check_files(self):
-        """Whatever was being written, each file is whole."""
+        """Every file is complete, whatever was being written."""
         documents = list(self.editor.workspace.glob("projects/*/project.json"))
         self.assertTrue(documents)
         for file in [self.editor.workspace / "workspace.json", *documents]:
@@ -153,14 +153,14 @@ class Crash(unittest.TestCase):
         self.assertNotIn("recovery", status)
 
     def ages_of_lost(self, kept, acknowledged, killed):
-        """What was kept is a timeline that there was; how old each edit was that came after it."""
+        """Checks that an acknowledged timeline was kept. Gives the age of each edit after it."""
         found = [number for number, (_, tracks) in enumerate(acknowledged) if tracks == kept]
-        self.assertTrue(found, "the timeline is none that there was")
+        self.assertTrue(found, "the kept timeline was never acknowledged")
         return [killed - when for when, _ in acknowledged[found[-1] + 1 :]]
 
 
 def without(in_flight, tracks):
-    """The command that was under way at the kill may have been carried out or not."""
+    """The tracks without the clip of the command that the kill interrupted."""
     for track in tracks:
         kept = [clip for clip in track["clips"] if clip.get("placeholder") != in_flight]
         if len(kept) < len(track["clips"]):

@@ -1,10 +1,10 @@
-"""Editing commands through the real socket: what they do to the timeline, and undo as their judge."""
+"""Editing commands through the real socket: their effect on the timeline, and its undo and redo."""
 
 import json
 import pathlib
 import unittest
 
-from editor_process import EditorProcess, ffmpeg, media_folder, video
+from editor_process import EditorProcess, ffmpeg, json_and_notes, media_folder, video
 
 
 class Editing(unittest.TestCase):
@@ -24,10 +24,9 @@ class Editing(unittest.TestCase):
         return [clip.get("placeholder") for clip in clips]
 
     def changes(self, *words):
-        """What a command answers, having changed the project by one step that undo takes back."""
+        """A command's reply. Checks that it makes one step, which undo and redo."""
         before = self.do("timeline")
-        data = self.editor.cli(*words).out  # A note may follow.
-        answer, _ = json.JSONDecoder().raw_decode(data)
+        answer, _ = json_and_notes(self.editor.cli(*words).out)
         after = self.do("timeline")
         self.assertNotEqual(before["tracks"], after["tracks"], words)
         self.do("undo")
@@ -41,7 +40,7 @@ class Editing(unittest.TestCase):
         for words, start in (("--by", "0.5"), 1.5), (("--by", "-1"), 0.5), (("--to", "2"), 2):
             clip = self.changes("clip-slip", "v1:1", *words)["clip"]
             self.assertEqual((clip["in"], clip["out"]), (start, start + 2), words)
-            self.assertEqual((clip["start"], clip["end"]), (0, 2), "its place stays")
+            self.assertEqual((clip["start"], clip["end"]), (0, 2), "its place changed")
         refused = self.editor.cli("clip-slip", "v1:1", "--by", "-4")
         self.assertEqual(refused.status, 1)
         self.assertIn("The source only runs 0–", refused.err)
@@ -81,7 +80,7 @@ class Editing(unittest.TestCase):
         self.assertEqual(self.editor.cli("track-move", "Upper", "--by", "-1").err.strip(),
                          "Upper is the topmost track already.")
 
-    def test_a_file_without_sound_never_comes_onto_an_audio_track(self):
+    def test_a_file_without_sound_is_refused_on_an_audio_track(self):
         silent = str(media_folder() / "silent.mp4")
         ffmpeg("-i", self.clip, "-an", "-c:v", "copy", silent)
         self.do("placeholder-add", "gap", "--track", "a1")
@@ -100,7 +99,7 @@ class Editing(unittest.TestCase):
         self.do("placeholder-add", "later")
         self.do("project-save")
         saved = json.loads(pathlib.Path(renamed["path"]).read_text())["project"]
-        self.assertEqual(len(saved["tracks"][0]["clips"]), 2, "saved in its new place")
+        self.assertEqual(len(saved["tracks"][0]["clips"]), 2, "not saved in its new place")
 
     def test_deleting(self):
         editor = self.editor
@@ -109,7 +108,7 @@ class Editing(unittest.TestCase):
         self.assertEqual(deleted["deleted"], "Doomed")
         self.assertFalse(document.parent.exists())
         trashed = editor.home / ".local/share/Trash/files/Doomed/project.json"
-        self.assertTrue(trashed.exists(), "it can be put back")
+        self.assertTrue(trashed.exists(), "not in the trash")
         self.assertIn("No project is open.", editor.cli("timeline").err)
 
 

@@ -1,14 +1,16 @@
-"""Exports that are cancelled, that miss a file, or that would write over footage."""
+"""Exports that are cancelled, lack a file, or would overwrite footage."""
 
 import json
 import os
 import pathlib
 import shutil
 import signal
-import subprocess
 import unittest
 
-from editor_process import EditorProcess, video, wait_until
+from editor_process import Connection, EditorProcess, decoded, video, wait_until
+
+
+CANCEL = b'{"id": 8, "cancel": 7}\n'
 
 
 class Exports(unittest.TestCase):
@@ -21,57 +23,61 @@ class Exports(unittest.TestCase):
         self.out = self.editor.home / "out"
         self.out.mkdir()
 
-    def test_cancelled_half_way_leaves_nothing(self):
+    def start_export(self, client: Connection, **options):
+        """Starts an export that reports progress, and waits for its first report."""
+        request = {"id": 7, "cwd": "/", "tool": "export", "progress": True,
+                   "args": {"path": str(self.out / "cut.mp4"), **options}}
+        client.send(json.dumps(request).encode() + b"\n")
+        return client.read()
+
+    @staticmethod
+    def final_answer(client: Connection) -> dict:
+        return next(answer for answer in iter(client.read, None) if "progress" not in answer)
+
+    def add_clips(self, editor: EditorProcess):
         for _ in range(5):
-            self.editor.do("clip-add", "v1", "--path", str(self.footage))
+            editor.do("clip-add", "v1", "--path", str(self.footage))
+
+    def test_cancelled_half_way_leaves_nothing(self):
+        self.add_clips(self.editor)
         pid, processes = self.editor.pid(), self.editor.processes()
         for ending in ("cancel", "vanish"):
             with self.subTest(ending), self.editor.connect() as client:
-                request = {"id": 7, "cwd": "/", "tool": "export", "progress": True,
-                           "args": {"path": str(self.out / "cut.mp4"), "height": 1080}}
-                client.send(json.dumps(request).encode() + b"\n")
-                while client.read()["progress"] < 0.5:
-                    pass
-                self.assertTrue(list(self.out.iterdir()), "it is written while it is made")
+                report = self.start_export(client, height=1080)
+                while report["progress"] < 0.5:
+                    report = client.read()
+                self.assertTrue(list(self.out.iterdir()), "nothing is written meanwhile")
                 if ending == "cancel":
-                    client.send(b'{"id": 8, "cancel": 7}\n')
-                    answer = client.read()
-                    while "progress" in answer:
-                        answer = client.read()
+                    client.send(CANCEL)
+                    answer = self.final_answer(client)
                     self.assertIs(answer["ok"], False)
                     self.assertEqual(answer["text"], "The export was cancelled.")
                 else:
                     client.close()
                 wait_until(lambda: not list(self.out.iterdir()), "nothing is left")
                 self.assertEqual(self.editor.processes(), processes)
-        # It edits and exports on.
+        # Editing and exporting still work.
         self.editor.do("clip-remove", "v1:5")
         self.editor.do("export", "--path", str(self.out / "whole.mp4"), "--height", "480")
         self.assertEqual([file.name for file in self.out.iterdir()], ["whole.mp4"])
         self.assertEqual(self.editor.pid(), pid)
 
-    def test_other_work_goes_on_meanwhile(self):
+    def test_other_work_is_not_blocked(self):
         cores = os.sched_getaffinity(0)
         self.addCleanup(os.sched_setaffinity, 0, cores)
-        os.sched_setaffinity(0, {min(cores)})  # It is started with no more.
+        os.sched_setaffinity(0, {min(cores)})  # The editor inherits it.
         editor = EditorProcess()
         self.addCleanup(editor.close)
         editor.start_project()
-        for _ in range(5):
-            editor.do("clip-add", "v1", "--path", str(self.footage))
+        self.add_clips(editor)
         with editor.connect() as client:
-            request = {"id": 7, "cwd": "/", "tool": "export", "progress": True,
-                       "args": {"path": str(self.out / "cut.mp4"), "height": 1080}}
-            client.send(json.dumps(request).encode() + b"\n")
-            client.read()
+            self.start_export(client, height=1080)
             editor.do("probe", "--path", str(video()))
-            client.send(b'{"id": 8, "cancel": 7}\n')
-            answer = client.read()
-            while "progress" in answer:
-                answer = client.read()
-            self.assertEqual(answer["text"], "The export was cancelled.", "it had ended before")
+            client.send(CANCEL)
+            self.assertEqual(self.final_answer(client)["text"], "The export was cancelled.",
+                             "the probe waited for its end")
 
-    def test_missing_footage_is_black_and_told(self):
+    def test_missing_footage_is_black_and_reported(self):
         other = self.editor.home / "other.mp4"
         shutil.copy(video(), other)
         self.editor.do("clip-add", "v1", "--path", str(self.footage), "--duration", "1")
@@ -86,7 +92,7 @@ class Exports(unittest.TestCase):
         self.assertGreater(self.brightness(out, 0.5), 60)
         self.assertLess(self.brightness(out, 1.5), 3)
 
-    def test_never_onto_footage(self):
+    def test_footage_is_never_overwritten(self):
         self.editor.do("clip-add", "v1", "--path", str(self.footage))
         before = self.footage.read_bytes()
         link, hard = self.out / "link.mp4", self.out / "hard.mp4"
@@ -99,15 +105,11 @@ class Exports(unittest.TestCase):
                                          "somewhere else.\n")
         self.assertEqual(self.footage.read_bytes(), before)
 
-    def test_is_told_before_the_editor_ends(self):
-        for _ in range(5):
-            self.editor.do("clip-add", "v1", "--path", str(self.footage))
+    def test_is_answered_before_the_editor_ends(self):
+        self.add_clips(self.editor)
         for ending in ("app-quit", "SIGTERM"):
             with self.subTest(ending), self.editor.connect() as client:
-                request = {"id": 7, "cwd": "/", "tool": "export", "progress": True,
-                           "args": {"path": str(self.out / "cut.mp4"), "height": 1080}}
-                client.send(json.dumps(request).encode() + b"\n")
-                client.read()
+                self.start_export(client, height=1080)
                 if ending == "app-quit":
                     refused = self.editor.cli("app-quit")
                     self.assertEqual(refused.status, 1)
@@ -124,7 +126,7 @@ class Exports(unittest.TestCase):
                 wait_until(lambda: not self.editor.is_running(), "the editor ends")
             self.editor.do("status")
 
-    def test_goes_where_people_expect(self):
+    def test_paths(self):
         self.editor.do("clip-add", "v1", "--path", str(self.footage), "--duration", "0.2")
         (self.out / "folder").mkdir()
         (self.out / "taken.mp4").mkdir()
@@ -151,29 +153,22 @@ class Exports(unittest.TestCase):
                 else:
                     self.assertEqual((answer.err, new), (expected, []))
 
-    def test_footage_outside_of_its_range_may_change(self):
+    def test_footage_outside_its_range_may_change(self):
         other = self.editor.home / "other.mp4"
         shutil.copy(video(), other)
         self.editor.do("clip-add", "v1", "--path", str(self.footage))
         self.editor.do("clip-add", "v1", "--path", str(other))
         with self.editor.connect() as client:
-            request = {"id": 7, "cwd": "/", "tool": "export", "progress": True,
-                       "args": {"path": str(self.out / "cut.mp4"), "end": 4, "height": 720}}
-            client.send(json.dumps(request).encode() + b"\n")
-            client.read()
+            self.start_export(client, end=4, height=720)
             other.write_bytes(b"another")
-            answer = client.read()
-            while "progress" in answer:
-                answer = client.read()
+            answer = self.final_answer(client)
         self.assertIs(answer["ok"], True, answer)
 
     @staticmethod
     def brightness(file: pathlib.Path, time: float) -> float:
-        """Of the middle of the picture, 0 to 255."""
-        words = ["-ss", str(time), "-i", str(file), "-frames:v", "1", "-vf", "crop=iw:iw/2",
-                 "-f", "rawvideo", "-pix_fmt", "gray", "-"]
-        gray = subprocess.run(["ffmpeg", "-v", "error", *words], check=True, capture_output=True,
-                              timeout=60).stdout
+        """Of the middle of the frame, 0 to 255."""
+        gray = decoded(file, "-ss", str(time), "-frames:v", "1", "-vf", "crop=iw:iw/2",
+                       "-pix_fmt", "gray", "-f", "rawvideo")
         return sum(gray) / len(gray)
 
 

@@ -1,4 +1,4 @@
-"""Fonts that are not there: something stands in for them, and `status` tells what."""
+"""Missing fonts: others replace them, and `status` reports which."""
 
 import json
 import os
@@ -10,7 +10,7 @@ import uuid
 
 from editor_process import EXECUTABLE, EditorProcess, wait_until
 
-TEXT = "00000000-0000-0000-0000-000000000002"  # Stands for the file that a text clip has not.
+TEXT = "00000000-0000-0000-0000-000000000002"  # The asset of text clips, which have no file.
 WHITE = {"red": 1, "green": 1, "blue": 1, "alpha": 1}
 
 
@@ -33,7 +33,7 @@ def text_clip(number: int, font: str) -> dict:
 
 
 class Fonts(unittest.TestCase):
-    def test_status_tells_what_stands_in_for_a_projects_fonts(self):
+    def test_status_reports_replaced_fonts_of_a_project(self):
         editor = EditorProcess()
         self.addCleanup(editor.close)
         document = editor.start_project()
@@ -47,7 +47,7 @@ class Fonts(unittest.TestCase):
         track["clips"] = [text_clip(number, name) for number, name in enumerate(names)]
         document.write_text(json.dumps(content))
 
-        wait_until(lambda: "fonts" in editor.do("status"), "the edit is taken in")
+        wait_until(lambda: "fonts" in editor.do("status"), "the outside edit is taken in")
         self.assertEqual(
             editor.do("status")["fonts"],
             [
@@ -59,7 +59,7 @@ class Fonts(unittest.TestCase):
             ],
         )
 
-    def test_status_tells_which_carried_fonts_are_missing(self):
+    def test_status_reports_missing_and_damaged_carried_fonts(self):
         installation = pathlib.Path(tempfile.mkdtemp(prefix="framewright-"))
         self.addCleanup(shutil.rmtree, installation)
         program = pathlib.Path(EXECUTABLE)

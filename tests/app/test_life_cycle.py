@@ -1,4 +1,4 @@
-"""How the editor starts, ends, is killed and comes back, and how several clients share it."""
+"""How the editor starts, ends, recovers from a kill, and serves several clients."""
 
 import concurrent.futures
 import json
@@ -32,19 +32,19 @@ class Starting(LifeCycleTestCase):
         self.assertFalse(editor.is_running())
         self.assertIsNone(editor.do("status")["project"])
         pid = editor.pid()
-        self.assertNotEqual(os.getsid(pid), os.getsid(0), "ends with our session")
-        self.assertEqual(os.readlink(f"/proc/{pid}/cwd"), "/", "holds a folder of the client's")
+        self.assertNotEqual(os.getsid(pid), os.getsid(0), "would end with our session")
+        self.assertEqual(os.readlink(f"/proc/{pid}/cwd"), "/", "keeps the client's folder in use")
         editor.do("status")
         self.assertEqual(editor.processes(), [pid])
 
-    def test_first_commands_at_once_start_one_editor(self):
+    def test_simultaneous_first_commands_start_one_editor(self):
         clients = [self.editor.start_cli("status") for _ in range(8)]
         answers = [self.editor.answer(client) for client in clients]
         self.assertEqual({(answer.status, answer.err) for answer in answers}, {(0, "")})
         pid = self.editor.pid()
         wait_until(lambda: self.editor.processes() == [pid], "one editor is left")
 
-    def test_of_editors_started_at_once_one_serves(self):
+    def test_one_of_several_editors_started_at_once_serves(self):
         editors = [self.editor.start_editor() for _ in range(3)]
         wait_until(lambda: sum(each.poll() is None for each in editors) == 1, "one is left")
         wait_until(self.editor.is_running, "it serves")
@@ -86,9 +86,9 @@ class Ending(LifeCycleTestCase):
             self.assertTrue(has_ended(process))
         self.assertEqual(self.saved_placeholders(document), {"kept"})
         self.assertFalse((editor.support / "cli.sock").exists())
-        self.assertEqual(editor.placeholders(), {"kept"}, "in an editor that was started anew")
+        self.assertEqual(editor.placeholders(), {"kept"}, "in a new editor")
 
-    def test_signals_that_ask_to_end_save(self):
+    def test_ending_by_signal_saves(self):
         for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
             with self.subTest(number):
                 document = self.editor.start_project(number.name)
@@ -97,14 +97,14 @@ class Ending(LifeCycleTestCase):
                 self.assertEqual(self.saved_placeholders(document), {number.name})
                 self.assertEqual(self.editor.placeholders(), {number.name})
 
-    def test_killed_it_comes_back_with_the_same_project(self):
+    def test_after_a_kill_the_same_project_is_open(self):
         editor = self.editor
         document = editor.start_project("Hook v2")
         editor.do("clip-add", "v1", "--path", str(video()))
         editor.do("placeholder-add", "saved", "--track", "a1")
-        wait_until(lambda: editor.do("status")["project"]["saved"], "the save of itself")
+        wait_until(lambda: editor.do("status")["project"]["saved"], "it is saved automatically")
         before, timeline = editor.pid(), editor.do("timeline")
-        editor.do("seek", "2")  # No change of the project's.
+        editor.do("seek", "2")  # Not a change of the project.
         editor.kill()
 
         status = editor.do("status")
@@ -115,7 +115,7 @@ class Ending(LifeCycleTestCase):
         self.assertNotIn("recovery", status)
         self.assertEqual(editor.do("timeline"), timeline)
 
-    def test_a_client_of_a_killed_editor_says_so(self):
+    def test_a_client_reports_that_its_editor_was_killed(self):
         editor = self.editor
         editor.start_project()
         editor.do("clip-add", "v1", "--path", str(video()))
@@ -128,8 +128,8 @@ class Ending(LifeCycleTestCase):
             answer.err, "Framewright stopped answering. Open the app and try again.\n"
         )
 
-    def test_a_killed_editors_loose_project_is_offered(self):
-        """A project outside any workspace is saved by the user; until then a copy is kept."""
+    def test_after_a_kill_a_project_outside_any_workspace_can_be_recovered(self):
+        """Such a project is saved on request; until then its changes are in a recovery copy."""
         editor = self.editor
         editor.start_project()
         copy = editor.home / "Loose.fwp"
@@ -137,11 +137,11 @@ class Ending(LifeCycleTestCase):
         editor.do("project-open", str(copy))
         editor.do("placeholder-add", "kept")
         recovery = editor.support / "Recovery"
-        wait_until(lambda: recovery.exists() and any(recovery.glob("*.fwp")), "a copy is kept")
+        wait_until(lambda: recovery.exists() and any(recovery.glob("*.fwp")), "a copy is written")
         content = copy.read_bytes()
         editor.kill()
         self.assertEqual(editor.do("status")["recovery"]["project"], str(copy))
-        self.assertEqual(copy.read_bytes(), content, "the user's file is left alone")
+        self.assertEqual(copy.read_bytes(), content, "the user's file was changed")
         editor.do("project-recover", "restore")
         self.assertEqual(editor.placeholders(), {"kept"})
         editor.do("project-save")
@@ -190,7 +190,7 @@ class Sharing(LifeCycleTestCase):
         self.assertEqual(editor.cli("redo").err, "Nothing to redo.\n")
 
     def test_clients_in_parallel(self):
-        """All edits are made, each once and as a step of its own, while others look and render."""
+        """Each edit is made once, as one step, while other clients read and render."""
         editor = self.editor
         editor.start_project()
         editor.do("clip-add", "v1", "--path", str(video()))
@@ -201,9 +201,9 @@ class Sharing(LifeCycleTestCase):
                 editor.do("placeholder-add", f"{client}-{number}", "--track", "a1")
                 editor.do("timeline")
 
-        def look(_):
+        def draw(_):
             for number in range(5):
-                editor.do("frame", str(number / 2), "--out", str(editor.home / "look.png"))
+                editor.do("frame", str(number / 2), "--out", str(editor.home / "frame.png"))
 
         def place(client):
             editor.do("track-add", "audio", "--name", f"of {client}")
@@ -215,7 +215,7 @@ class Sharing(LifeCycleTestCase):
 
         with concurrent.futures.ThreadPoolExecutor() as pool:
             jobs = [(add, client) for client in range(4)]
-            jobs += [(look, 1), (place, 1), (place, 2), (export, 1)]
+            jobs += [(draw, 1), (place, 1), (place, 2), (export, 1)]
             for job in [pool.submit(*job) for job in jobs]:
                 job.result()
 

@@ -1,4 +1,4 @@
-"""Other programs write project.json while commands edit the same project: nothing is lost."""
+"""Other programs write project.json while commands edit the project: nothing is lost."""
 
 import json
 import os
@@ -13,7 +13,7 @@ import uuid
 from editor_process import EditorProcess, placeholders_of, wait_until
 
 OUTSIDE_EDITS = int(os.environ.get("FRAMEWRIGHT_OUTSIDE_EDITS", 20))
-PLACEHOLDER = "00000000-0000-0000-0000-000000000001"  # Stands for the file that is not there yet.
+PLACEHOLDER = "00000000-0000-0000-0000-000000000001"  # The asset of all placeholders.
 SEED = int(os.environ.get("FRAMEWRIGHT_SEED", random.randrange(1_000_000)))
 
 
@@ -28,7 +28,7 @@ def write_by_renaming(file: pathlib.Path, content: bytes):
 
 
 def with_placeholder(document: dict, name: str):
-    """Adds a placeholder behind the last clip of the audio track."""
+    """Appends a placeholder to the audio track."""
     clips = document["project"]["tracks"][1]["clips"]
     last = clips[-1] if clips else None
     clips.append(
@@ -50,20 +50,20 @@ def with_brief(document: dict, name: str):
 
 
 def words_in(project: dict) -> set[str]:
-    """What edits are told apart by: names of placeholders and lines of the brief."""
+    """Names of placeholders and lines of the brief: what identifies the edits."""
     return placeholders_of(project["tracks"]) | set((project.get("brief") or "").split("\n")) - {""}
 
 
 class OutsideEditor(threading.Thread):
-    """Reads the document, adds to what it read and writes it: at random moments, and while the
-    editor is about to replace the file."""
+    """Reads the document, adds to it and writes it back: at random moments, and just before the
+    editor replaces the file."""
 
     def __init__(self, document: pathlib.Path, editor: int, dice: random.Random):
         super().__init__()
         self.document = document
         self.editor = editor
         self.dice = dice
-        self.written: dict[str, str] = {}  # How each was written.
+        self.written: dict[str, str] = {}  # How each edit was written.
         self.problem: Exception | None = None
 
     def run(self):
@@ -78,7 +78,7 @@ class OutsideEditor(threading.Thread):
             self.problem = problem
 
     def edit_during_a_save(self, name):
-        """Holds the editor while it has written its new file and not yet put it in place."""
+        """Stops the editor after it wrote its new file, before it puts it in place."""
         end = time.monotonic() + 2
         while not self.is_saving() and time.monotonic() < end:
             pass
@@ -114,19 +114,19 @@ class OutsideEdits(unittest.TestCase):
         return words_in({"tracks": self.editor.tracks(), "brief": brief})
 
     def settle(self):
-        """Waits until memory and disk are one."""
+        """Waits until memory and disk agree."""
 
         def is_settled():
             try:
                 is_saved = self.editor.do("status")["project"]["saved"]
                 return is_saved and self.in_memory() == self.on_disk()
             except ValueError:
-                return False  # Half written, as far as we can see.
+                return False  # Read half-written.
 
-        wait_until(is_settled, "memory and disk are one")
+        wait_until(is_settled, "memory and disk agree")
 
     def reachable(self):
-        """All words in the project and in what undo steps back to."""
+        """All words in the project and in its undo steps."""
         words = self.in_memory()
         while self.editor.cli("undo").status == 0:
             words |= self.in_memory()
@@ -141,7 +141,7 @@ class OutsideEdits(unittest.TestCase):
         while outside.is_alive():
             commands.append(f"command {len(commands)}")
             rename = ("clip-set", "v1:1", "--name", commands[-1])
-            # A stale rewrite may have taken the clip away.
+            # A stale rewrite may have removed the clip.
             if dice.random() < 0.7 or self.editor.cli(*rename).status != 0:
                 self.editor.do("placeholder-add", commands[-1], "--track", "v1")
             time.sleep(dice.choice((0, 0.05, 0.2)))
@@ -178,7 +178,7 @@ class OutsideEdits(unittest.TestCase):
         self.assertEqual(self.on_disk(), {"ours", "theirs 1", "theirs 2"})
 
     def test_a_document_that_is_broken_for_a_while(self):
-        """Neither theirs nor ours is lost, and ours is not written over theirs."""
+        """Neither theirs nor ours is lost, and ours does not overwrite theirs."""
         self.editor.do("placeholder-add", "ours")
         self.editor.do("project-save")
         good = json.loads(self.document.read_bytes())
@@ -186,7 +186,7 @@ class OutsideEdits(unittest.TestCase):
         content = json.dumps(good).encode()
         half = content[: len(content) // 2]
         self.document.write_bytes(half)
-        wait_until(lambda: "problem" in self.editor.do("status"), "the problem is told")
+        wait_until(lambda: "problem" in self.editor.do("status"), "the problem is reported")
         self.assertEqual(self.in_memory(), {"ours"})
 
         self.editor.do("placeholder-add", "meanwhile")
@@ -201,12 +201,12 @@ class OutsideEdits(unittest.TestCase):
         self.assertNotIn("problem", self.editor.do("status"))
         self.assertLessEqual({"ours", "theirs", "meanwhile"}, self.reachable())
 
-    def test_what_was_broken_when_the_editor_died(self):
-        """Ours is in the recovery copy, and the broken document is left to who broke it."""
+    def test_a_document_that_is_broken_when_the_editor_is_killed(self):
+        """Ours is in the recovery copy, and the broken document is left alone."""
         self.editor.do("placeholder-add", "ours")
         self.document.write_bytes(b'{"version": ')
         recovery = self.editor.support / "Recovery/recovery.fwp"
-        wait_until(recovery.exists, "ours is kept elsewhere")
+        wait_until(recovery.exists, "the recovery copy is written")
         self.editor.kill()
         status = self.editor.do("status")
         self.assertIn("project.json is not a valid project", status["problem"])
@@ -215,7 +215,7 @@ class OutsideEdits(unittest.TestCase):
         self.editor.do("project-recover", "restore")
         self.assertEqual(self.in_memory(), {"ours"})
 
-    def test_a_document_that_vanished_is_written_anew(self):
+    def test_a_removed_document_is_written_again(self):
         self.editor.do("placeholder-add", "first")
         self.editor.do("project-save")
         self.document.unlink()

@@ -1,23 +1,21 @@
-"""Footage that goes, comes back or is replaced while the editor runs."""
+"""Footage that vanishes, reappears or is replaced while the editor runs."""
 
 import functools
-import json
 import os
 import pathlib
 import shutil
-import subprocess
 import unittest
 
-from editor_process import EditorProcess, ffmpeg, media_folder
+from editor_process import EditorProcess, decoded, ffmpeg, json_and_notes, media_folder
 
 
 @functools.cache
 def plain(color: str, size: str, seconds: int = 1) -> pathlib.Path:
-    """A picture of one colour with a tone."""
+    """A video of one colour with a tone."""
     file = media_folder() / f"{color}-{size}-{seconds}.mp4"
-    picture = f"color={color}:size={size}:rate=25:duration={seconds}"
+    source = f"color={color}:size={size}:rate=25:duration={seconds}"
     codecs = ("-c:v", "libx264", "-preset", "ultrafast", "-pix_fmt", "yuv420p", "-c:a", "aac")
-    ffmpeg("-f", "lavfi", "-i", picture, "-f", "lavfi", "-i", f"sine=duration={seconds}",
+    ffmpeg("-f", "lavfi", "-i", source, "-f", "lavfi", "-i", f"sine=duration={seconds}",
            *codecs, str(file))
     return file
 
@@ -33,19 +31,18 @@ class Sources(unittest.TestCase):
                        "contact-sheet": self.editor.home / "sheet.png"}
 
     def put(self, source: pathlib.Path):
-        """As another program does it: what is there is replaced at once."""
+        """Replaces the footage in one step, as other programs do."""
         new = self.footage.with_suffix(".new")
         shutil.copy(source, new)
         os.replace(new, self.footage)
 
     def shown(self, command: str, *words: str) -> tuple[list[str], str, str]:
-        """What a command says is missing, and the colours of the picture's middle and top."""
+        """The clips a command reports as missing, and the colours at the frame's middle and top."""
         file = self.places[command]
         place = "--path" if command == "export" else "--out"
         answer = self.editor.cli(command, *words, place, str(file))
         self.assertEqual((answer.status, answer.err), (0, ""))
-        data = answer.out[answer.out.index("{"):]  # What is for people comes before and after.
-        made, _ = json.JSONDecoder().raw_decode(data)
+        made, _ = json_and_notes(answer.out)
         missing = [clip["ref"] for clip in made.get("missing", [])]
         return missing, color(file, 0.5), color(file, 0.1)
 
@@ -58,7 +55,7 @@ class Sources(unittest.TestCase):
     def sheet(self):
         return self.shown("contact-sheet", "--times", "0.5", "--columns", "1", "--width", "270")
 
-    def test_are_shown_as_they_stand_now(self):
+    def test_current_files_are_shown(self):
         self.put(plain("red", "320x240"))
         self.editor.do("clip-add", "v1", "--path", str(self.footage), "--duration", "1")
         gone = (["v1:1"], "black", "black")
@@ -67,25 +64,25 @@ class Sources(unittest.TestCase):
             "as it was added": (lambda: None, wide),
             "removed": (self.footage.unlink, gone),
             "back": (lambda: self.put(plain("red", "320x240")), wide),
-            "another of that name": (lambda: self.put(plain("blue", "270x480")), tall),
-            "not whole yet": (lambda: self.footage.write_bytes(self.footage.read_bytes()[:99]),
-                              gone),
-            "whole": (lambda: self.put(plain("red", "320x240")), wide),
+            "replaced by another": (lambda: self.put(plain("blue", "270x480")), tall),
+            "half written": (lambda: self.footage.write_bytes(self.footage.read_bytes()[:99]),
+                             gone),
+            "written": (lambda: self.put(plain("red", "320x240")), wide),
         }
         steps = self.editor.do("status")["undo"]
-        # Whichever command comes first has to see the change; the others have to agree.
+        # Whichever command is first must notice the change, and the others must agree.
         orders = ([self.export, self.frame, self.sheet], [self.frame, self.sheet, self.export],
                   [self.sheet, self.export, self.frame])
         for number, (change, (make, seen)) in enumerate(changes.items()):
             make()
-            for look in orders[number % 3]:
-                with self.subTest(change, look=look.__name__):
-                    self.assertEqual(look(), seen)
+            for draw in orders[number % 3]:
+                with self.subTest(change, command=draw.__name__):
+                    self.assertEqual(draw(), seen)
             missing = [clip["ref"] for clip in self.editor.do("status").get("missing", [])]
             self.assertEqual(missing, seen[0], change)
-        self.assertEqual(self.editor.do("status")["undo"], steps, "nothing of it is an edit")
+        self.assertEqual(self.editor.do("status")["undo"], steps, "facts became an edit")
 
-    def test_that_were_missing_from_the_start_come_back(self):
+    def test_files_missing_at_the_start_are_found_again(self):
         self.put(plain("red", "320x240"))
         self.editor.do("clip-add", "v1", "--path", str(self.footage), "--duration", "1")
         self.editor.quit()
@@ -94,7 +91,7 @@ class Sources(unittest.TestCase):
         away.rename(self.footage)
         self.assertEqual(self.export(), ([], "red", "black"))
 
-    def test_that_go_with_the_project_closed_are_missing(self):
+    def test_files_removed_while_the_project_is_closed_are_missing(self):
         self.put(plain("red", "320x240"))
         self.editor.do("clip-add", "v1", "--path", str(self.footage), "--duration", "1")
         self.editor.do("project-close")
@@ -103,7 +100,7 @@ class Sources(unittest.TestCase):
         self.assertEqual([clip["ref"] for clip in opened["missing"]], ["v1:1"])
         self.assertEqual(self.frame(), (["v1:1"], "black", "black"))
 
-    def test_that_move_are_found_in_the_media_folders(self):
+    def test_moved_files_are_found_in_the_media_folders(self):
         folder = self.editor.home / "Footage"
         folder.mkdir()
         self.editor.do("media-folders", "--add", str(folder), cwd=self.editor.workspace)
@@ -115,7 +112,7 @@ class Sources(unittest.TestCase):
         self.assertEqual(self.export(), ([], "red", "black"))
         self.assertEqual(self.editor.do("media")[0]["path"], str(folder / self.footage.name))
 
-    def test_replaced_by_longer_ones_may_be_used_to_their_end(self):
+    def test_a_longer_replacement_can_be_used_to_its_end(self):
         self.put(plain("red", "320x240"))
         self.editor.do("clip-add", "v1", "--path", str(self.footage))
         self.put(plain("blue", "270x480", 3))
@@ -125,7 +122,7 @@ class Sources(unittest.TestCase):
         self.editor.do("clip-trim", "v1:1", "--out", "2.9")
         self.assertEqual(self.frame(), ([], "blue", "blue"))
 
-    def test_many_commands_at_once_see_a_change(self):
+    def test_simultaneous_commands_all_notice_a_change(self):
         self.put(plain("red", "320x240"))
         self.editor.do("clip-add", "v1", "--path", str(self.footage), "--duration", "1")
         for source, seen in ((plain("blue", "270x480"), "blue"), (None, "black"),
@@ -142,12 +139,10 @@ class Sources(unittest.TestCase):
 
 
 def color(file: pathlib.Path, height: float) -> str:
-    """The colour at a height of the picture, 0 at the top, in the middle of its width."""
-    words = ["-i", str(file), "-frames:v", "1", "-vf", f"crop=2:2:iw/2:ih*{height}",
-             "-f", "rawvideo", "-pix_fmt", "rgb24", "-"]
-    data = subprocess.run(["ffmpeg", "-v", "error", *words], check=True, capture_output=True,
-                          timeout=60).stdout
-    red, green, blue = data[:3]
+    """The colour at a height of the frame, 0 at the top, in the middle of its width."""
+    pixels = decoded(file, "-frames:v", "1", "-vf", f"crop=2:2:iw/2:ih*{height}",
+                     "-pix_fmt", "rgb24", "-f", "rawvideo")
+    red, green, blue = pixels[:3]
     names = {(True, False, False): "red", (False, False, True): "blue",
              (False, False, False): "black"}
     return names.get((red > 128, green > 128, blue > 128), f"{red} {green} {blue}")

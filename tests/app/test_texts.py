@@ -1,10 +1,10 @@
-"""On-screen texts and saved looks, as agents use them."""
+"""On-screen texts and saved styles, as agents use them."""
 
 import json
 import unittest
 
-from editor_process import EditorProcess, wait_until
-from test_bad_input import EditorTestCase
+from editor_process import EditorProcess, json_and_notes, wait_until
+from editor_test_case import EditorTestCase
 
 COLORS = "Colors are #RRGGBB or #RRGGBBAA, not "
 
@@ -19,10 +19,10 @@ class Texts(EditorTestCase):
     def text_add(self, *words):
         answer = self.editor.cli("text-add", *words)
         self.assertEqual(answer.status, 0, answer.err)
-        reply, end = json.JSONDecoder().raw_decode(answer.out)
-        return reply["clip"], answer.out[end:].strip()
+        reply, notes = json_and_notes(answer.out)
+        return reply["clip"], notes
 
-    def test_a_text_wears_a_favorite_with_overrides(self):
+    def test_a_text_has_a_style_with_overrides(self):
         clip, note = self.text_add(
             "Hello", "--favorite=neon", "--at=1", "--size=240", "--color=#FF000080", "--y=0.2"
         )
@@ -30,7 +30,7 @@ class Texts(EditorTestCase):
         self.assertEqual((clip["ref"], clip["start"], clip["end"], note), ("t1:1", 1, 4, ""))
         self.assertEqual((text["look"], text["size"], text["color"]), ("Neon", 240, "#FF000080"))
         self.assertEqual((text["words"], text["x"], text["y"]), ("Hello", 0.5, 0.2))
-        self.assertEqual(self.editor.tracks()[0]["kind"], "text", "a new track goes on top")
+        self.assertEqual(self.editor.tracks()[0]["kind"], "text", "the new track is not on top")
 
         changed = self.editor.do("text-set", "t1:1", "--favorite=Meme", "--text=Bye", "--x=0")
         text = changed["clip"]["text"]
@@ -49,18 +49,18 @@ class Texts(EditorTestCase):
                 answer, "That would run into the next text on Text 1; it can last up to 3 s."
             )
 
-    def test_a_font_that_is_not_there_is_told(self):
+    def test_a_missing_font_is_reported(self):
         _, note = self.text_add("Hello", "--font=Avenir Next Bold")
         self.assertRegex(note, r"^AvenirNext-Bold is not installed; .+ stands in for it\.$")
 
-    def test_letters_that_no_font_has_are_told(self):
+    def test_letters_that_no_font_has_are_reported(self):
         note = "No installed font has the letter \u0378; a box stands for it."
         _, said = self.text_add("a\u0378b\u0378", "--at=0")
         self.assertEqual(said, note)
         self.text_add("\u0378", "--favorite=Strong")
         self.assertEqual(self.editor.do("status")["looks"], ["t1:1, t1:2: " + note])
 
-    def test_words_come_back_as_they_were_given(self):
+    def test_words_are_stored_unchanged(self):
         for words in (
             "  two\nlines, a \"quote\", a back\\slash and \\n  ",
             "مرحبا 👋🏽 שלום 👨‍👩‍👧‍👦 नमस्ते 🇩🇪",
@@ -82,7 +82,7 @@ class Texts(EditorTestCase):
                 ])
                 self.editor.do("undo")
 
-    def test_what_is_not_seen_is_told(self):
+    def test_invisible_texts_are_reported(self):
         ends = "The picture ends at 7 s"
         for words, note in (
             (("--at=1",), ""),
@@ -110,7 +110,7 @@ class Texts(EditorTestCase):
         self.document.write_text(json.dumps(content))
         wait_until(lambda: self.editor.do("status")["undo"] != before, "the edit is taken in")
 
-    def test_values_out_of_range_are_told_and_block_nothing(self):
+    def test_values_out_of_range_are_reported_and_block_nothing(self):
         def change(clip):
             clip["text"]["style"].update(fontSize=900, padding=-30, fontName="")
             clip["text"]["scale"] = -3
@@ -134,18 +134,18 @@ class Texts(EditorTestCase):
         self.assertEqual(answer.out.splitlines()[-3:], changes)
 
         answer = self.editor.cli("style-save", "Big", "--from=t1:1", "--kind=caption")
-        reply, end = json.JSONDecoder().raw_decode(answer.out)
+        reply, notes = json_and_notes(answer.out)
         self.assertEqual(reply["look"]["size"], 240)
-        self.assertIn("fontSize of Big is 8 to 240; 900 was changed to 240.", answer.out[end:])
+        self.assertIn("fontSize of Big is 8 to 240; 900 was changed to 240.", notes)
         self.assertEqual(self.editor.do("favorites")["caption"][-1], reply["look"])
         self.editor.do("style-delete", "Big", "--kind=caption")
 
-    def test_a_text_that_was_left_without_words_by_hand(self):
+    def test_a_text_clip_whose_text_was_removed_by_hand(self):
         self.edit_by_hand(lambda clip: clip.pop("text"))
         clip = self.editor.do("text-set", "t1:1", "--duration=2")["clip"]
         self.assertEqual((clip["duration"], "text" in clip), (2, False))
         text = self.editor.do("text-set", "t1:1", "--text=Hello")["clip"]["text"]
-        usual = [look for look in self.editor.do("favorites")["text"] if look.get("default")][0]
+        usual = [style for style in self.editor.do("favorites")["text"] if style.get("default")][0]
         self.assertEqual(
             (text["words"], text["look"], text["font"]), ("Hello", usual["name"], usual["font"])
         )
@@ -207,8 +207,8 @@ class Texts(EditorTestCase):
             self.assertIs(client.read()["ok"], False)
 
 
-class Looks(unittest.TestCase):
-    """Saved looks, in the editor and in the workspace's files."""
+class Styles(unittest.TestCase):
+    """Saved styles, in the editor and in the workspace's files."""
 
     def setUp(self):
         self.editor = EditorProcess()
@@ -217,29 +217,29 @@ class Looks(unittest.TestCase):
         self.file = self.editor.workspace / "settings/text-styles.json"
 
     def names(self, kind="text"):
-        return [look["name"] for look in self.editor.do("favorites")[kind]]
+        return [style["name"] for style in self.editor.do("favorites")[kind]]
 
     def on_disk(self):
         return json.loads(self.file.read_text())
 
-    def test_a_look_is_made_changed_worn_and_deleted(self):
+    def test_a_style_is_made_changed_used_and_deleted(self):
         editor = self.editor
         built_in = self.names()
         self.assertGreaterEqual(len(built_in), 12)
         self.assertGreaterEqual(len(self.names("caption")), 8)
         editor.do("style-save", "Mine", "--like=Meme", "--boxColor=#10203080", "--size=100")
-        look = editor.do("favorites", "--kind=text")["text"][-1]
-        self.assertEqual(look["name"], "Mine")
-        self.assertEqual(look["box"]["color"], "#10203080")
-        self.assertEqual(look["effects"], "Box · Outline · Caps")
+        style = editor.do("favorites", "--kind=text")["text"][-1]
+        self.assertEqual(style["name"], "Mine")
+        self.assertEqual(style["box"]["color"], "#10203080")
+        self.assertEqual(style["effects"], "Box · Outline · Caps")
         editor.do("style-default", "mine")
         clip = editor.do("text-add", "Hello")["clip"]
         self.assertEqual((clip["text"]["look"], clip["text"]["size"]), ("Mine", 100))
 
         editor.do("style-save", "Mine", "--box=false", "--rename=Ours")
-        look = editor.do("favorites")["text"][-1]
-        self.assertEqual((look["name"], look["effects"]), ("Ours", "Outline · Caps"))
-        self.assertIs(look["default"], True)
+        style = editor.do("favorites")["text"][-1]
+        self.assertEqual((style["name"], style["effects"]), ("Ours", "Outline · Caps"))
+        self.assertIs(style["default"], True)
         editor.do("text-set", "t1:1", "--color=#00FF00")
         editor.do("style-save", "From a clip", "--from=t1:1", "--kind=caption")
         self.assertEqual(editor.do("favorites")["caption"][-1]["color"], "#00FF00FF")
@@ -253,7 +253,7 @@ class Looks(unittest.TestCase):
         editor.do("style-reset", "--name=Neon")
         self.assertIn("Neon", self.names())
 
-    def test_looks_are_picked_by_id_where_names_are_not_enough(self):
+    def test_styles_with_the_same_name_are_picked_by_id(self):
         editor = self.editor
         editor.do("style-delete", "Deco")
         editor.do("style-save", "Deco", "--size=44")
@@ -269,7 +269,7 @@ class Looks(unittest.TestCase):
         content["styles"].append({**content["styles"][-1], "id": one, "fontSize": 51})
         self.file.write_text(json.dumps(content))
         twice = "text-styles.json: More than one look is called Same; pick them by id."
-        wait_until(lambda: twice in editor.do("status").get("looks", []), "both are told")
+        wait_until(lambda: twice in editor.do("status").get("looks", []), "it is reported")
         self.assertIn("More than one look", editor.cli("style-default", "Same").err)
         editor.do("style-save", one[:8], "--color=#FF0000")
         text = editor.do("text-add", "Hello", "--favorite", one.lower())["clip"]["text"]
@@ -277,7 +277,7 @@ class Looks(unittest.TestCase):
         editor.do("style-save", one, "--rename=Other")
         self.assertNotIn("looks", editor.do("status"))
 
-    def test_looks_are_plain_files_of_the_workspace(self):
+    def test_styles_are_plain_files_of_the_workspace(self):
         editor = self.editor
         editor.do("style-save", "Mine")
         wait_until(lambda: self.file.exists() and "Mine" in self.file.read_text(), "it is saved")
@@ -297,20 +297,20 @@ class Looks(unittest.TestCase):
         )
 
         editor.do("style-save", "Mine", "--size=50")
-        wait_until(lambda: "glow" not in self.file.read_text(), "the file is written anew")
-        wait_until(lambda: "looks" not in editor.do("status"), "nothing odd is left")
+        wait_until(lambda: "glow" not in self.file.read_text(), "the file is written again")
+        wait_until(lambda: "looks" not in editor.do("status"), "the reports are gone")
 
         self.file.write_text("{ broken")
         wait_until(
             lambda: "is not valid" in str(editor.do("status").get("looks")),
-            "the broken file is told",
+            "the broken file is reported",
         )
         editor.do("style-save", "Meanwhile")
         editor.quit()
         wait_until(lambda: not editor.processes(), "the editor ends")
         self.assertEqual(self.file.read_text(), "{ broken")
 
-    def test_another_workspace_starts_with_the_looks_the_user_had(self):
+    def test_a_new_workspace_starts_with_the_users_styles(self):
         editor = self.editor
         editor.do("style-save", "Mine")
         other = editor.home / "Other"

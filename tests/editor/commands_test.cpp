@@ -131,7 +131,7 @@ TEST(Commands, TheSelectionFollowsTheEdit)
         << "The copy is selected.";
 
     ASSERT_TRUE(deleteSelection(shots.editing()));
-    EXPECT_THAT(shots.selection().clips(), testing::IsEmpty()) << "What is gone is not selected.";
+    EXPECT_THAT(shots.selection().clips(), testing::IsEmpty()) << "A removed clip is deselected.";
     EXPECT_EQ(shots.selection().playhead(), 1.5) << "The playhead stays.";
     EXPECT_EQ(deleteSelection(shots.editing()).refusal().reason, Reason::nothingSelected);
 
@@ -150,7 +150,7 @@ TEST(Commands, TheSelectionFollowsTheEdit)
     EXPECT_EQ(shots.order(), "two");
 }
 
-TEST(Commands, ACaptionIsSelectedNoLongerWhenItIsGone)
+TEST(Commands, ARemovedCaptionIsDeselected)
 {
     ThreeShots shots;
     SubtitleData captions;

@@ -17,7 +17,7 @@ namespace framewright {
 
 inline void awaited(QCoro::Task<void> task);
 
-/// A home of its own with a workspace and an editor in it.
+/// A temporary home with a workspace and an editor in it.
 class EditorHome {
 public:
     EditorHome()
@@ -33,7 +33,7 @@ public:
 
     std::filesystem::path workspace() const { return folder / "workspace"; }
 
-    /// The editor as it is after the process ended without a word and was started again.
+    /// The editor after a crash and a new start.
     void restart()
     {
         m_editor.reset();
@@ -64,7 +64,7 @@ private:
     std::unique_ptr<AppState> m_editor;
 };
 
-/// Runs the event loop until `condition` holds. False when it still does not after ten seconds.
+/// Runs the event loop until `condition` holds. False if that takes more than ten seconds.
 inline bool eventually(std::function<bool()> const& condition)
 {
     QEventLoop loop;
@@ -80,7 +80,7 @@ inline bool eventually(std::function<bool()> const& condition)
     return condition();
 }
 
-/// What a task gives, or throws, the event loop running meanwhile.
+/// Runs the event loop until a task ends; gives its result or throws what it threw.
 template <class T>
 T awaited(QCoro::Task<T> task)
 {
@@ -93,7 +93,7 @@ T awaited(QCoro::Task<T> task)
 
 inline void awaited(QCoro::Task<void> task)
 {
-    // A task that throws would never end the wait.
+    // Caught here: a task that throws would never end the wait.
     std::exception_ptr thrown;
     QCoro::waitFor([](QCoro::Task<void> inner, std::exception_ptr& place) -> QCoro::Task<void> {
         try {
@@ -106,7 +106,7 @@ inline void awaited(QCoro::Task<void> task)
         std::rethrow_exception(thrown);
 }
 
-/// An edit that shows in the project: its brief.
+/// An edit that a test can recognise: of the project's brief.
 inline void setBrief(AppState& editor, std::string const& brief)
 {
     Project project = editor.project();

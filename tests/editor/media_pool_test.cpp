@@ -30,7 +30,8 @@ void putWave(std::filesystem::path const& file, std::uint32_t seconds)
         for (int n = 0; n < size; ++n)
             wave += char(number >> (8 * n));
     };
-    for (auto const& [number, size] : {std::pair(16u, 4), {1u, 2}, {1u, 2}, {rate, 4}, {rate * 2, 4}, {2u, 2}, {16u, 2}})
+    for (auto const& [number, size] :
+         {std::pair(16u, 4), {1u, 2}, {1u, 2}, {rate, 4}, {rate * 2, 4}, {2u, 2}, {16u, 2}})
         add(number, size);
     wave += "data";
     add(bytes, 4);
@@ -64,7 +65,7 @@ double widthOf(AppState const& editor, Id const& asset)
 
 } // namespace
 
-TEST(MediaPool, AFileThatWasReplacedIsProbedAgain)
+TEST(MediaPool, AReplacedFileIsProbedAgain)
 {
     EditorHome home;
     home.startProject("Replaced");
@@ -83,7 +84,7 @@ TEST(MediaPool, AFileThatWasReplacedIsProbedAgain)
     EXPECT_FALSE(home.editor().media().store().find(asset));
 }
 
-TEST(MediaPool, AResultForAFileTheAssetNoLongerHasIsDropped)
+TEST(MediaPool, AResultForAnAssetsFormerFileIsDropped)
 {
     EditorHome home;
     home.startProject("Stale");
@@ -134,22 +135,23 @@ TEST(AddClip, KnowsTheFileAndTheTrack)
     putWave(sound, 4);
     Id const video = home.editor().project().tracks[0].id;
     Id const audio = home.editor().project().tracks[1].id;
-    auto const clip = [](std::filesystem::path const& file, Id const& track, double in, std::optional<double> out) {
+    auto const clip = [](std::filesystem::path const& file, Id const& track, double in,
+                         std::optional<double> out) {
         return ClipToAdd{file, track, {}, in, out};
     };
     // clang-format off
     struct Case { char const* name; ClipToAdd wanted; std::optional<Reason> reason; double length; };
     for (Case const& c : {
-             Case{"all of the sound", clip(sound, audio, 0, {}), {}, 4},
+             Case{"the whole audio file", clip(sound, audio, 0, {}), {}, 4},
              Case{"a part", clip(sound, audio, 1, 2.5), {}, 1.5},
              Case{"a photo", clip(photo, video, 0, {}), {}, 3},
              Case{"a long photo", clip(photo, video, 0, 60), {}, 60},
              Case{"too long a photo", clip(photo, video, 0, 61), Reason::newPhotoTooLong, 0},
              Case{"past the end", clip(sound, audio, 0, 5), Reason::pastSourceEnd, 0},
-             Case{"in behind the end", clip(sound, audio, 4, {}), Reason::inOutsideSource, 0},
+             Case{"in at the end", clip(sound, audio, 4, {}), Reason::inOutsideSource, 0},
              Case{"in before 0", clip(sound, audio, -1, {}), Reason::inOutsideSource, 0},
              Case{"out before in", clip(sound, audio, 2, 1), Reason::tooShort, 0},
-             Case{"sound on a video track", clip(sound, video, 0, {}), Reason::audioOnVideoTrack, 0},
+             Case{"audio on a video track", clip(sound, video, 0, {}), Reason::audioOnVideoTrack, 0},
              Case{"a photo on an audio track", clip(photo, audio, 0, {}), Reason::photoOnAudioTrack, 0},
              Case{"no track", clip(photo, Id::random(), 0, {}), Reason::trackGone, 0},
          }) {
@@ -162,7 +164,8 @@ TEST(AddClip, KnowsTheFileAndTheTrack)
             EXPECT_EQ(home.editor().project(), before) << c.name;
             continue;
         }
-        EXPECT_NEAR(findClip(home.editor().project(), placed->clipID)->clip->length(), c.length, 1e-3)
+        EXPECT_NEAR(findClip(home.editor().project(), placed->clipID)->clip->length(), c.length,
+                    1e-3)
             << c.name;
     }
 }

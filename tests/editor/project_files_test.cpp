@@ -54,7 +54,7 @@ TEST(Saving, AnEditMadeDuringASaveReachesTheDiskToo)
     EXPECT_EQ(briefIn(file), "second");
 }
 
-TEST(Saving, WithoutAChangeTheFileIsNotTouched)
+TEST(Saving, WithoutAChangeTheFileIsNotWritten)
 {
     EditorHome home;
     auto const file = home.startProject("Still");
@@ -71,7 +71,7 @@ TEST(Saving, WithoutAChangeTheFileIsNotTouched)
     EXPECT_EQ(inodeOf(file), inode);
 }
 
-TEST(Saving, WhatIsOpenAndSavedIsThereAfterTheProcessDied)
+TEST(Saving, TheSavedProjectIsReopenedAfterACrash)
 {
     EditorHome home;
     auto const file = home.startProject("Kept");
@@ -94,14 +94,15 @@ TEST(Saving, AFileThatCannotBeWrittenKeepsTheProjectDirtyAndACopy)
     std::filesystem::create_directory(file); // A folder in its place: no write can succeed.
     setBrief(home.editor(), "precious");
 
-    ASSERT_TRUE(eventually([&] { return std::filesystem::exists(home.files().recovery().file()); }));
+    ASSERT_TRUE(
+        eventually([&] { return std::filesystem::exists(home.files().recovery().file()); }));
     EXPECT_TRUE(home.files().isDirty());
     EXPECT_THAT(home.files().problem(), HasSubstr("Could not save Blocked's project.json"));
     EXPECT_EQ(briefIn(home.files().recovery().file()), "precious");
 
     std::filesystem::remove(file);
     setBrief(home.editor(), "precious still");
-    ASSERT_TRUE(eventually([&] { return !home.files().isDirty(); })) << "Tried again by itself.";
+    ASSERT_TRUE(eventually([&] { return !home.files().isDirty(); })) << "Retried automatically.";
     EXPECT_EQ(briefIn(file), "precious still");
     EXPECT_EQ(home.files().problem(), "");
     EXPECT_FALSE(std::filesystem::exists(home.files().recovery().file()));
@@ -118,7 +119,7 @@ TEST(OutsideEdit, BecomesAStepThatCanBeUndone)
 
     ASSERT_TRUE(eventually([&] { return home.editor().project().brief == "theirs"; }));
     EXPECT_EQ(home.editor().document().history().undoName(), "Edit on Disk");
-    EXPECT_FALSE(home.files().isDirty()) << "What is on disk is what is open.";
+    EXPECT_FALSE(home.files().isDirty()) << "Memory and file agree.";
     home.editor().undo(Author::commandLine);
     EXPECT_EQ(home.editor().project().brief, "ours");
 }
@@ -132,7 +133,7 @@ TEST(OutsideEdit, IsTakenInBeforeOursIsWritten)
 
     setBrief(home.editor(), "ours");
     replaceIn(file, "first", "theirs");
-    // Saved before the watcher had a moment to tell.
+    // Saved before the watcher could report.
     awaited(home.files().save());
 
     EXPECT_EQ(briefIn(file), "theirs");
@@ -141,7 +142,7 @@ TEST(OutsideEdit, IsTakenInBeforeOursIsWritten)
     EXPECT_EQ(home.editor().project().brief, "ours") << "Ours is a step back, not lost.";
 }
 
-TEST(OutsideEdit, AnInvalidFileIsLeftAloneUntilItIsWhole)
+TEST(OutsideEdit, AnInvalidFileIsLeftAloneUntilItIsValidAgain)
 {
     EditorHome home;
     auto const file = home.startProject("Half");
@@ -152,14 +153,15 @@ TEST(OutsideEdit, AnInvalidFileIsLeftAloneUntilItIsWhole)
     put(file, whole.substr(0, whole.size() / 2));
     ASSERT_TRUE(eventually([&] { return !home.files().problem().empty(); }));
     EXPECT_EQ(home.files().problem(), "Half's project.json on disk is not a valid project; the "
-                                            "app keeps its own copy.");
+                                      "app keeps its own copy.");
     EXPECT_EQ(home.editor().project().brief, "whole");
     setBrief(home.editor(), "edited");
     EXPECT_THROW(awaited(home.files().save()), ProjectFileError) << "Theirs is not overwritten.";
     EXPECT_EQ(contentsOf(file).size(), whole.size() / 2);
 
     put(file, whole);
-    ASSERT_TRUE(eventually([&] { return !home.files().isDirty(); })) << "Put back, so it is saved.";
+    ASSERT_TRUE(eventually([&] { return !home.files().isDirty(); }))
+        << "Valid again, so ours is saved.";
     EXPECT_EQ(briefIn(file), "edited");
 
     std::string finished = whole;
@@ -173,12 +175,20 @@ TEST(Opening, AProjectThatCannotBeReadLeavesTheOpenOne)
 {
     EditorHome home;
     auto const file = home.startProject("Good");
-    struct Case { char const* name; std::string content; char const* sentence; };
+    struct Case {
+        char const* name;
+        std::string content;
+        char const* sentence;
+    };
     for (Case const& c : {
-             Case{"empty", "", "is not a valid project: The document is not valid JSON (line 1, column 1)."},
-             Case{"newer", R"({"version": 6})", "written by a newer Framewright (format 6, this one reads up to 5)"},
-             Case{"deep", R"({"version": 5, "assetRefs": [], "project": {"aspect": "portrait", "assets": [],
-                              "tracks": [{"id": 7}]}})", "project.tracks[0].id must be a UUID."},
+             Case{"empty", "",
+                  "is not a valid project: The document is not valid JSON (line 1, column 1)."},
+             Case{"newer", R"({"version": 6})",
+                  "written by a newer Framewright (format 6, this one reads up to 5)"},
+             Case{"deep",
+                  R"({"version": 5, "assetRefs": [], "project": {"aspect": "portrait", "assets": [],
+                              "tracks": [{"id": 7}]}})",
+                  "project.tracks[0].id must be a UUID."},
          }) {
         auto const bad = home.workspace() / "projects" / c.name / "project.json";
         put(bad, c.content);
@@ -189,11 +199,11 @@ TEST(Opening, AProjectThatCannotBeReadLeavesTheOpenOne)
             EXPECT_THAT(error.what(), HasSubstr(c.sentence));
         }
         EXPECT_EQ(home.files().file(), file) << c.name;
-        EXPECT_EQ(contentsOf(bad), c.content) << "It is left as it is.";
+        EXPECT_EQ(contentsOf(bad), c.content) << "It is not changed.";
     }
 }
 
-TEST(Opening, AFileThatMovedIsFoundAndRememberedForEveryStep)
+TEST(Opening, AMovedFileIsFoundAndCorrectedInEveryStep)
 {
     EditorHome home;
     auto const file = home.startProject("Moving");

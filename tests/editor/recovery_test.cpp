@@ -18,14 +18,15 @@ std::filesystem::path looseProject(EditorHome& home, std::string const& brief)
 
 } // namespace
 
-TEST(Recovery, ALooseProjectIsKeptAsideUntilItIsSaved)
+TEST(Recovery, AProjectOutsideAnyWorkspaceHasACopyUntilItIsSaved)
 {
     EditorHome home;
     auto const file = looseProject(home, "as saved");
     awaited(home.files().open(file));
     setBrief(home.editor(), "unsaved");
-    ASSERT_TRUE(eventually([&] { return std::filesystem::exists(home.files().recovery().file()); }));
-    EXPECT_EQ(briefIn(file), "as saved") << "The user's file is the user's.";
+    ASSERT_TRUE(
+        eventually([&] { return std::filesystem::exists(home.files().recovery().file()); }));
+    EXPECT_EQ(briefIn(file), "as saved") << "Not written without a request.";
 
     home.restart();
     ASSERT_TRUE(home.files().recovery().waiting());
@@ -38,7 +39,7 @@ TEST(Recovery, ALooseProjectIsKeptAsideUntilItIsSaved)
     awaited(home.files().save());
     EXPECT_EQ(briefIn(file), "unsaved");
     home.restart();
-    EXPECT_FALSE(home.files().recovery().waiting()) << "Saved, so there is nothing to recover.";
+    EXPECT_FALSE(home.files().recovery().waiting()) << "The file holds everything.";
 }
 
 TEST(Recovery, ClosingWithoutTheChangesLeavesNoCopy)
@@ -46,7 +47,8 @@ TEST(Recovery, ClosingWithoutTheChangesLeavesNoCopy)
     EditorHome home;
     awaited(home.files().open(looseProject(home, "as saved")));
     setBrief(home.editor(), "unsaved");
-    ASSERT_TRUE(eventually([&] { return std::filesystem::exists(home.files().recovery().file()); }));
+    ASSERT_TRUE(
+        eventually([&] { return std::filesystem::exists(home.files().recovery().file()); }));
 
     auto const kept = awaited(home.files().close(ProjectFiles::Unsaved::keep));
     ASSERT_FALSE(kept);
@@ -65,13 +67,15 @@ TEST(Recovery, AWaitingCopyIsNeverOverwritten)
     auto const file = looseProject(home, "as saved");
     awaited(home.files().open(file));
     setBrief(home.editor(), "of the first run");
-    ASSERT_TRUE(eventually([&] { return std::filesystem::exists(home.files().recovery().file()); }));
+    ASSERT_TRUE(
+        eventually([&] { return std::filesystem::exists(home.files().recovery().file()); }));
 
     home.restart();
     auto const waiting = home.files().recovery().waiting()->file;
     awaited(home.files().open(file));
     setBrief(home.editor(), "of the second run");
-    ASSERT_TRUE(eventually([&] { return std::filesystem::exists(home.files().recovery().file()); }));
+    ASSERT_TRUE(
+        eventually([&] { return std::filesystem::exists(home.files().recovery().file()); }));
 
     EXPECT_EQ(briefIn(waiting), "of the first run");
     EXPECT_EQ(briefIn(home.files().recovery().file()), "of the second run");
@@ -83,7 +87,7 @@ TEST(Recovery, AWaitingCopyIsNeverOverwritten)
     EXPECT_EQ(briefIn(home.files().recovery().waiting()->file), "of the second run");
 }
 
-TEST(Recovery, AProjectThatKillsTheEditorIsNotOpenedForever)
+TEST(Recovery, AProjectThatCrashesTheEditorIsNotReopenedForever)
 {
     EditorHome home;
     home.startProject("Deadly");
@@ -91,10 +95,10 @@ TEST(Recovery, AProjectThatKillsTheEditorIsNotOpenedForever)
     int starts = 0;
     for (; starts < 10; ++starts) {
         home.restart();
-        home.files().reopenLast(); // Dies before the event loop runs on.
+        home.files().reopenLast(); // Crashes before the event loop runs.
         if (!home.editor().isOpen())
             break;
-        // What a dying process would have left behind.
+        // What the crashed process would have left behind.
         home.defaults.setNumber("project.openAttempts", starts + 1);
     }
     EXPECT_EQ(starts, 3);

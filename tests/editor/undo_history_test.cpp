@@ -46,7 +46,7 @@ TEST(UndoHistory, StepsBackAndForth)
 
     ASSERT_TRUE(history.undo(third));
     history.record(second, first, "Other");
-    EXPECT_FALSE(history.redoName()) << "A new change ends what could be redone.";
+    EXPECT_FALSE(history.redoName()) << "A new change clears redo.";
     EXPECT_EQ(history.undoCount(), 2u);
 }
 

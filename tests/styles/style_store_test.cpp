@@ -66,7 +66,7 @@ TEST_F(StyleStoreTest, AddsPresetsOnce)
     }
     auto const again = start();
     EXPECT_EQ(again->styles().size(), presetCount);
-    EXPECT_EQ(again->style(removed), nullptr) << "deleted, and back at the next start";
+    EXPECT_EQ(again->style(removed), nullptr) << "deleted, yet back at the next start";
     EXPECT_EQ(again->defaultStyle().name, "Mine");
     ASSERT_EQ(again->missingPresets().size(), 1u);
 
@@ -85,9 +85,9 @@ TEST_F(StyleStoreTest, AddsPresetsOnce)
 
 TEST_F(StyleStoreTest, AddsAPresetOfALaterVersionOnce)
 {
-    start(); // First start ever.
+    start(); // The very first.
     Id const late = CaptionStyle::textPresets()[3].id;
-    auto const forget = [&] { // As the version before it left things.
+    auto const forget = [&] { // As an earlier version left the user's defaults.
         auto seeded = *defaults.strings(StyleStore::texts().seededKey);
         std::erase(seeded, late.text());
         defaults.setStrings(StyleStore::texts().seededKey, seeded);
@@ -102,8 +102,8 @@ TEST_F(StyleStoreTest, AddsAPresetOfALaterVersionOnce)
         auto const store = start();
         EXPECT_TRUE(store->style(late));
         store->attach(workspace);
-        EXPECT_TRUE(store->style(late)) << "also in the workspace at hand";
-        EXPECT_EQ(store->styles().size(), 2u) << "but none that was deleted there";
+        EXPECT_TRUE(store->style(late)) << "also in the current workspace";
+        EXPECT_EQ(store->styles().size(), 2u) << "but none that was deleted";
         store->remove(late);
     }
     EXPECT_EQ(onDisk(workspace).styles.size(), 1u);
@@ -120,7 +120,7 @@ TEST_F(StyleStoreTest, SavesPendingChangesToTheWorkspaceTheyBelongTo)
     store->upsert(own("Of the first"));
     store->attach(second);
     EXPECT_TRUE(onDisk(first).styles.back().name == "Of the first");
-    EXPECT_TRUE(store->style("Of the first")) << "a new workspace starts with what the user had";
+    EXPECT_TRUE(store->style("Of the first")) << "a new workspace starts with the user's styles";
     store->writeBeforeQuitting();
     EXPECT_EQ(onDisk(second), onDisk(first));
 
@@ -145,7 +145,7 @@ TEST_F(StyleStoreTest, MergesOutsideWritesStyleByStyle)
     theirs.styles[0].fontSize = 99;
     theirs.styles.push_back(own("Theirs"));
     store->upsert(own("Ours"));
-    put(file, theirs.data()); // Ours is not written yet.
+    put(file, theirs.data()); // Before ours is written.
     waitUntil([&] { return store->style("Theirs") != nullptr; });
     EXPECT_EQ(store->styles()[0].fontSize, 99);
     EXPECT_TRUE(store->style("Ours"));
@@ -174,7 +174,7 @@ TEST_F(StyleStoreTest, LeavesABrokenFileAloneAndLosesNothing)
     EXPECT_EQ(onDisk(file).styles.size(), 2u);
 }
 
-TEST_F(StyleStoreTest, PresetsTakeTheirNamesBack)
+TEST_F(StyleStoreTest, RestoredPresetsGetTheirNamesBack)
 {
     auto const store = start();
     CaptionStyle const neon = *store->style("Neon");

@@ -9,7 +9,7 @@
 
 namespace framewright {
 
-/// Runs the event loop until `isSo`, which it gives; false after 20 seconds.
+/// Runs the event loop until `isSo` holds. False if that takes more than 20 seconds.
 inline bool processEventsUntil(std::function<bool()> const& isSo)
 {
     QTimer patience;

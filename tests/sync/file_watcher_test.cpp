@@ -30,7 +30,7 @@ protected:
         ASSERT_TRUE(watcher->isWatching());
     }
 
-    /// What `action` makes it report; "" for nothing.
+    /// What it reports after `action`; "" for nothing.
     std::string after(std::function<void()> const& action)
     {
         action();
@@ -43,8 +43,8 @@ protected:
         return std::exchange(reported, {});
     }
 
-    /// Writes another file and waits until that one's own watcher has reported it, twice: by then
-    /// ours would have reported too.
+    /// Twice writes another file and waits until its watcher has reported that: by then ours would
+    /// have reported, too.
     void writeAndExpectSilence(fs::path const& other)
     {
         FileWatcher const itsOwn(other);
@@ -73,7 +73,7 @@ TEST_F(WatcherTest, ReportsEveryWayToWrite)
         char const* name;
         std::function<void()> write;
     };
-    // Twice in turn: each way must also be noticed after every other.
+    // Two rounds: each way must also be noticed after each of the others.
     for (int round = 0; round < 2; ++round) {
         for (Case const& c : {
                  Case{"truncated and written", [&] { put(file, "again"); }},
@@ -89,7 +89,7 @@ TEST_F(WatcherTest, ReportsEveryWayToWrite)
                           put(folder / "elsewhere", "moved in");
                           fs::rename(folder / "elsewhere", file);
                       }},
-                 Case{"written as we do", [&] { writeFileAtomically(file, "ours"); }},
+                 Case{"written by us", [&] { writeFileAtomically(file, "ours"); }},
                  Case{"removed and created again",
                       [&] {
                           fs::remove(file);
@@ -123,7 +123,7 @@ TEST_F(WatcherTest, CoalescesBursts)
         fs::rename(file, folder / "aside");
         put(file, std::to_string(i));
         QCoreApplication::processEvents();
-        // A machine that paused for a while makes two bursts of it.
+        // A machine that pauses in between makes two bursts of it.
         if (Clock::now() - begin > std::chrono::milliseconds(50))
             allowed += "changed ";
     }
@@ -140,7 +140,7 @@ TEST_F(WatcherTest, OtherFilesDoNotMatter)
     EXPECT_EQ(after([&] { put(file, "again"); }), "changed ");
 }
 
-TEST_F(WatcherTest, ReportsThatTheFileWentAndCameBack)
+TEST_F(WatcherTest, ReportsThatTheFileVanishedAndReappeared)
 {
     fs::path const projects = folder / "projects";
     struct Case {
@@ -150,22 +150,22 @@ TEST_F(WatcherTest, ReportsThatTheFileWentAndCameBack)
     };
     for (Case const& c : {
              Case{"removed", [&] { fs::remove(file); }, "vanished "},
-             Case{"created again", [&] { put(file, "anew"); }, "changed "},
+             Case{"created again", [&] { put(file, "new"); }, "changed "},
              Case{"with its folder", [&] { fs::remove_all(file.parent_path()); }, "vanished "},
-             Case{"folder created again", [&] { put(file, "anew"); }, "changed "},
+             Case{"folder created again", [&] { put(file, "new"); }, "changed "},
              Case{"and written", [&] { put(file, "again"); }, "changed "},
              Case{"folder renamed", [&] { fs::rename(projects / "Hook", projects / "Was"); },
                   "vanished "},
              Case{"folder renamed back", [&] { fs::rename(projects / "Was", projects / "Hook"); },
                   "changed "},
              Case{"with all above", [&] { fs::remove_all(projects); }, "vanished "},
-             Case{"all created again", [&] { put(file, "anew"); }, "changed "},
+             Case{"all created again", [&] { put(file, "new"); }, "changed "},
              Case{"and replaced", [&] { writeFileAtomically(file, "again"); }, "changed "},
          })
         EXPECT_EQ(after(c.change), c.reported) << c.name;
 }
 
-TEST_F(WatcherTest, FollowsAFolderThatIsSwappedForAnother)
+TEST_F(WatcherTest, FollowsTheNameOfAFolderThatIsReplaced)
 {
     fs::path const projects = folder / "projects";
     put(projects / "Next/project.json", "next");

@@ -49,7 +49,7 @@ Words merged(Words const& base, Words const& ours, Words result)
     return result;
 }
 
-/// Stops a worker in the middle of a save, where the file has been read and not yet written.
+/// Stops a worker in the middle of a save: after reading the file, before writing it.
 struct Gate {
     std::atomic<bool> isClosed = false;
     std::binary_semaphore reached{0};
@@ -62,7 +62,7 @@ struct Gate {
         reached.release();
         opened.acquire();
     }
-    /// Lets the next save come as far as here, does `something`, and lets it go on.
+    /// Stops the next save here, does `something`, and lets the save continue.
     void meanwhile(std::function<void()> const& startSaving, std::function<void()> const& something)
     {
         isClosed = true;
@@ -74,7 +74,7 @@ struct Gate {
     }
 };
 
-/// Words and the file they are kept in: "a b .\n". One without its full stop does not decode.
+/// A set of words and their file: "a b .\n". A file without the full stop does not decode.
 struct Owner {
     enum class Policy { merges, takesTheirs, signsTheirs };
 
@@ -97,8 +97,10 @@ struct Owner {
                         throw std::runtime_error("There is no full stop.");
                     return Decoded<Words>{wordsIn(std::string(bytes.substr(0, bytes.size() - 2)))};
                 },
-            .alsoKeep = [kept = kept](Words const& value,
-                                      InFile in) { *kept = {value, in == InFile::yes}; },
+            .alsoKeep =
+                [kept = kept](Words const& value, InFile in) {
+                    *kept = {value, in == InFile::yes};
+                },
         };
     }
 
@@ -137,7 +139,7 @@ struct Owner {
 
     Policy policy;
     Words words;
-    Words before; ///< The last version of others was taken in.
+    Words before; ///< The words when another program's version was last taken in.
     std::shared_ptr<Gate> gate = std::make_shared<Gate>();
     std::shared_ptr<std::optional<Kept>> kept = std::make_shared<std::optional<Kept>>();
     SyncedFile<Words> synced;
@@ -168,9 +170,14 @@ protected:
 
 } // namespace
 
-TEST(SyncStep, NeverWritesOverWhatIsNotKnown)
+TEST(SyncStep, NeverOverwritesUnknownContent)
 {
-    struct Case { char const* known; char const* onDisk; char const* ours; SyncStep step; };
+    struct Case {
+        char const* known;
+        char const* onDisk;
+        char const* ours;
+        SyncStep step;
+    };
     using enum SyncStep;
     // clang-format off
     for (Case const& c : {
@@ -194,7 +201,7 @@ TEST(SyncStep, NeverWritesOverWhatIsNotKnown)
     }
 }
 
-TEST(SaveDelay, IsPutOffByChangesButNotForLong)
+TEST(SaveDelay, IsPostponedByChangesButNotForLong)
 {
     constexpr SyncTiming timing = {.delay = 1000ms, .longestDelay = 1250ms};
     EXPECT_EQ(saveDelay(timing, 0ms), 1000ms);
@@ -203,7 +210,7 @@ TEST(SaveDelay, IsPutOffByChangesButNotForLong)
     EXPECT_EQ(saveDelay(timing, 9999ms), 0ms);
 }
 
-TEST_F(SyncedFileTest, HandsOverWhatAnExchangeFound)
+TEST_F(SyncedFileTest, HandsOverVersionsFoundByAnExchange)
 {
     put(file, "a .\n");
     auto const form = std::make_shared<FileForm<std::any> const>(untyped(Owner().form()));
@@ -262,7 +269,12 @@ TEST_F(SyncedFileTest, AnOutsideEditIsTakenWheneverItComes)
 {
     using enum Owner::Policy;
     enum class When { before, during, after };
-    struct Case { When when; Owner::Policy policy; char const* inTheEnd; char const* before; };
+    struct Case {
+        When when;
+        Owner::Policy policy;
+        char const* inTheEnd;
+        char const* before;
+    };
     // clang-format off
     for (Case const& c : {
              Case{When::before, merges,      "a ours theirs .\n", "a ours .\n"},
@@ -290,7 +302,7 @@ TEST_F(SyncedFileTest, AnOutsideEditIsTakenWheneverItComes)
         }
         auto const isTaken = [&] {
             if (c.when == When::after && owner->words.contains("theirs"))
-                owner->synced.startSaving(); // Else a merge of what was read is saved later.
+                owner->synced.startSaving(); // Otherwise a merge is saved only after the delay.
             return owner->words.contains("theirs") && !owner->synced.isDirty();
         };
         EXPECT_TRUE(processEventsUntil(isTaken));
@@ -300,7 +312,7 @@ TEST_F(SyncedFileTest, AnOutsideEditIsTakenWheneverItComes)
     }
 }
 
-TEST_F(SyncedFileTest, AFileThatDoesNotDecodeIsLeftAloneUntilItIsWhole)
+TEST_F(SyncedFileTest, AFileThatDoesNotDecodeIsLeftAloneUntilItDoes)
 {
     auto const owner = started(atOnce);
     put(file, "a th");
@@ -320,7 +332,7 @@ TEST_F(SyncedFileTest, AFileThatDoesNotDecodeIsLeftAloneUntilItIsWhole)
     EXPECT_TRUE(processEventsUntil([&] { return !owner->synced.problem().empty(); }));
     put(file, "a ours theirs .\n");
     EXPECT_TRUE(processEventsUntil([&] { return owner->synced.problem().empty(); }))
-        << "what we know is there again";
+        << "the known content is back";
 }
 
 TEST_F(SyncedFileTest, AMissingFileIsWritten)
@@ -338,10 +350,10 @@ TEST_F(SyncedFileTest, AMissingFileIsWritten)
     Owner another;
     another.words = {"new"};
     EXPECT_FALSE(another.synced.open(file, FileSync::Saving::automatic));
-    EXPECT_TRUE(becomes("new .\n")) << "a file that never was starts with the value";
+    EXPECT_TRUE(becomes("new .\n")) << "a file that never existed gets the value";
 }
 
-TEST_F(SyncedFileTest, ASaveThatFailedIsRepeatedOnItsOwn)
+TEST_F(SyncedFileTest, AFailedSaveIsRetried)
 {
     auto const owner = started({.delay = 0ms, .longestDelay = 0ms, .retryDelay = 1ms});
     fs::remove_all(file.parent_path());
@@ -375,7 +387,7 @@ TEST_F(SyncedFileTest, FollowsAFileThatMovedDuringASave)
     EXPECT_TRUE(owner->synced.flush());
     owner->add("c");
     owner->synced.startSaving();
-    QThreadPool::globalInstance()->waitForDone(); // Written, but the result is not taken yet.
+    QThreadPool::globalInstance()->waitForDone(); // Written, but its result is not taken yet.
     fs::rename(folder / "place", folder / "elsewhere");
     owner->synced.followTo(folder / "elsewhere/words");
     owner->add("d");
@@ -393,7 +405,7 @@ TEST_F(SyncedFileTest, AWriteOutlivesItsOwner)
     gate->meanwhile([&] { owner->synced.startSaving(); }, [&] { owner.reset(); });
     EXPECT_TRUE(becomes("a b .\n"));
     QThreadPool::globalInstance()->waitForDone();
-    QCoreApplication::processEvents(); // Its result comes to nobody.
+    QCoreApplication::processEvents(); // Its result is dropped.
 }
 
 TEST_F(SyncedFileTest, BlockingWorkDoesNotWaitForAWorker)

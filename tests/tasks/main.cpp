@@ -4,7 +4,7 @@
 
 int main(int argc, char** argv)
 {
-    // The editor's timers, watchers and tasks need an event loop to run in.
+    // Tasks need an event loop to resume in.
     QCoreApplication app(argc, argv);
     testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();

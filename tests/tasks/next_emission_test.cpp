@@ -17,7 +17,7 @@ QCoro::Task<void> countRenaming(QObject* object, int& count)
 
 } // namespace
 
-TEST(NextEmission, GoesOnOnceHoweverOftenTheSignalComes)
+TEST(NextEmission, ResumesOnceHoweverOftenTheSignalIsEmitted)
 {
     QObject object;
     int count = 0;

@@ -11,38 +11,38 @@ namespace framewright {
 
 namespace {
 
-/// A clock that goes on by a step each time it is looked at, once the work has begun.
+/// A clock that advances by a step each time it is read, once the work has begun.
 struct Clock {
     std::chrono::seconds step{1};
-    int mostLooks = 1000; ///< Then it stands still.
+    int mostReadings = 1000; ///< Then it stops.
     std::atomic<WatchedWork*> begun = nullptr;
-    std::atomic<int> looks = 0;
-    int beatEvery = 0; ///< At each so many looks the work gets on; never at 0.
+    std::atomic<int> readings = 0;
+    int beatEvery = 0; ///< The work makes progress every so many readings; never if 0.
 
-    std::chrono::steady_clock::time_point look()
+    std::chrono::steady_clock::time_point read()
     {
         WatchedWork* const work = begun;
-        if (work && looks < mostLooks) {
-            ++looks;
-            looks.notify_all();
-            if (beatEvery > 0 && looks % beatEvery == 0)
+        if (work && readings < mostReadings) {
+            ++readings;
+            readings.notify_all();
+            if (beatEvery > 0 && readings % beatEvery == 0)
                 work->beat();
         }
-        return std::chrono::steady_clock::time_point() + looks.load() * step;
+        return std::chrono::steady_clock::time_point() + readings.load() * step;
     }
 };
 
 StallLimit limitBy(std::shared_ptr<Clock> const& clock)
 {
     return {std::chrono::seconds(30), std::chrono::milliseconds(0),
-            [clock] { return clock->look(); }};
+            [clock] { return clock->read(); }};
 }
 
 using enum WatchedWork::Thread;
 
 } // namespace
 
-TEST(WatchedWork, IsGivenUpWhereItHangs)
+TEST(WatchedWork, ReportsTheStageThatHangs)
 {
     struct Case {
         char const* drawing;
@@ -55,7 +55,7 @@ TEST(WatchedWork, IsGivenUpWhereItHangs)
         struct Shared {
             std::latch mayEnd{1};
             std::latch hasEnded{1};
-            bool wasToldToStop = false;
+            bool wasAskedToStop = false;
         };
         auto const shared = std::make_shared<Shared>();
         auto const clock = std::make_shared<Clock>();
@@ -64,41 +64,41 @@ TEST(WatchedWork, IsGivenUpWhereItHangs)
             watched.enter(writing, c.writing);
             clock->begun = &watched;
             shared->mayEnd.wait();
-            shared->wasToldToStop = watched.stop().stop_requested();
+            shared->wasAskedToStop = watched.stop().stop_requested();
             shared->hasEnded.count_down();
         };
         try {
             runWatched(hang, {}, {}, limitBy(clock));
-            ADD_FAILURE() << "not given up";
+            ADD_FAILURE() << "not abandoned";
         } catch (Stalled const& stalled) {
             EXPECT_EQ(stalled.stage, c.stage);
         }
         shared->mayEnd.count_down();
         shared->hasEnded.wait();
-        EXPECT_TRUE(shared->wasToldToStop);
+        EXPECT_TRUE(shared->wasAskedToStop);
     }
 }
 
-TEST(WatchedWork, IsNotGivenUpWhileItGetsOn)
+TEST(WatchedWork, IsNotAbandonedWhileItMakesProgress)
 {
-    // A beat now and then is enough. And a clock that leaps, as after a sleep of the machine,
+    // An occasional beat is enough, and a clock that leaps, as after the machine was suspended,
     // counts for little.
     struct Case {
         std::chrono::seconds step;
-        int looks;
+        int readings;
         int beatEvery;
     };
     for (Case const& c :
          {Case{std::chrono::seconds(1), 200, 25}, Case{std::chrono::seconds(10'000), 25, 0}}) {
         auto const clock = std::make_shared<Clock>();
         clock->step = c.step;
-        clock->mostLooks = c.looks;
+        clock->mostReadings = c.readings;
         clock->beatEvery = c.beatEvery;
         bool isDone = false;
         auto const work = [&](WatchedWork& watched) {
             clock->begun = &watched;
-            for (int seen = clock->looks; seen < c.looks; seen = clock->looks)
-                clock->looks.wait(seen);
+            for (int seen = clock->readings; seen < c.readings; seen = clock->readings)
+                clock->readings.wait(seen);
             clock->begun = nullptr;
             isDone = true;
         };
@@ -107,15 +107,15 @@ TEST(WatchedWork, IsNotGivenUpWhileItGetsOn)
     }
 }
 
-TEST(WatchedWork, TellsAndEndsOnTheCallersThread)
+TEST(WatchedWork, ReportsProgressAndErrorsOnTheCallersThread)
 {
-    std::vector<double> told;
+    std::vector<double> reported;
     std::stop_source stop;
     auto const caller = std::this_thread::get_id();
     auto const progress = [&](double fraction, std::string_view stage) {
         EXPECT_TRUE(std::this_thread::get_id() == caller);
         EXPECT_EQ(stage, "working");
-        told.push_back(fraction);
+        reported.push_back(fraction);
         if (fraction >= 0.5)
             stop.request_stop();
     };
@@ -125,7 +125,7 @@ TEST(WatchedWork, TellsAndEndsOnTheCallersThread)
         throw std::runtime_error("stopped in the middle");
     };
     EXPECT_THROW(runWatched(work, progress, stop.get_token(), {}), std::runtime_error);
-    EXPECT_EQ(told, (std::vector{0.0, 0.125, 0.25, 0.375, 0.5}));
+    EXPECT_EQ(reported, (std::vector{0.0, 0.125, 0.25, 0.375, 0.5}));
 }
 
 } // namespace framewright

@@ -13,7 +13,7 @@ namespace {
 
 constexpr int lastNumber = 100, damaged = 13;
 
-/// Counts from where it is started; 13 can't be made.
+/// Counts up from its start; fails at 13.
 class Counting {
 public:
     std::optional<int> operator()(int const* start)
@@ -38,7 +38,7 @@ TEST(WorkAhead, DeliversValuesErrorsAndTheEndInOrder)
 {
     Counting counting;
     WorkAhead<int, int> work(3, std::ref(counting));
-    EXPECT_FALSE(work.next()) << "nothing was started";
+    EXPECT_FALSE(work.next()) << "before the first start";
     work.restart(98);
     for (int const number : {98, 99, 100})
         EXPECT_EQ(work.next(), number);

@@ -79,7 +79,7 @@ ToolResult setClip(ToolArgs const& args, Editing editing)
     return clipResult(editing.state, id);
 }
 
-/// `seconds`: what was trimmed from the head; less than 0 was given back.
+/// `seconds`: trimmed from the head; negative when the head was extended.
 std::string packedNote(double seconds)
 {
     return "Magnetic track: the clip stays packed against its neighbors; its head was trimmed by " +
@@ -136,7 +136,7 @@ std::variant<MediaSource, OtherClip> replacementOf(ToolArgs const& args)
     throw ToolError("Give an asset name, a path, or --with a clip.");
 }
 
-/// What there is to say of a replacement; `leftSpot` is the reference the other clip had.
+/// The note on a replacement; `leftSpot` is the other clip's former reference.
 std::string replacedNote(Replaced const& result, std::string const& leftSpot)
 {
     std::string note;

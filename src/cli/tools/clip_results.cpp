@@ -23,7 +23,7 @@ std::string landingNote(ClipPlace const& place, double wantedStart)
                      " that fits.";
 }
 
-/// Why a text is not seen for all of its time. Before there is any footage that is no surprise.
+/// Why a text is not visible for all of its time; empty before there is any footage.
 std::string unseenNote(Project const& project, ClipPlace const& place)
 {
     if (!place.clip->isText())

@@ -35,7 +35,7 @@ Param<ClipRef> const clip{"clip", "v1:2 or a clip id."};
 Param<Moment> const cutAt{"at", "Where to cut; must be inside the clip."};
 Param<ItemRef> const item{"clip", "v1:2, s1:3 or an id."};
 
-/// The file that one of two options names.
+/// The file that either option names.
 MediaSource sourceOf(ToolArgs const& args)
 {
     if (auto const id = args.find(asset))

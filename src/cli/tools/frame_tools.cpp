@@ -51,7 +51,7 @@ std::vector<double> drawnTimes(DrawnFrames const& frames)
     return times;
 }
 
-/// What there is to say of times past the end; empty when there are none.
+/// The note on times past the end; empty when there are none.
 std::string pastEndNote(DrawnFrames const& frames)
 {
     std::vector<double> pastEnd;
@@ -94,8 +94,7 @@ Task<ToolResult> showFrame(ToolArgs args, EditorTools tools)
     requireProject(editor);
     DrawnFrames const drawn =
         accepted(co_await drawFrame(editor, tools.stills, args[at], args.find(width)));
-    co_return imageResult(drawn, {{"at", rounded(drawn.times.front().drawn)}},
-                          pastEndNote(drawn));
+    co_return imageResult(drawn, {{"at", rounded(drawn.times.front().drawn)}}, pastEndNote(drawn));
 }
 
 Task<ToolResult> showSheet(ToolArgs args, EditorTools tools)

@@ -36,7 +36,7 @@ Json transformJSON(ClipTransform const& transform)
 
 Json textJSON(TextOverlay const& text)
 {
-    CaptionStyle const style = normalized(text.style).style; // As it is drawn.
+    CaptionStyle const style = normalized(text.style).style; // As drawn.
     Json json = {{"words", text.text},
                  {"x", rounded(text.x)},
                  {"y", rounded(text.y)},

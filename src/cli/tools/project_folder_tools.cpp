@@ -31,7 +31,7 @@ Param<Choice<RecoverAction>> const recoverAction{
 Param<Flag> const force{"force", "Go on even when changes of the open project can't be saved.",
                         optionalParam};
 
-/// The document of the project that is meant, the open one by default.
+/// The document of the named project, by default the open one.
 std::filesystem::path documentOf(ToolArgs const& args, Param<Text> const& which, AppState& editor)
 {
     if (args.has(which))
@@ -88,8 +88,8 @@ Task<ToolResult> recoverProject(ToolArgs args, AppState& editor)
         accepted(editor.files().discardRecovery());
         co_return ToolResult::json({{"recovery", "discarded"}});
     }
-    accepted(co_await restoreRecovery(
-        editor, args.get(force, false) ? Unsaved::discard : Unsaved::keep));
+    accepted(co_await restoreRecovery(editor,
+                                      args.get(force, false) ? Unsaved::discard : Unsaved::keep));
     co_return ToolResult::json(
         {{"recovery", "restored"}, {"project", editor.files().projectName()}},
         "It is not saved yet; project-save writes it to its own place.");
@@ -113,8 +113,7 @@ std::vector<Tool> projectFolderTools(EditorTools tools)
             .name = "project_rename",
             .description = "Give a project of the workspace another name.",
             .params = {newName, project},
-            .action =
-                [&editor](ToolArgs args) { return renameProject(std::move(args), editor); },
+            .action = [&editor](ToolArgs args) { return renameProject(std::move(args), editor); },
         },
         {
             .name = "project_duplicate",
@@ -123,9 +122,7 @@ std::vector<Tool> projectFolderTools(EditorTools tools)
                 "The open project stays open.",
             .params = {copyName, project},
             .action =
-                [&editor](ToolArgs args) {
-                    return duplicateProject(std::move(args), editor);
-                },
+                [&editor](ToolArgs args) { return duplicateProject(std::move(args), editor); },
         },
         {
             .name = "project_delete",

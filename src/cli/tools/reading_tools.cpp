@@ -23,12 +23,10 @@ Json projectSummary(AppState const& editor)
     Json tracks = Json::array();
     for (Track const& track : project.tracks)
         tracks.push_back(trackSummaryJSON(project, track));
-    Json json = {{"name", editor.files().projectName()},
-                 {"canvas", ratioName(project.aspect)},
-                 {"duration", rounded(project.videoDuration())},
-                 {"assets", project.assets->size()},
-                 {"saved", !editor.files().isDirty()},
-                 {"tracks", std::move(tracks)}};
+    Json json = {
+        {"name", editor.files().projectName()},         {"canvas", ratioName(project.aspect)},
+        {"duration", rounded(project.videoDuration())}, {"assets", project.assets->size()},
+        {"saved", !editor.files().isDirty()},           {"tracks", std::move(tracks)}};
     if (editor.files().file())
         json["path"] = validUtf8(editor.files().file()->string());
     if (project.brief)
@@ -37,7 +35,7 @@ Json projectSummary(AppState const& editor)
 }
 
 /// Problems with the files of saved styles, and invalid values in them and in the project's styles;
-/// empty while all is well.
+/// empty when there are none.
 Json styleNotesJSON(StyleStores const& styles, Project const& project, FontRegistry const& fonts)
 {
     Json notes = invalidStyles(project, fonts);

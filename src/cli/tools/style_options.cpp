@@ -16,7 +16,7 @@ std::vector<std::string> missingLetters(std::string const& words, CaptionStyle c
                                         FontRegistry const& fonts)
 {
     if (std::ranges::all_of(words, [](char c) { return static_cast<unsigned char>(c) < 0x80; }))
-        return {}; // Most are, and capitals take their time.
+        return {}; // The usual case, and finding capitals is slow.
     return fonts.lettersWithoutFont(
         style.uppercase ? capitals(QString::fromStdString(words)).toStdString() : words);
 }

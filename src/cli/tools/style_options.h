@@ -22,7 +22,7 @@ inline Param<Flag> const uppercase{"uppercase", "Set in capitals.", optionalPara
 
 } // namespace StyleOption
 
-/// The changes that these options ask for.
+/// The changes these options request.
 StyleChanges styleChanges(ToolArgs const& args);
 
 /// Adds the value of an option, if it was given.

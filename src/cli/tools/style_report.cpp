@@ -15,14 +15,14 @@ using Json = nlohmann::json;
 
 namespace {
 
-constexpr std::size_t mostLetters = 10; ///< That are named.
+constexpr std::size_t mostLetters = 10; ///< Named in a sentence.
 
-/// Places by what applies there: clips by reference, captions by their track's.
+/// Places by the sentence that applies to them: clips by reference, captions by their track's.
 using Places = std::map<std::string, std::vector<std::string>>;
 
 /// The style of a text or of the captions of a track.
 struct UsedStyle {
-    NormalizedStyle style; ///< As it is drawn.
+    NormalizedStyle style; ///< As drawn.
     std::string place;
     std::vector<std::string const*> words;
 };
@@ -43,8 +43,8 @@ void forEachStyle(Project const& project, Visit const& visit)
             ++number;
             if (clip.text)
                 visit(UsedStyle{normalized((*clip.text)->style),
-                               ref + ":" + std::to_string(number),
-                               {&(*clip.text)->text}});
+                                ref + ":" + std::to_string(number),
+                                {&(*clip.text)->text}});
         }
     }
 }

@@ -23,7 +23,7 @@ Param<Choice<StyleKind>> const kind{
     "kind", "text (a text favorite, the default) or caption (a caption style).", kinds,
     optionalParam};
 Param<Choice<StyleKind>> const kindToList{"kind", "Only the text or the caption looks.", kinds,
-                                         optionalParam};
+                                          optionalParam};
 Param<Text> const presetName{"name", "Only this built-in look.", optionalParam};
 Param<Text> const rename{"rename", "A new name.", optionalParam};
 Param<ClipRef> const from{"from", "A text clip (t1:2 or an id) whose look to save.", optionalParam};
@@ -111,7 +111,8 @@ StyleChanges allChanges(ToolArgs const& args)
 }
 
 /// The style to start from, when a text clip or another style was named.
-std::optional<CaptionStyle> startingStyle(ToolArgs const& args, StyleKind of, EditorTools const& tools)
+std::optional<CaptionStyle> startingStyle(ToolArgs const& args, StyleKind of,
+                                          EditorTools const& tools)
 {
     if (args.has(from) && args.has(like))
         throw ToolError("Give from or like, not both.");
@@ -155,8 +156,9 @@ ToolResult deleteStyle(ToolArgs const& args, EditorTools const& tools)
     StyleStore& store = storeOf(of, tools);
     CaptionStyle const style = favorite(store.styles(), args[name], whatOf(of));
     store.remove(style.id);
-    // With all its values: this is no step that could be undone.
-    return ToolResult::json({{"deleted", styleJSON(style)}, {"default", store.defaultStyle().name}});
+    // With all its values, since this can't be undone.
+    return ToolResult::json(
+        {{"deleted", styleJSON(style)}, {"default", store.defaultStyle().name}});
 }
 
 ToolResult chooseDefault(ToolArgs const& args, EditorTools const& tools)

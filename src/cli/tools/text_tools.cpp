@@ -30,7 +30,7 @@ Param<Number> const newDuration{
     "duration", "New length in seconds (use clip-move / clip-trim for timing beyond that).",
     optionalParam};
 
-/// Applies the options for a text's style and place. Whether any was given.
+/// Applies the options for a text's style and place. Returns whether any was given.
 bool applyOptions(ToolArgs const& args, StyleStore const& favorites, TextOverlay& text)
 {
     auto const wanted = args.find(favoriteName);
@@ -48,7 +48,7 @@ ToolResult textResult(EditorTools const& tools, Id const& id,
 {
     ToolResult result = clipResult(tools.editing.state, id, wantedStart);
     auto const place = findClip(tools.editing.state.project(), id);
-    if (!place->clip->text) // From a document made by hand.
+    if (!place->clip->text) // From a document edited by hand.
         return result;
     TextOverlay const& text = **place->clip->text;
     NormalizedStyle const drawn = normalized(text.style);
@@ -59,7 +59,7 @@ ToolResult textResult(EditorTools const& tools, Id const& id,
     return result;
 }
 
-/// Without words yet, in the style of new texts.
+/// A text without words, in the style of new texts.
 TextOverlay newText(EditorTools const& tools)
 {
     TextOverlay text;

@@ -1,4 +1,4 @@
-// Commands for rendering the piece, the selection, stepping through the history, and the app.
+// Commands for exporting, the selection, undo and redo, and the app.
 
 #include "cli/references.h"
 #include "cli/tools/clip_results.h"
@@ -87,7 +87,7 @@ ToolResult selectTarget(ToolArgs const& args, Editing editing)
     return ToolResult::json({{"selected", clipJSON(editing.project(), item.id)}});
 }
 
-/// What was undone or redone, and what can be now.
+/// What was undone or redone, and what can be next.
 ToolResult stepped(char const* did, std::string const& step, AppState const& editor)
 {
     Json json = {{did, step}};
@@ -100,13 +100,13 @@ ToolResult stepped(char const* did, std::string const& step, AppState const& edi
 
 Task<ToolResult> quit(ToolArgs args, EditorTools tools)
 {
-    auto const cancelled = accepted(
-        co_await prepareToQuit(tools.editing.state, tools.exports,
-                               args.get(force, false) ? Unsaved::discard : Unsaved::keep));
+    auto const cancelled =
+        accepted(co_await prepareToQuit(tools.editing.state, tools.exports,
+                                        args.get(force, false) ? Unsaved::discard : Unsaved::keep));
     std::string said = "Framewright quits.";
     if (cancelled)
-        said = "The export of " + validUtf8(cancelled->filename().string()) +
-               " was cancelled. " + said;
+        said = "The export of " + validUtf8(cancelled->filename().string()) + " was cancelled. " +
+               said;
     tools.quit();
     co_return ToolResult{true, said, {}};
 }

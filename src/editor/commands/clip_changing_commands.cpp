@@ -15,14 +15,15 @@ namespace {
 std::string stepName(ClipChanges const& changes)
 {
     if (changes.volume.has_value() + !changes.transform.empty() +
-            changes.placeholderName.has_value() > 1)
+            changes.placeholderName.has_value() >
+        1)
         return "Adjust Clip";
     if (changes.volume)
         return "Change Level";
     return changes.placeholderName ? "Rename Placeholder" : "Transform Clip";
 }
 
-/// Applies the next change to what the last one gave, unless one was refused.
+/// Applies the next change to the result of the previous one, unless that was refused.
 template <class Change>
 void andThen(Outcome<Project>& project, Change const& change)
 {
@@ -89,8 +90,7 @@ Outcome<Project> slipClip(Editing editing, Id const& clipID, std::variant<SlipTo
 
 Outcome<DetachedAudio> detachAudio(Editing editing, Id const& clipID)
 {
-    return carryOut(editing,
-                    detachAudio(editing.project(), clipID, Id::random(), Id::random()),
+    return carryOut(editing, detachAudio(editing.project(), clipID, Id::random(), Id::random()),
                     "Detach Audio");
 }
 
@@ -120,8 +120,7 @@ QCoro::Task<Outcome<Replaced>> replaceClip(Editing editing, Id clipID,
     } else {
         source = {Replacement::From::timeline, std::get<OtherClip>(with).clipID};
     }
-    std::string const step =
-        spot->clip().isPlaceholder() ? "Replace Placeholder" : "Replace Clip";
+    std::string const step = spot->clip().isPlaceholder() ? "Replace Placeholder" : "Replace Clip";
     co_return carryOut(editing,
                        fill == Fill::withPlaceholder
                            ? replaceClipReturningFiller(project, clipID, source, Id::random())

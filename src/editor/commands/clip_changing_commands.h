@@ -18,7 +18,7 @@
 
 namespace framewright {
 
-/// What changes about a clip; what is not given stays.
+/// Changes to a clip; what is not given stays.
 struct ClipChanges {
     std::optional<float> volume = {};
     /// Fields of the placement with their new values.
@@ -42,12 +42,12 @@ Outcome<Placed> moveClip(Editing editing, Id const& clipID, double time,
 /// "Nudge Right 1 Frame": moves clips of free tracks by a frame or a second.
 Outcome<Nudged> nudgeClips(Editing editing, std::span<Id const> clipIDs, double seconds);
 
-/// Where the source range of a slipped clip begins: at a time of the file, or later than now.
+/// The new start of a slipped clip's source range: a time in the file, or an offset.
 struct SlipTo {
     double sourceStart;
 };
 struct SlipBy {
-    double seconds; ///< Less than 0 for earlier.
+    double seconds; ///< Negative offsets are earlier.
 };
 
 /// "Slip Clip": changes which part of its file a clip plays, not its place or length.
@@ -56,7 +56,7 @@ Outcome<Project> slipClip(Editing editing, Id const& clipID, std::variant<SlipTo
 /// "Detach Audio".
 Outcome<DetachedAudio> detachAudio(Editing editing, Id const& clipID);
 
-/// Another clip of the timeline, which leaves its spot.
+/// Another clip of the timeline, which is moved from its spot.
 struct OtherClip {
     Id clipID;
 };

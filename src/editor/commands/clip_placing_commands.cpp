@@ -19,7 +19,7 @@ std::vector<Id> freshIDs(std::size_t count)
     return ids;
 }
 
-/// The clip that plays the stretch asked for, checked against the file's length.
+/// The clip that plays the requested range, checked against the file's length.
 Outcome<Clip> clipOf(MediaAsset const& source, ClipToAdd const& wanted)
 {
     bool const isPhoto = source.kind == MediaKind::image;
@@ -35,8 +35,8 @@ Outcome<Clip> clipOf(MediaAsset const& source, ClipToAdd const& wanted)
     if (!isInside(clip.sourceStart) || clip.sourceStart > file.end - timeTolerance)
         return Refusal{Reason::inOutsideSource, {}, file};
     double const wholeEnd = isPhoto ? clip.sourceStart + photoLength : file.end;
-    clip.sourceEnd = wanted.length ? clip.sourceStart + *wanted.length
-                                   : wanted.sourceEnd.value_or(wholeEnd);
+    clip.sourceEnd =
+        wanted.length ? clip.sourceStart + *wanted.length : wanted.sourceEnd.value_or(wholeEnd);
     if (isTooShort(clip.length()))
         return Refusal{Reason::tooShort};
     if (!isInside(clip.sourceEnd))
@@ -135,11 +135,11 @@ Outcome<PlacedClips> paste(Editing editing)
     auto const& copied = selection.clipboard();
     if (copied.empty())
         return Refusal{Reason::nothingCopied};
-    auto pasted = carryOut(editing,
-                           pasteClips(editing.project(), copied, selection.activeTrack(),
-                                      selection.playhead(), freshIDs(copied.size()),
-                                      freshIDs(copied.size())),
-                           "Paste");
+    auto pasted =
+        carryOut(editing,
+                 pasteClips(editing.project(), copied, selection.activeTrack(),
+                            selection.playhead(), freshIDs(copied.size()), freshIDs(copied.size())),
+                 "Paste");
     if (pasted)
         selection.selectClip(pasted->clipIDs.front());
     return pasted;

@@ -14,7 +14,7 @@
 
 namespace framewright {
 
-/// A stretch of a file to put on a track. Seconds.
+/// A range of a file to put on a track. Seconds.
 struct ClipToAdd {
     MediaSource source;
     Id trackID;
@@ -31,7 +31,7 @@ struct ClipToAdd {
 /// track. Throws MediaError when the file can't be used.
 QCoro::Task<Outcome<Placed>> addClip(Editing editing, ClipToAdd clip);
 
-/// A stand-in for footage that does not exist yet. Seconds.
+/// A clip in place of footage that does not exist yet. Seconds.
 struct PlaceholderToAdd {
     std::string name;
     std::optional<double> length = {}; ///< Else 3 s.
@@ -54,7 +54,7 @@ Outcome<PlacedClips> duplicateClips(Editing editing, std::span<Id const> clipIDs
 /// Puts clips on the clipboard. Refused when one of them is gone.
 Outcome<Done> copyClips(Editing editing, std::span<Id const> clipIDs);
 
-/// "Paste": puts what was copied at the playhead and selects the first of it. Refused when nothing
+/// "Paste": inserts the copied clips at the playhead and selects the first. Refused when nothing
 /// was copied.
 Outcome<PlacedClips> paste(Editing editing);
 

@@ -10,8 +10,8 @@ namespace framewright {
 // the name of its menu command. A refused one has changed nothing. An edit that leaves the project
 // as it was succeeds, but is no step: there is nothing to undo.
 //
-// Commands take ids. A command that waits goes on with what its ids named when it began, or is
-// refused when that is gone.
+// Commands take ids. A command that waits resumes with the objects its ids named when it began, or
+// is refused when they are gone.
 
 /// What a command changes, and who asked for it. Cheap to copy; the state must outlive the command.
 struct Editing {

@@ -13,7 +13,7 @@ namespace framewright {
 /// An asset of the project by its id, or a file that may become one.
 using MediaSource = std::variant<Id, std::filesystem::path>;
 
-/// The file as it is now, probed again when it changed. Refused when the asset is gone. Throws
+/// The file's current state, probed again when it changed. Refused when the asset is gone. Throws
 /// MediaError when the file can't be used.
 QCoro::Task<Outcome<ProbedFile>> probeSource(Editing editing, MediaSource source);
 

@@ -43,7 +43,7 @@ QCoro::Task<Outcome<Done>> startProject(AppState& state, ProjectToStart wanted, 
     Project project = newProject(wanted.canvas.value_or(
         Workspace::canvas(wanted.workspace).value_or(AspectPreset::portrait)));
     project.brief = wanted.brief;
-    // Before the folder is made, so that a project that can't be left leaves no empty one behind.
+    // Before the folder is made: if the open project can't be left, no empty folder remains.
     auto const ready = co_await state.files().prepareToLeave(unsaved);
     if (!ready)
         co_return ready;
@@ -112,7 +112,7 @@ QCoro::Task<Outcome<Path>> saveProjectAs(AppState& state, Path file)
         co_return file;
     }
     auto const write = [file, project = state.project()] {
-        // Without references to a folder of its own: its paths are absolute.
+        // No references relative to a project folder: its paths are absolute.
         writeFileAtomically(file, ProjectDocument(project).data());
     };
     co_await onWorker(write);

@@ -16,8 +16,8 @@ using Unsaved = ProjectFiles::Unsaved;
 /// A project to start in a workspace.
 struct ProjectToStart {
     std::filesystem::path workspace;
-    std::string name;                          ///< A name that is taken gets a number.
-    std::optional<AspectPreset> canvas = {};   ///< Else the workspace's, else portrait.
+    std::string name;                        ///< A name already taken gets a number.
+    std::optional<AspectPreset> canvas = {}; ///< Else the workspace's, else portrait.
     std::optional<std::string> brief = {};
 };
 
@@ -26,27 +26,27 @@ struct ProjectToStart {
 
 QCoro::Task<Outcome<Done>> startProject(AppState& state, ProjectToStart project, Unsaved unsaved);
 
-/// Ends when the project's media are opened, too.
+/// Ends when the project's media are opened as well.
 QCoro::Task<Outcome<Done>> openProject(AppState& state, std::filesystem::path file,
                                        Unsaved unsaved);
 QCoro::Task<Outcome<Done>> closeProject(AppState& state, Unsaved unsaved);
 QCoro::Task<Outcome<Done>> restoreRecovery(AppState& state, Unsaved unsaved);
 
-/// Makes ready for the end of the editor. An export that runs is cancelled when unsaved changes may
-/// be discarded, else refused. Gives the file of the export that was cancelled.
+/// Prepares the editor's end. While an export runs it is refused, unless unsaved changes may be
+/// discarded: then the export is cancelled, and its file is returned.
 QCoro::Task<Outcome<std::optional<std::filesystem::path>>>
 prepareToQuit(AppState& state, ExportSession& exports, Unsaved unsaved);
 
 /// Saves the project to its own file. Refused for one that was never saved.
 QCoro::Task<Outcome<Done>> saveProject(AppState& state);
 
-/// Writes an exact copy to be opened anywhere, as FILE.fwp, or gives a project that was never saved
-/// its file. Gives the file written. Refused when there is one already.
+/// Writes an exact copy that can be opened anywhere, as FILE.fwp; for a project that was never
+/// saved, FILE.fwp becomes its file. Gives the file written. Refused when it exists already.
 QCoro::Task<Outcome<std::filesystem::path>> saveProjectAs(AppState& state,
                                                           std::filesystem::path file);
 
-// Whole projects of a workspace, by their document's file. What is open is saved first. Refused for
-// projects elsewhere.
+// Whole projects of a workspace, by their document's file. The open project is saved first. Refused
+// for projects elsewhere.
 
 /// Gives the new folder.
 QCoro::Task<Outcome<std::filesystem::path>>

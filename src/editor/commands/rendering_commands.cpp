@@ -20,7 +20,7 @@ constexpr int widest = 1080;
 constexpr int usualFrameWidth = 360;
 constexpr int usualSheetFrameWidth = 240;
 constexpr int usualColumns = 4;
-/// What a PNG can be made of in a second.
+/// The most pixels that become a PNG in about a second.
 constexpr std::int64_t mostSheetPixels = 40'000'000;
 constexpr int lowestMovie = 480;
 constexpr int highestMovie = 4320;
@@ -121,7 +121,7 @@ Outcome<ExportSettings> exportSettings(AppState const& state, MovieWanted const&
     return settings;
 }
 
-/// Why nothing can be rendered any more, after a wait.
+/// Why rendering is no longer possible after a wait.
 std::optional<Refusal> closedRefusal(AppState const& state)
 {
     return state.isOpen() ? std::nullopt : std::optional(Refusal{Reason::noProject});
@@ -141,12 +141,11 @@ QCoro::Task<Outcome<DrawnFrames>> drawFrame(AppState& state, StillFrames& stills
     if (auto const refusal = closedRefusal(state))
         co_return *refusal;
 
-    DrawnFrames drawn{rendered(state), drawnTimes(state, {time}),
-                      stillSize(state.project().aspect, width), {}};
+    DrawnFrames drawn{
+        rendered(state), drawnTimes(state, {time}), stillSize(state.project().aspect, width), {}};
     auto const draw = [&stills, project = drawn.of.project, store = state.media().store(),
-                       at = drawn.times.front().drawn, width] {
-        return stills.png(project, store, at, width);
-    };
+                       at = drawn.times.front().drawn,
+                       width] { return stills.png(project, store, at, width); };
     drawn.png = co_await onWorker(draw);
     co_return drawn;
 }
@@ -169,9 +168,8 @@ QCoro::Task<Outcome<DrawnFrames>> drawSheet(AppState& state, StillFrames& stills
 
     PixelSize const size = sheet.size(state.project().aspect, asked->size());
     if (std::int64_t(size.width) * size.height > mostSheetPixels)
-        co_return Refusal{
-            Reason::sheetTooLarge,
-            Subject::named(std::to_string(size.width) + " × " + std::to_string(size.height))};
+        co_return Refusal{Reason::sheetTooLarge, Subject::named(std::to_string(size.width) + " × " +
+                                                                std::to_string(size.height))};
     DrawnFrames drawn{rendered(state), drawnTimes(state, *asked), size, {}};
     std::vector<double> times;
     std::ranges::transform(drawn.times, std::back_inserter(times), &DrawnTime::drawn);

@@ -27,7 +27,7 @@ struct RenderedProject {
     std::map<Id, std::string> mediaProblems; ///< By asset.
 };
 
-/// A time that frames were asked for, and the one that is drawn: past the end, the last frame.
+/// A requested time, and the time drawn: past the end, that of the last frame.
 struct DrawnTime {
     double asked = 0;
     double drawn = 0;
@@ -73,8 +73,8 @@ struct ExportedMovie {
     ExportResult movie;
 };
 
-/// Refused as `ExportSession::run`, for an empty range, and for a height out of range. Missing files
-/// are searched for first. `progress` is called on a worker. Throws ExportError.
+/// Refused as `ExportSession::run`, for an empty range, and for a height out of range. Missing
+/// files are searched for first. `progress` is called on a worker. Throws ExportError.
 QCoro::Task<Outcome<ExportedMovie>> exportMovie(AppState& state, ExportSession& exports,
                                                 MovieWanted wanted, ExportProgress progress,
                                                 std::stop_token stop);

@@ -6,7 +6,7 @@ namespace framewright {
 
 namespace {
 
-// What a user sees of an effect that comes on without values of its own. Points.
+// The values of an effect that is switched on without any. Points.
 constexpr float usualPadding = 20;
 constexpr float usualRadius = 16;
 constexpr float usualShadowOpacity = 0.6f;
@@ -95,8 +95,9 @@ Outcome<CaptionStyle> changed(CaptionStyle style, StyleChanges const& changes)
 Outcome<SavedStyle> saveStyle(StyleStore& store, StyleToSave const& wanted)
 {
     CaptionStyle const* const known = wanted.known ? store.style(*wanted.known) : nullptr;
-    CaptionStyle style =
-        wanted.startFrom ? *wanted.startFrom : known ? *known : store.defaultStyle();
+    CaptionStyle style = wanted.startFrom ? *wanted.startFrom
+                         : known          ? *known
+                                          : store.defaultStyle();
     style.id = known ? known->id : Id::random();
     style.name = wanted.newName ? *wanted.newName : known ? known->name : wanted.name;
     if (!known || style.name != known->name) {

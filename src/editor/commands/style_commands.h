@@ -17,8 +17,8 @@ struct StyleNumber {
     double value;
 };
 
-/// What changes about a style; what is not given stays. An effect comes on when one of its parts is
-/// given, and then gets usual values for what it has none of.
+/// Changes to a style; what is not given stays. Giving any part of an effect switches it on; the
+/// parts that have no value yet get usual ones.
 struct StyleChanges {
     std::optional<std::string> fontName = {};
     std::optional<RGBAColor> textColor = {};
@@ -45,7 +45,7 @@ struct StyleToSave {
     StyleChanges changes = {};
 };
 
-/// A saved style, and a sentence for each value that was brought into range.
+/// A saved style, and a sentence for each value that was out of range.
 struct SavedStyle {
     CaptionStyle style;
     bool isNew = true;

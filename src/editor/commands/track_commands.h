@@ -11,7 +11,7 @@ Outcome<Id> addTrack(Editing editing, NewTrack track);
 /// "Delete Track".
 Outcome<Project> removeTrack(Editing editing, Id const& trackID);
 
-/// "Move Track": down the list by `offset` places, up when less than 0.
+/// "Move Track": down the list by `offset` places, up if negative.
 Outcome<Project> moveTrack(Editing editing, Id const& trackID, int offset);
 
 /// "Change Track".

@@ -13,7 +13,7 @@ namespace {
 
 using Path = std::filesystem::path;
 
-/// The canvas that a description asks for, if any.
+/// The canvas that a description implies, if any.
 std::optional<AspectPreset> canvasMeant(std::string const& description)
 {
     std::istringstream words(description);

@@ -10,14 +10,14 @@ namespace framewright {
 
 // All throw WorkspaceError when the disk refuses.
 
-/// Makes a folder a workspace, where it is none yet, and the current one. Gives the folder.
+/// Makes a folder the current workspace, creating its marker if needed. Gives the folder.
 Outcome<std::filesystem::path> setUpWorkspace(AppState& state, std::filesystem::path const& folder);
 
 /// Says what gets made in a workspace. Words that mean a canvas ("reels") choose the one that new
 /// projects start with.
 void describeWorkspace(std::filesystem::path const& workspace, std::string const& about);
 
-/// Has the files of a folder used in place. Refused when there is no such folder.
+/// Adds a folder whose files are used in place. Refused when there is no such folder.
 Outcome<Done> addMediaFolder(std::filesystem::path const& workspace,
                              std::filesystem::path const& folder);
 

@@ -17,7 +17,7 @@ enum class Author {
     commandLine,
     window,
     disk,   ///< Another program, by writing the project's file.
-    editor, ///< Nobody asked for it: a fact was found out.
+    editor, ///< The editor itself: a fact was found out.
 };
 
 /// A change of the open project.
@@ -52,7 +52,7 @@ public:
     Project const& project() const { return m_project; }
     UndoHistory const& history() const { return m_history; }
 
-    /// Counts changes, never back, so that a snapshot can be recognised as current.
+    /// Counted up by each change, so that a snapshot can be recognised as current.
     std::uint64_t revision() const { return m_revision; }
 
     /// Makes `project` the open one, as one step named `step`.

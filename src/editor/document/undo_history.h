@@ -13,8 +13,8 @@ namespace framewright {
 
 /// The steps that can be undone and redone: each holds the project before it and a name.
 ///
-/// A step costs what its edit changed: projects share what they have in common. When all steps
-/// together cost more than the limit, the oldest are dropped, but never below `fewestSteps`.
+/// A step costs what its edit changed: projects share what they have in common. When the steps
+/// together exceed the limit, the oldest are dropped, but `fewestSteps` always remain.
 class UndoHistory {
 public:
     static constexpr std::size_t memoryLimit = std::size_t{256} << 20; ///< Bytes.

@@ -19,17 +19,17 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// What sentences call a project's file: "Hook v2's project.json" in a workspace.
+/// A project's file as sentences name it: "Hook v2's project.json" in a workspace.
 std::string projectFileName(std::filesystem::path const& file);
 
-/// A project with all that its files are made of.
+/// A project with everything else that is stored in its files.
 struct StoredProject {
     Project project;
-    AssetRefs refs;                     ///< As the file had them last.
+    AssetRefs refs;                     ///< As last read or written.
     std::filesystem::path recoveryFile; ///< Where the copy goes while the file does not hold it.
 };
 
-/// How a project is stored in its file, and beside it while it is not: as a recovery copy.
+/// How a project is stored in its file, and as a recovery copy while the file does not hold it.
 FileForm<StoredProject> projectFileForm();
 
 /// A project as it is on disk.

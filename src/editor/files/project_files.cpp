@@ -9,8 +9,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// Edits in quick succession put the save off, but no further than 1.25 s after the first of them:
-/// acknowledged work must not be at risk for as long as somebody keeps editing.
+/// Edits in quick succession postpone the save, but by no more than 1.25 s after the first:
+/// acknowledged work must not stay at risk while somebody keeps editing.
 constexpr SyncTiming saveTiming{1000ms, 1250ms};
 
 } // namespace

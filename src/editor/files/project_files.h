@@ -21,9 +21,9 @@ namespace framewright {
 /// The file that the open project is kept in: opened, saved after each change, kept in step with
 /// what other programs write, and backed by a recovery copy.
 ///
-/// A project of a workspace is saved by itself a second after a change, and 1.25 s after the first
-/// of several at the latest. Any other project is saved when the user says so; until then its
-/// changes are in a recovery copy. Main thread only. May be destroyed while it reads or writes.
+/// A project of a workspace is saved automatically one second after a change, at the latest 1.25 s
+/// after the first of several. Any other project is saved on request; until then its changes are
+/// in a recovery copy. Main thread only. May be destroyed while it reads or writes.
 class ProjectFiles : public QObject {
     Q_OBJECT
 
@@ -50,8 +50,8 @@ public:
     /// ProjectFileError.
     QCoro::Task<void> create(std::filesystem::path file, Project project);
 
-    /// Opens a project in place of the open one, whose unsaved changes are gone: see
-    /// `prepareToLeave`. Throws ProjectFileError, and then what was open stays open.
+    /// Opens a project in place of the open one, discarding unsaved changes: see `prepareToLeave`.
+    /// Throws ProjectFileError; then the open project stays open.
     QCoro::Task<void> open(std::filesystem::path file);
 
     /// Opens the project that was open when the editor last ran. Blocks: for the start, before
@@ -62,15 +62,15 @@ public:
     /// made before the call is on disk. Throws ProjectFileError.
     QCoro::Task<void> save();
 
-    /// The same for a project of a workspace, blocking, for the last moment before the process
-    /// ends; others get a recovery copy. Throws ProjectFileError when the project's own file does
+    /// The same for a project of a workspace, blocking, right before the process ends; others get a
+    /// recovery copy. Throws ProjectFileError when the project's own file does
     /// not hold all changes afterwards.
     void saveBeforeQuitting();
 
     enum class Unsaved { keep, discard };
 
-    /// Saves what can be saved, so that the open project can be left. Refused when changes remain
-    /// that are not to be discarded.
+    /// Saves what can be saved before the open project is left. Refused when changes remain that
+    /// must not be discarded.
     QCoro::Task<Outcome<Done>> prepareToLeave(Unsaved unsaved);
 
     /// The same, and closes the project.
@@ -80,11 +80,11 @@ public:
     /// from now on.
     void followTo(std::filesystem::path file);
 
-    /// The files of assets were replaced: what the document said of them no longer holds.
+    /// The files of assets were replaced, so the references stored for them are out of date.
     void forgetAssetRefs();
 
-    /// Opens the recovery copy that is waiting. It goes to its project's file when the user saves
-    /// it, and stays as the recovery copy until then. Throws ProjectFileError; refused when none is
+    /// Opens the waiting recovery copy. Saving writes it to its project's file; until then it stays
+    /// the recovery copy. Throws ProjectFileError; refused when none is
     /// waiting.
     QCoro::Task<Outcome<Done>> restoreRecovery();
 

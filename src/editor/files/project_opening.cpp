@@ -12,13 +12,13 @@ namespace framewright {
 
 namespace {
 
-/// The project that was open last.
+/// The last open project.
 constexpr char const* openKey = "project.open";
-/// How many starts in a row died while opening it.
+/// How many starts in a row crashed while opening it.
 constexpr char const* attemptsKey = "project.openAttempts";
-/// A project that ends the editor this often is not opened again by itself.
+/// A project that crashes the editor this often is no longer reopened at the start.
 constexpr int mostAttempts = 3;
-/// A project that is edited all the time is saved this often before it is left.
+/// How often a project that is edited meanwhile is saved before it is left.
 constexpr int mostSaves = 20;
 
 /// As a URL: settings are text, and a path may be any bytes.
@@ -27,7 +27,7 @@ void rememberOpen(std::filesystem::path const& file, UserDefaults& defaults)
     defaults.setString(openKey, FileURL{file.string()}.text());
 }
 
-/// A project of a workspace is saved by itself; others when the user says so.
+/// Projects of a workspace are saved automatically, others on request.
 FileSync::Saving usualSaving(std::filesystem::path const& file)
 {
     return Workspace::isProjectDocument(file) ? FileSync::Saving::automatic
@@ -92,7 +92,7 @@ void ProjectFiles::adopt(ReadProject read, std::optional<std::filesystem::path> 
 
 QCoro::Task<void> ProjectFiles::loadMedia()
 {
-    // A start that dies until this has ended dies of the project's media.
+    // Kept until the media are open, since opening them may crash the editor, too.
     QPointer<ProjectFiles> const self(this);
     co_await m_media.load();
     if (self)
@@ -144,13 +144,13 @@ QCoro::Task<Outcome<Done>> ProjectFiles::prepareToLeave(Unsaved unsaved)
         try {
             co_await save();
         } catch (ProjectFileError const&) {
-            break; // It is the problem now.
+            break; // `problem` reports it.
         }
     }
     if (!isDirty())
         co_return Done();
     if (unsaved == Unsaved::discard) {
-        co_await m_sync.settled(); // A copy that is being written would come back.
+        co_await m_sync.settled(); // A write under way would create the copy again.
         m_recovery.clear();
         co_return Done();
     }
@@ -184,15 +184,14 @@ QCoro::Task<Outcome<Done>> ProjectFiles::restoreRecovery()
     Recovery::Waiting const waiting = *m_recovery.waiting();
     ReadProject read = co_await readOnWorker(waiting.file);
 
-    // What the project's own file holds now is known from here on, so that saving over it is
-    // refused only if it changes again.
-    read.mark.clear(); // No content has it.
+    // Reads the project's own file, so that saving replaces it unless it has changed since.
+    read.mark.clear(); // Matches no content.
     if (waiting.origin) {
         try {
             ReadProject const there = co_await readOnWorker(*waiting.origin);
             read.mark = there.mark;
         } catch (ProjectFileError const&) {
-            // It is gone or broken; the copy is then all there is.
+            // Missing or invalid: the copy is all that is left.
         }
     }
     m_recovery.adoptWaiting();

@@ -8,7 +8,7 @@ namespace framewright {
 
 QCoro::Task<void> ProjectFiles::save()
 {
-    // No await inside a condition: GCC 12 destroys its task on the path not taken, too.
+    // No await inside a condition: GCC 12 also destroys its task on the path not taken.
     bool const isSaved = co_await m_sync.saveNow();
     if (!isSaved && !m_sync.problem().empty())
         throw ProjectFileError(m_sync.problem());
@@ -21,10 +21,10 @@ void ProjectFiles::saveBeforeQuitting()
 {
     if (m_sync.flush() || !m_document.isOpen())
         return;
-    throw ProjectFileError(
-        m_sync.problem().empty()
-            ? "“" + projectName() + "” has changes that are not saved; a recovery copy holds them."
-            : m_sync.problem());
+    throw ProjectFileError(m_sync.problem().empty()
+                               ? "“" + projectName() +
+                                     "” has changes that are not saved; a recovery copy holds them."
+                               : m_sync.problem());
 }
 
 StoredProject ProjectFiles::stored() const
@@ -32,7 +32,7 @@ StoredProject ProjectFiles::stored() const
     return {m_document.project(), m_media.places().refs, m_recovery.file()};
 }
 
-/// Theirs becomes a step of the history; what of ours was not saved yet is one step back.
+/// Theirs becomes a step of the history; our unsaved changes are one step back.
 Taken ProjectFiles::takeOutsideEdit(Decoded<StoredProject> const& theirs)
 {
     AssetRefs refs = m_media.places().refs;

@@ -19,7 +19,7 @@ std::optional<std::filesystem::path> originIn(UserDefaults const& defaults)
     return url ? std::optional<std::filesystem::path>(url->path) : std::nullopt;
 }
 
-/// A copy under another name than the usual one, left by a run that found one waiting.
+/// A copy under another name, left by a run that found one waiting under the usual name.
 std::optional<std::filesystem::path> leftCopy(std::filesystem::path const& folder)
 {
     std::error_code failed;

@@ -9,8 +9,8 @@
 
 namespace framewright {
 
-/// The copy that holds changes which are not yet in the project's own file: of a project outside
-/// any workspace until it is saved, and of any project whose file can't be written.
+/// The copy of the open project that exists exactly while the project's own file does not hold it:
+/// outside any workspace until the user saves, elsewhere while the file can't be written.
 ///
 /// A copy left by an earlier run waits until the user restores or discards it; it is never
 /// overwritten. `write` may be called from any thread, one at a time; the rest on the main thread.

@@ -16,7 +16,7 @@ using AssetRefs = std::map<Id, AssetRef>;
 std::optional<std::uintmax_t> knownSize(AssetRef const& ref);
 
 /// References to the files of a project as they are now, seen from its folder. The reference of a
-/// file that is missing stays as it was in `known`. Blocks for a look at each file.
+/// file that is missing stays as it was in `known`. Blocks while it checks each file.
 AssetRefs currentAssetRefs(Project const& project, std::filesystem::path const& folder,
                            AssetRefs const& known);
 

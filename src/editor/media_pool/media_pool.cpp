@@ -15,7 +15,7 @@ namespace framewright {
 
 namespace {
 
-/// A duration that differs by no more was measured by someone else, and stays. Seconds.
+/// A stored duration that differs by no more is kept: other programs measure differently. Seconds.
 constexpr double durationTolerance = 0.1;
 
 /// The asset as its file is now.
@@ -130,7 +130,7 @@ QCoro::Task<void> MediaPool::refresh(Missing missing)
     if (round == m_round)
         take(opened);
     else
-        co_await loaded(); // Everything is being opened anew.
+        co_await loaded(); // It opens everything.
 }
 
 void MediaPool::take(std::vector<OpenedAsset> const& opened)

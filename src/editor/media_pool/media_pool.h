@@ -1,10 +1,10 @@
 #pragma once
 
+#include "composition/asset_store.h"
 #include "editor/document/document.h"
 #include "editor/media_pool/asset_refs.h"
 #include "editor/media_pool/probed_file.h"
 #include "model/shared.h"
-#include "composition/asset_store.h"
 
 #include <QCoro/QCoroTask>
 #include <QObject>
@@ -52,33 +52,33 @@ public:
     void setPlaces(MediaPlaces places) { m_places = std::move(places); }
     MediaPlaces const& places() const { return m_places; }
 
-    /// Opens every file of the project, finding those that moved. Earlier results are dropped.
+    /// Opens every file of the project, finding those that moved. Drops earlier results.
     QCoro::Task<void> load();
 
     /// Ends when `load` has ended, at once when none is running.
     QCoro::Task<void> loaded();
 
-    /// What happens to files that were missing, or could not be opened, the last time.
+    /// What to do about files that were missing or could not be opened last time.
     enum class Missing {
-        inPlace,  ///< They are expected where they should be.
+        inPlace,  ///< They are checked where they should be.
         searched, ///< They are searched for in all places, and opened again. Takes longer.
     };
 
-    /// Ends when `store` and `problem` reflect the files as they are now: those that came, went or
-    /// were replaced have been opened again. Costs a look at each file's size and time.
+    /// Ends when `store` and `problem` reflect the current files: those that appeared, vanished or
+    /// were replaced have been opened again. Checks each file's size and time.
     QCoro::Task<void> refresh(Missing missing = Missing::inPlace);
 
     /// Probes a file. A file that the project has already keeps its asset, however its path is
     /// written. Nothing is added to the project. Throws MediaError.
     QCoro::Task<ProbedFile> probe(std::filesystem::path file);
 
-    /// The same for an asset of the project, as it was opened last. Nothing when it was not.
+    /// The same for an asset of the project, as last opened. Nothing when it was not.
     std::optional<ProbedFile> known(Id const& asset) const;
 
     /// Keeps what a probe found, for an edit that adds the file to the project.
     void remember(ProbedFile const& file);
 
-    /// Has the assets refer to these files from now on, in every step of the history.
+    /// Makes the assets refer to these files from now on, in every step of the history.
     void relocate(std::map<Id, std::filesystem::path> const& found);
 
 signals:

@@ -14,7 +14,7 @@ namespace framewright {
 /// What the user points at: selected clips or a caption bar, the active track, the playhead, and
 /// what was copied.
 ///
-/// It follows the document: what an edit or undo removed is selected no longer. Main thread only.
+/// It follows the document: what an edit or undo removed is deselected. Main thread only.
 class Selection : public QObject {
     Q_OBJECT
 

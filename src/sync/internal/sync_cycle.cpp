@@ -63,7 +63,7 @@ private:
             break;
         case SyncStep::create:
             if (m_cycle.form->makesFolder) {
-                std::error_code failed; // Writing says why.
+                std::error_code failed; // If it fails, so does the write, which reports it.
                 std::filesystem::create_directory(m_cycle.file->parent_path(), failed);
             }
             writeFileAtomically(*m_cycle.file, *ours);
@@ -92,8 +92,8 @@ private:
         FileReplacement const replacement = m_cycle.replace(*m_cycle.file, ours, onDisk);
         if (replacement.isDone)
             return saved(mark);
-        // A file that is written in place passes through contents that don't decode. What is there
-        // now is found by the next cycle.
+        // A file written in place passes through contents that don't decode; they are skipped. The
+        // next cycle reads what is there by then.
         std::string ignored;
         for (std::string const& bytes : replacement.found) {
             if (auto theirs = decoded(m_cycle, bytes, ignored))
@@ -123,7 +123,7 @@ private:
 
 void keepElsewhere(SyncCycle const& cycle, SyncResult& result)
 {
-    // A save that found another program's version is tried again with what the owner makes of it.
+    // A save that found another program's version is repeated once the owner has taken that in.
     bool const isFinal = cycle.value == Value::keep || result.isSaved || result.trouble;
     if (cycle.value == Value::look || !isFinal || !cycle.form->alsoKeep)
         return;

@@ -16,15 +16,15 @@ namespace framewright {
 
 /// What a cycle does with the file.
 enum class SyncStep {
-    rest,     ///< There is nothing to read or write.
-    create,   ///< There is no file: ours is written.
+    rest,     ///< Nothing to read or write.
+    create,   ///< The file is missing: ours is written.
     exchange, ///< The file is as we know it: ours takes its place.
     settle,   ///< The file holds our bytes already.
     handOver, ///< Another program wrote it: theirs goes to the owner.
 };
 
-/// `known` is the content we last read or wrote, `onDisk` the present one, `ours` what is to be
-/// written. Each may be missing.
+/// `known` is the content we last read or wrote, `onDisk` the current one, `ours` the one to write.
+/// Each may be missing.
 SyncStep syncStep(std::optional<ContentMark> const& known, std::optional<ContentMark> const& onDisk,
                   std::optional<ContentMark> const& ours);
 
@@ -60,12 +60,12 @@ struct SyncResult {
     std::string keepingProblem;
 };
 
-/// Reads, compares, and writes unless another program's version is there. Blocks until the disk has
-/// what is written. Any thread. Never throws.
+/// Reads, compares, and writes unless another program's version is there. Blocks until the write
+/// has reached the disk. Any thread. Never throws.
 SyncResult run(SyncCycle const& cycle);
 
-/// A cycle that a worker runs, or whoever can't wait for the worker to begin: `run` returns when it
-/// is done, whichever thread did it.
+/// A cycle that a worker runs, or a thread that can't wait for a worker: `run` returns when it is
+/// done, whichever thread did it.
 class SyncJob {
 public:
     SyncJob(SyncCycle cycle, std::uint64_t valueRevision)

@@ -17,8 +17,8 @@ Project const& projectOf(Edit const& edit)
     return edit.project;
 }
 
-/// Makes an edit that was not refused one step, unless it changed nothing. Refused when no project
-/// is open, whatever the edit came to.
+/// Commits an edit that was not refused as one step, unless it changed nothing. Refused when no
+/// project is open, whatever the edit's outcome.
 template <class Edit>
 Outcome<Edit> carryOut(Editing editing, Outcome<Edit> edit, std::string const& step)
 {

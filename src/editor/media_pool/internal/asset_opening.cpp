@@ -19,7 +19,7 @@ std::vector<Path> mediaFoldersAround(Path const& folder)
     try {
         return workspace ? Workspace::mediaFolders(*workspace) : std::vector<Path>();
     } catch (WorkspaceError const&) {
-        return {}; // Opening the workspace reports what is wrong with it.
+        return {}; // Opening the workspace reports the reason.
     }
 }
 
@@ -40,7 +40,7 @@ MediaWanted wantedFor(MediaAsset const& asset, MediaPlaces const& places)
 
 OpenedAsset openAsset(MediaAsset const& asset, Path const& file)
 {
-    // Taken first: a file written while it is opened is then another one.
+    // Before opening it, so that a file written meanwhile counts as changed.
     OpenedAsset opened{asset.id, asset.url.path, FileIdentity::of(file), {}};
     try {
         opened.result = openMedia(file);

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "composition/loaded_asset.h"
 #include "editor/media_pool/media_pool.h"
 #include "model/media_asset.h"
 #include "model/shared.h"
-#include "composition/loaded_asset.h"
 #include "pipeline/file_identity.h"
 
 #include <filesystem>
@@ -25,7 +25,7 @@ using SeenFiles = Shared<std::map<Id, FileIdentity>>;
 struct OpenedAsset {
     Id id;
     std::string wanted; ///< The path that the project had for it.
-    FileIdentity seen;  ///< Where it was found, or should be, as it was before it was opened.
+    FileIdentity seen;  ///< Of the file found or expected, from before it was opened.
     std::variant<LoadedAsset, std::string> result; ///< Or the sentence that says why not.
 
     LoadedAsset const* loaded() const { return std::get_if<LoadedAsset>(&result); }
@@ -37,9 +37,9 @@ LoadedAsset openMedia(std::filesystem::path const& file);
 /// Finds and opens the files of a project that is being opened. Blocks.
 std::vector<OpenedAsset> openAssets(ProjectAssets const& assets, MediaPlaces const& places);
 
-/// Opens those whose file is not the one that was seen: it came, went or was replaced, or has never
-/// been seen. Those in `searched` are opened in any case. A file that is still in its place is not
-/// searched for in others. Blocks.
+/// Opens those whose file is not the one that was seen: it appeared, vanished, was replaced or has
+/// never been seen. Those in `searched` are opened in any case. A file that is still in its place
+/// is not searched for in others. Blocks.
 std::vector<OpenedAsset> openChangedAssets(ProjectAssets const& assets, SeenFiles const& seen,
                                            std::set<Id> const& searched, MediaPlaces const& places);
 

@@ -5,21 +5,20 @@ import json
 import struct
 import unittest
 
-from test_bad_input import EditorTestCase
+from editor_process import json_and_notes
+from editor_test_case import EditorTestCase
 
 
-class Pictures(EditorTestCase):
-    """Pictures of a piece of 7 s at 25 frames a second."""
+class Frames(EditorTestCase):
+    """Frames of a project of 7 s at 25 frames per second."""
 
     def drawn(self, *words):
-        """What is told of a picture below its path, and the lines after that."""
-        answer = self.editor.cli(*words, "--out", str(self.editor.home / "picture.png"))
+        """The reply of a command that draws, without the path above it, and its notes."""
+        answer = self.editor.cli(*words, "--out", str(self.editor.home / "frame.png"))
         self.assertEqual(answer.status, 0, answer.err)
-        told = answer.out[answer.out.index("{") :]
-        reply, end = json.JSONDecoder().raw_decode(told)
-        return reply, told[end:]
+        return json_and_notes(answer.out)
 
-    def test_times_are_those_of_the_pictures(self):
+    def test_times_past_the_end_show_the_last_frame(self):
         ends = "The piece ends at 7 s; its last frame is shown for "
         for time, shown, note in (
             ("0", 0, ""),
@@ -37,7 +36,7 @@ class Pictures(EditorTestCase):
         self.assertIn("3 frames, left to right then down, at 1, 6.96 and 6.96 s.", said)
         self.assertIn(ends + "7 and 99 s.", said)
 
-    def test_a_piece_without_a_picture_has_one_moment(self):
+    def test_a_project_without_footage_has_one_frame(self):
         self.editor.do("project-new", "Empty", cwd=self.editor.workspace)
         self.addCleanup(self.editor.do, "project-open", str(self.document.parent))
         self.editor.do("text-add", "Hello", "--at=1")
@@ -45,17 +44,17 @@ class Pictures(EditorTestCase):
         self.assertEqual(reply["at"], 0)
         self.assertIn("The piece has no picture yet; this is how it begins.", said)
 
-    def test_a_sheet_is_of_the_canvas_it_was_asked_for(self):
-        with self.editor.connect() as sheet, self.editor.connect() as other:
+    def test_a_sheet_has_the_canvas_of_when_it_was_requested(self):
+        with self.editor.connect() as client, self.editor.connect() as other:
             request = {"id": 1, "tool": "contact_sheet", "args": {"every": 0.15}}
-            sheet.send(json.dumps(request).encode() + b"\n")
-            other.ask("status")  # Looks at the files too: by then the sheet is being drawn.
+            client.send(json.dumps(request).encode() + b"\n")
+            other.ask("status")  # Checks the files, too: by then the sheet is being drawn.
             self.assertTrue(other.ask("ratio", to="16:9")["ok"])
-            reply = sheet.read()
+            reply = client.read()
         self.addCleanup(self.editor.do, "ratio", "--to=9:16")
-        told, _ = json.JSONDecoder().raw_decode(reply["text"])
+        sheet, _ = json_and_notes(reply["text"])
         size = struct.unpack(">II", base64.b64decode(reply["images"][0])[16:24])
-        self.assertEqual((told["width"], told["height"]), size)
+        self.assertEqual((sheet["width"], sheet["height"]), size)
 
     def test_refusals(self):
         for words in (("--every=1",), ("--start=1",), ("--end=2",)):
