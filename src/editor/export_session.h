@@ -14,7 +14,7 @@ namespace framewright {
 
 /// The running export. There is one at a time.
 ///
-/// It renders a snapshot on a worker thread; editing goes on. Main thread only.
+/// It renders a snapshot on a worker thread; editing continues. Main thread only.
 class ExportSession : public QObject {
     Q_OBJECT
 

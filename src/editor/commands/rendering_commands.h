@@ -19,7 +19,7 @@
 namespace framewright {
 
 // Commands that show the project as it is when they begin: its files are probed again first, and
-// editing goes on meanwhile. Throw MediaError for files that can't be read.
+// editing continues meanwhile. Throw MediaError for files that can't be read.
 
 /// What is rendered: the project and its files, with the reasons why some are missing.
 struct RenderedProject {
