@@ -46,10 +46,11 @@ FileSync::~FileSync() = default;
 
 // Where ----------------------------------------------------------------------------------------
 
-void FileSync::leaveFile(std::optional<std::filesystem::path> const& next)
+void FileSync::leaveFile()
 {
-    // A write to the file we leave completes on its own, but two of ours must not write one file.
-    if (m_job && m_job->cycle().file == next)
+    // Nothing is written any more once this returns: neither a second time into one file, nor a
+    // copy that the owner is about to remove.
+    if (m_job)
         m_job->run();
     m_job.reset();
     m_timer.stop();
@@ -63,12 +64,19 @@ void FileSync::leaveFile(std::optional<std::filesystem::path> const& next)
     m_notes.clear();
     m_unknownKeys.clear();
     m_revisionInFile = m_revision;
+    m_revisionKept = m_revision;
 }
 
 void FileSync::watch()
 {
     m_watcher.reset();
-    if (m_saving != Saving::automatic)
+    if (m_saving == Saving::automatic)
+        watchFile();
+}
+
+void FileSync::watchFile()
+{
+    if (m_watcher)
         return;
     m_watcher = std::make_unique<FileWatcher>(*m_file);
     connect(m_watcher.get(), &FileWatcher::changed, this, &FileSync::startReading);
@@ -77,7 +85,7 @@ void FileSync::watch()
 
 bool FileSync::open(std::filesystem::path const& file, Saving saving)
 {
-    leaveFile(file);
+    leaveFile();
     m_file = file;
     m_saving = saving;
     // Treats the value as the file's last known content, so that what is read replaces it.
@@ -96,7 +104,7 @@ bool FileSync::open(std::filesystem::path const& file, Saving saving)
 void FileSync::bind(std::filesystem::path const& file, Decoded<std::any> read, ContentMark mark,
                     Saving saving)
 {
-    leaveFile(file);
+    leaveFile();
     m_file = file;
     m_saving = saving;
     m_base = std::move(read.value);
@@ -120,7 +128,7 @@ void FileSync::followTo(std::filesystem::path const& file)
 
 void FileSync::detach()
 {
-    leaveFile(std::nullopt);
+    leaveFile();
     reportChanges({});
 }
 

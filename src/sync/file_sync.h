@@ -73,6 +73,9 @@ public:
 
     void setSaving(Saving saving);
 
+    /// Watches the file also where it is saved on request only.
+    void watchFile();
+
     // Work -------------------------------------------------------------------------------------
 
     /// The owner has changed the value.
@@ -113,7 +116,7 @@ private:
     enum class Wish { nothing, look, save, saveAnyway };
     enum class Ended { well, missing, inTrouble, toBeRepeated };
 
-    void leaveFile(std::optional<std::filesystem::path> const& next);
+    void leaveFile();
     void watch();
     void schedule();
     void wish(Wish wish);

@@ -61,6 +61,41 @@ TEST(Recovery, ClosingWithoutTheChangesLeavesNoCopy)
     EXPECT_FALSE(home.files().recovery().waiting());
 }
 
+TEST(Recovery, AForcedLeaveThatFailsKeepsTheCopy)
+{
+    EditorHome home;
+    auto const junk = home.folder / "junk.fwp";
+    put(junk, "{");
+    awaited(home.files().open(looseProject(home, "as saved")));
+    setBrief(home.editor(), "unsaved");
+    auto const copy = home.files().recovery().file();
+    ASSERT_TRUE(eventually([&] { return std::filesystem::exists(copy); }));
+
+    ASSERT_TRUE(awaited(home.files().prepareToLeave(ProjectFiles::Unsaved::discard)));
+    EXPECT_THROW(awaited(home.files().open(junk)), ProjectFileError);
+    EXPECT_EQ(briefIn(copy), "unsaved");
+
+    setBrief(home.editor(), "unsaved, too");
+    home.files().abandonChanges();
+    EXPECT_NO_THROW(home.files().saveBeforeQuitting());
+    EXPECT_FALSE(std::filesystem::exists(copy)) << "The changes were not wanted.";
+}
+
+TEST(Recovery, TheCopyGoesWhenTheirVersionIsTaken)
+{
+    EditorHome home;
+    auto const file = home.startProject("Healed");
+    std::string const whole = contentsOf(file);
+    put(file, "{");
+    setBrief(home.editor(), "ours");
+    auto const copy = home.files().recovery().file();
+    ASSERT_TRUE(eventually([&] { return std::filesystem::exists(copy); }));
+
+    put(file, whole + "\n");
+    ASSERT_TRUE(eventually([&] { return !home.files().isDirty(); }));
+    EXPECT_FALSE(std::filesystem::exists(copy));
+}
+
 TEST(Recovery, AWaitingCopyIsNeverOverwritten)
 {
     EditorHome home;

@@ -25,14 +25,20 @@ public:
     void fill(FileURL& value) { value.path = "/média/a b%" + std::to_string(m_random()) + "\xFF"; }
 
     template <class T>
-        requires std::is_enum_v<T>
+    requires std::is_enum_v<T>
     void fill(T& value) { value = StoredWords<T>::words.back().value; }
 
     template <class T>
-    void fill(std::optional<T>& value) { fill(value.emplace()); }
+    void fill(std::optional<T>& value)
+    {
+        fill(value.emplace());
+    }
 
     template <class T>
-    void fill(Shared<T>& value) { fill(value.edit()); }
+    void fill(Shared<T>& value)
+    {
+        fill(value.edit());
+    }
 
     template <class T>
     void fill(std::vector<T>& values)
@@ -53,10 +59,11 @@ public:
     }
 
     template <class T>
-        requires requires { Stored<T>::fields; }
+    requires requires { Stored<T>::fields; }
     void fill(T& value)
     {
-        std::apply([&](auto const&... field) { (fill(value.*field.member), ...); }, Stored<T>::fields);
+        std::apply([&](auto const&... field) { (fill(value.*field.member), ...); },
+                   Stored<T>::fields);
         if constexpr (std::is_same_v<T, Clip>)
             value.sourceEnd += value.sourceStart;
     }
@@ -67,7 +74,8 @@ private:
 
 Json minimalDocument()
 {
-    return Json::parse(R"({"version": 5, "assetRefs": [], "project": {"aspect": "portrait", "assets": [],
+    return Json::parse(
+        R"({"version": 5, "assetRefs": [], "project": {"aspect": "portrait", "assets": [],
         "tracks": [{"id": "11111111-2222-4333-8444-555555555555", "kind": "video", "name": "Video 1",
                     "isMagnetic": true,
                     "clips": [{"id": "11111111-2222-4333-8444-555555555556",
@@ -134,22 +142,41 @@ TEST(ProjectDocument, MissingOptionalKeysTakeTheirDefaults)
 
 TEST(ProjectDocument, AnErrorNamesThePlaceAndWhatIsExpected)
 {
-    struct Case { char const* pointer; Json value; char const* sentence; };
+    struct Case {
+        char const* pointer;
+        Json value;
+        char const* sentence;
+    };
     for (Case const& c : {
-             Case{"/project/tracks/0/clips/0/sourceEnd", nullptr, "project.tracks[0].clips[0].sourceEnd is missing."},
-             Case{"/project/tracks/0/clips/0/sourceEnd", "3", "project.tracks[0].clips[0].sourceEnd must be a number."},
-             Case{"/project/tracks/0/clips/0/sourceEnd", -4, "project.tracks[0].clips[0].sourceEnd must be above sourceStart."},
-             Case{"/project/tracks/0/clips/0/sourceEnd", 0, "project.tracks[0].clips[0].sourceEnd must be above sourceStart."},
-             Case{"/project/tracks/0/clips/0/timelineStart", -1e17, "project.tracks[0].clips[0].timelineStart must be a time of at most 1000000 seconds."},
-             Case{"/project/tracks/0/clips", Json::object(), "project.tracks[0].clips must be an array."},
-             Case{"/project/tracks/0/kind", "film", "project.tracks[0].kind must be \"video\", \"audio\", \"subtitles\" or \"text\"."},
-             Case{"/project/aspect", "9:16", "project.aspect must be \"portrait\", \"landscape\", \"square\" or \"fourFive\"."},
+             Case{"/project/tracks/0/clips/0/sourceEnd", nullptr,
+                  "project.tracks[0].clips[0].sourceEnd is missing."},
+             Case{"/project/tracks/0/clips/0/sourceEnd", "3",
+                  "project.tracks[0].clips[0].sourceEnd must be a number."},
+             Case{"/project/tracks/0/clips/0/sourceEnd", -4,
+                  "project.tracks[0].clips[0].sourceEnd must be above sourceStart."},
+             Case{"/project/tracks/0/clips/0/sourceEnd", 0,
+                  "project.tracks[0].clips[0].sourceEnd must be above sourceStart."},
+             Case{"/project/tracks/0/clips/0/timelineStart", -1e17,
+                  "project.tracks[0].clips[0].timelineStart must be a time of at most 1000000 "
+                  "seconds."},
+             Case{"/project/tracks/0/clips", Json::object(),
+                  "project.tracks[0].clips must be an array."},
+             Case{
+                 "/project/tracks/0/kind", "film",
+                 "project.tracks[0].kind must be \"video\", \"audio\", \"subtitles\" or \"text\"."},
+             Case{
+                 "/project/aspect", "9:16",
+                 "project.aspect must be \"portrait\", \"landscape\", \"square\" or \"fourFive\"."},
              Case{"/project/tracks/0/id", "11111111", "project.tracks[0].id must be a UUID."},
-             Case{"/project/tracks/0/volume", 1e300, "project.tracks[0].volume must be a number a 32-bit float can hold."},
-             Case{"/project/assets", Json::array({1}), "project.assets must be an array that alternates ids and values."},
+             Case{"/project/tracks/0/volume", 1e300,
+                  "project.tracks[0].volume must be a number a 32-bit float can hold."},
+             Case{"/project/assets", Json::array({1}),
+                  "project.assets must be an array that alternates ids and values."},
              Case{"/project", 1, "project must be an object."},
              Case{"/version", 5.5, "version must be a whole number."},
-             Case{"/version", 6, "The project was written by a newer Framewright (format 6, this one reads up to 5)."},
+             Case{"/version", 6,
+                  "The project was written by a newer Framewright (format 6, this one reads up to "
+                  "5)."},
          }) {
         Json json = minimalDocument();
         Json::json_pointer const pointer(c.pointer);
@@ -178,7 +205,8 @@ TEST(ProjectDocument, UnknownKeysAreReported)
 TEST(ProjectDocument, PathsAreRelativeToTheFolder)
 {
     Project project;
-    for (char const* const path : {"/w/projects/A/media/a.mp4", "/footage/b.mp4", "/footage/\xFF.mp4"}) {
+    for (char const* const path :
+         {"/w/projects/A/media/a.mp4", "/footage/b.mp4", "/footage/\xFF.mp4"}) {
         MediaAsset asset;
         asset.id = Id::random();
         asset.url.path = path;

@@ -11,25 +11,38 @@ namespace framewright {
 
 TEST(AspectPreset, IsNamedInTheWordsOfUsers)
 {
-    struct Case { char const* word; std::optional<AspectPreset> preset; };
+    struct Case {
+        char const* word;
+        std::optional<AspectPreset> preset;
+    };
     for (Case const& c : {
-             Case{"9:16", AspectPreset::portrait}, Case{"REEL", AspectPreset::portrait},
-             Case{"9x16", AspectPreset::portrait}, Case{"Wide", AspectPreset::landscape},
-             Case{"YouTube", AspectPreset::landscape}, Case{"1x1", AspectPreset::square},
-             Case{"fourFive", AspectPreset::fourFive}, Case{"4X5", AspectPreset::fourFive},
-             Case{"", std::nullopt}, Case{"9:16 ", std::nullopt}, Case{"3:2", std::nullopt},
+             Case{"9:16", AspectPreset::portrait},
+             Case{"REEL", AspectPreset::portrait},
+             Case{"9x16", AspectPreset::portrait},
+             Case{"Wide", AspectPreset::landscape},
+             Case{"YouTube", AspectPreset::landscape},
+             Case{"1x1", AspectPreset::square},
+             Case{"fourFive", AspectPreset::fourFive},
+             Case{"4X5", AspectPreset::fourFive},
+             Case{"", std::nullopt},
+             Case{"9:16 ", std::nullopt},
+             Case{"3:2", std::nullopt},
          })
         EXPECT_EQ(aspectPresetNamed(c.word), c.preset) << c.word;
 }
 
 TEST(AspectPreset, ClosestIsMeasuredInLogarithms)
 {
-    struct Case { double width, height; AspectPreset preset; };
+    struct Case {
+        double width, height;
+        AspectPreset preset;
+    };
     for (Case const& c : {
              Case{1080, 1350, AspectPreset::fourFive}, Case{0, 100, AspectPreset::portrait},
              Case{100, -1, AspectPreset::portrait}, Case{1080, 1920, AspectPreset::portrait},
              Case{3840, 2160, AspectPreset::landscape}, Case{900, 900, AspectPreset::square},
-             Case{2, 3, AspectPreset::portrait}, // 0.17 away; 0.18 from 4:5, though in width it is nearer
+             Case{2, 3,
+                  AspectPreset::portrait}, // 0.17 away; 0.18 from 4:5, though in width it is nearer
          })
         EXPECT_EQ(closestAspectPreset(c.width, c.height), c.preset) << c.width << "x" << c.height;
 }
@@ -43,8 +56,8 @@ TEST(FileURL, CarriesAnyFileName)
         EXPECT_EQ(read->path, path);
     }
     EXPECT_EQ(FileURL{"/a b%.mp4"}.text(), "file:///a%20b%25.mp4");
-    for (char const* const bad : {"", "/a", "http://a/b", "file://host/a", "file:///a%2", "file:///a%zz",
-                                  "file:///a%00b", "file:a"})
+    for (char const* const bad : {"", "/a", "http://a/b", "file://host/a", "file:///a%2",
+                                  "file:///a%zz", "file:///a%00b", "file:a"})
         EXPECT_FALSE(FileURL::parse(bad)) << bad;
 }
 
@@ -52,7 +65,8 @@ TEST(Utf8, OnlyWellFormedTextIsValid)
 {
     for (char const* const good : {"", "abc", "\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x8E\xAC"})
         EXPECT_TRUE(isValidUtf8(good)) << good;
-    for (char const* const bad : {"\xC3", "\xFF", "\xC0\xAF", "\xED\xA0\x80", "\xF5\x80\x80\x80", "a\x80"}) {
+    for (char const* const bad :
+         {"\xC3", "\xFF", "\xC0\xAF", "\xED\xA0\x80", "\xF5\x80\x80\x80", "a\x80"}) {
         EXPECT_FALSE(isValidUtf8(bad));
         EXPECT_TRUE(isValidUtf8(validUtf8(bad)));
     }
@@ -76,10 +90,16 @@ TEST(TimeRange, IsHalfOpen)
     TimeRange const range{2, 5};
     EXPECT_TRUE(range.contains(2));
     EXPECT_FALSE(range.contains(5));
-    struct Case { TimeRange other, shared; };
+    struct Case {
+        TimeRange other, shared;
+    };
     for (Case const& c : {
-             Case{{3, 4}, {3, 4}}, Case{{1, 9}, {2, 5}}, Case{{0, 3}, {2, 3}},
-             Case{{5, 6}, {5, 5}}, Case{{0, 2}, {2, 2}}, Case{{7, 8}, {7, 7}},
+             Case{{3, 4}, {3, 4}},
+             Case{{1, 9}, {2, 5}},
+             Case{{0, 3}, {2, 3}},
+             Case{{5, 6}, {5, 5}},
+             Case{{0, 2}, {2, 2}},
+             Case{{7, 8}, {7, 7}},
          }) {
         EXPECT_EQ(range.intersection(c.other), c.shared) << c.other.start;
         EXPECT_EQ(range.overlaps(c.other), c.shared.length() > 0) << c.other.start;

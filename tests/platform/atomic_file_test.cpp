@@ -69,7 +69,8 @@ private:
 /// A document that starts with its length, so that a part of one can be recognised.
 std::string document(std::size_t length)
 {
-    return std::to_string(length) + "\n" + std::string(length, static_cast<char>('a' + length % 26));
+    return std::to_string(length) + "\n" +
+           std::string(length, static_cast<char>('a' + length % 26));
 }
 
 bool isWhole(std::string const& text)
@@ -203,7 +204,11 @@ TEST(WriteFile, RefusesWhatIsNoPlaceForADocument)
     ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
     fs::create_symlink("loop", folder / "loop");
 
-    struct Case { char const* name; Cause cause; char const* reason; };
+    struct Case {
+        char const* name;
+        Cause cause;
+        char const* reason;
+    };
     for (Case const& c : {
              Case{"missing/a", Cause::missing, "No such file or directory"},
              Case{"file/a", Cause::missing, "Not a directory"},
@@ -213,8 +218,8 @@ TEST(WriteFile, RefusesWhatIsNoPlaceForADocument)
          }) {
         auto const write = [&] { writeFileAtomically(folder / c.name, "new"); };
         EXPECT_EQ(causeOf(write), c.cause) << c.name;
-        EXPECT_EQ(failureOf<FileError>(write), "“" + (folder / c.name).string() +
-                                                   "” could not be written: " + c.reason + ".");
+        EXPECT_EQ(failureOf<FileError>(write),
+                  "“" + (folder / c.name).string() + "” could not be written: " + c.reason + ".");
     }
     EXPECT_THAT(namesIn(folder.path()), ElementsAre("file", "inner", "loop", "pipe"));
     EXPECT_EQ(contentsOf(folder / "file"), "old");
@@ -323,7 +328,11 @@ TEST(ReadFile, ReportsWhyItCannot)
     ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
     fs::create_symlink("pipe", folder / "link");
 
-    struct Case { char const* name; std::uintmax_t limit; std::optional<Cause> cause; };
+    struct Case {
+        char const* name;
+        std::uintmax_t limit;
+        std::optional<Cause> cause;
+    };
     for (Case const& c : {
              Case{"five", 5, std::nullopt},
              Case{"five", 4, Cause::tooLarge},

@@ -10,9 +10,16 @@ TEST(MediaFinder, LooksBesideTheProjectThenAtTheUrlThenInTheMediaFolders)
 {
     TestFolder const folder;
     for (char const* const file : {
-             "projects/Hook/media/a.mp4", "original/a.mp4", "original/b.mp4", "footage/a.mp4",
-             "footage/deep/er/c.mp4", "footage/same.mp4", "more/same.mp4", "footage/.cache/h.mp4",
-             "footage/.h.mp4", "footage/not utf8 \xFF.mp4",
+             "projects/Hook/media/a.mp4",
+             "original/a.mp4",
+             "original/b.mp4",
+             "footage/a.mp4",
+             "footage/deep/er/c.mp4",
+             "footage/same.mp4",
+             "more/same.mp4",
+             "footage/.cache/h.mp4",
+             "footage/.h.mp4",
+             "footage/not utf8 \xFF.mp4",
          })
         put(folder / file, "12345");
     put(folder / "footage/size.mp4", "1");
@@ -32,10 +39,18 @@ TEST(MediaFinder, LooksBesideTheProjectThenAtTheUrlThenInTheMediaFolders)
     MediaFinder finder(folder / "projects/Hook", {folder / "footage", folder / "more",
                                                   folder / "footage/deep", folder / "gone"});
     for (Case const& c : {
-             Case{"beside the project first", "media/a.mp4", base + "/original/a.mp4", {}, "projects/Hook/media/a.mp4"},
+             Case{"beside the project first",
+                  "media/a.mp4",
+                  base + "/original/a.mp4",
+                  {},
+                  "projects/Hook/media/a.mp4"},
              Case{"up and over", "../../original/b.mp4", "/gone/b.mp4", {}, "original/b.mp4"},
              Case{"absolute", base + "/original/b.mp4", "", {}, "original/b.mp4"},
-             Case{"as a URL", FileURL{base + "/footage/not utf8 \xFF.mp4"}.text(), "", {}, "footage/not utf8 \xFF.mp4"},
+             Case{"as a URL",
+                  FileURL{base + "/footage/not utf8 \xFF.mp4"}.text(),
+                  "",
+                  {},
+                  "footage/not utf8 \xFF.mp4"},
              Case{"then the URL", "media/b.mp4", base + "/original/b.mp4", {}, "original/b.mp4"},
              Case{"then by name", "/gone/a.mp4", "/gone/too/a.mp4", {}, "footage/a.mp4"},
              Case{"by the URL's name", "", "/gone/c.mp4", 5, "footage/deep/er/c.mp4"},

@@ -109,6 +109,8 @@ QCoro::Task<Outcome<Replaced>> replaceClip(Editing editing, Id clipID,
         auto const file = co_await probeSource(editing, *media);
         if (!file)
             co_return file.refusal();
+        if (!editing.state.isOpen())
+            co_return Refusal{Reason::noProject};
         project = file->addedTo(editing.project());
         spot = editableClip(project, clipID);
         if (!spot)

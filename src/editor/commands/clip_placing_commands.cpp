@@ -55,6 +55,8 @@ QCoro::Task<Outcome<Placed>> addClip(Editing editing, ClipToAdd wanted)
     auto const source = co_await probeSource(editing, wanted.source);
     if (!source)
         co_return source.refusal();
+    if (!editing.state.isOpen())
+        co_return Refusal{Reason::noProject};
 
     // Probing took a while: the track may be gone or locked by now.
     Project project = source->addedTo(editing.project());

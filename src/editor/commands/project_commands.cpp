@@ -83,13 +83,17 @@ QCoro::Task<Outcome<std::optional<Path>>> prepareToQuit(AppState& state, ExportS
     auto const ready = co_await state.files().prepareToLeave(unsaved);
     if (!ready)
         co_return ready.refusal();
-    if (!exports.isRunning())
+    if (!exports.isRunning()) {
+        if (unsaved == Unsaved::discard)
+            state.files().abandonChanges();
         co_return std::optional<Path>();
+    }
     Path const file = exports.file();
     if (unsaved == Unsaved::keep)
         co_return Refusal{Reason::exportStillRunning,
                           Subject::named(validUtf8(file.filename().string()))};
     co_await exports.cancel();
+    state.files().abandonChanges();
     co_return std::optional(file);
 }
 

@@ -21,12 +21,12 @@ Refusal nothingSelected()
 Outcome<SplitClip> splitAtPlayhead(Editing editing)
 {
     Selection const& selection = editing.state.selection();
-    auto const clip = selection.clips().empty() ? std::nullopt
-                                                : std::optional(selection.clips().front());
-    return carryOut(editing,
-                    split(editing.project(), clip, selection.activeTrack(), selection.playhead(),
-                          Id::random()),
-                    "Split at Playhead");
+    auto const clip =
+        selection.clips().empty() ? std::nullopt : std::optional(selection.clips().front());
+    return carryOut(
+        editing,
+        split(editing.project(), clip, selection.activeTrack(), selection.playhead(), Id::random()),
+        "Split at Playhead");
 }
 
 Outcome<Removed> deleteSelection(Editing editing)
@@ -65,10 +65,10 @@ Outcome<Project> setSelectedTransform(Editing editing, ClipTransform const& tran
     if (selected(editing).empty())
         return nothingSelected();
     ClipChanges changes;
-    for (auto const field : {&ClipTransform::scale, &ClipTransform::offsetX,
-                             &ClipTransform::offsetY, &ClipTransform::cropLeft,
-                             &ClipTransform::cropRight, &ClipTransform::cropTop,
-                             &ClipTransform::cropBottom})
+    for (auto const field :
+         {&ClipTransform::scale, &ClipTransform::offsetX, &ClipTransform::offsetY,
+          &ClipTransform::cropLeft, &ClipTransform::cropRight, &ClipTransform::cropTop,
+          &ClipTransform::cropBottom})
         changes.transform.emplace_back(field, transform.*field);
     return changeClip(editing, selected(editing).front(), changes);
 }

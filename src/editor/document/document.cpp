@@ -54,8 +54,8 @@ void Document::close()
 
 void Document::replace(Kind kind, Project project, std::string step, Author author)
 {
-    ProjectChange change{kind, std::exchange(m_project, std::move(project)), {}, std::move(step),
-                         author};
+    ProjectChange change{
+        kind, std::exchange(m_project, std::move(project)), {}, std::move(step), author};
     change.after = m_project;
     ++m_revision;
     emit changed(change);

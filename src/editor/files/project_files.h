@@ -76,6 +76,10 @@ public:
     /// The same, and closes the project.
     QCoro::Task<Outcome<Done>> close(Unsaved unsaved);
 
+    /// Drops changes that are not saved, with their recovery copy. Only right before the editor
+    /// ends: the project stays open, but is no longer kept.
+    void abandonChanges() { leave(); }
+
     /// The project moved with its folder, or gets its first file: that one is written and watched
     /// from now on.
     void followTo(std::filesystem::path file);
@@ -101,6 +105,7 @@ private:
     void adopt(ReadProject read, std::optional<std::filesystem::path> const& file,
                FileSync::Saving saving);
     void closeNow();
+    void leave();
     void checkWatching();
     QCoro::Task<void> loadMedia();
     void setOpeningProblem(std::string problem);

@@ -40,12 +40,14 @@ QCoro::Task<void> ProjectFiles::create(std::filesystem::path file, Project proje
 {
     auto const create = [file, project] { return createProject(file, project); };
     ReadProject read = co_await onWorker(create);
+    leave();
     adopt(std::move(read), file, usualSaving(file));
 }
 
 QCoro::Task<void> ProjectFiles::open(std::filesystem::path file)
 {
     ReadProject read = co_await readOnWorker(file);
+    leave();
     adopt(std::move(read), file, usualSaving(file));
 }
 
@@ -101,7 +103,11 @@ QCoro::Task<void> ProjectFiles::loadMedia()
 
 void ProjectFiles::checkWatching()
 {
-    if (isInWorkspace() && !m_sync.isWatching())
+    if (!isInWorkspace())
+        return;
+    // Also while a restored copy waits to be saved: what others write meanwhile is taken in.
+    m_sync.watchFile();
+    if (!m_sync.isWatching())
         setOpeningProblem("The project's folder can't be watched; changes by other programs are "
                           "only seen when the project is saved or opened.");
 }
@@ -149,11 +155,9 @@ QCoro::Task<Outcome<Done>> ProjectFiles::prepareToLeave(Unsaved unsaved)
     }
     if (!isDirty())
         co_return Done();
-    if (unsaved == Unsaved::discard) {
-        co_await m_sync.settled(); // A write under way would create the copy again.
-        m_recovery.clear();
+    // Its recovery copy stays until the project is really left.
+    if (unsaved == Unsaved::discard)
         co_return Done();
-    }
     co_return isInWorkspace() ? Refusal{Reason::saveFailed, Subject::named(problem())}
                               : Refusal{Reason::unsavedChanges, Subject::named(projectName())};
 }
@@ -166,9 +170,16 @@ QCoro::Task<Outcome<Done>> ProjectFiles::close(Unsaved unsaved)
     co_return ready;
 }
 
-void ProjectFiles::closeNow()
+/// The open project is saved, or its changes are not wanted: no copy of them may come back.
+void ProjectFiles::leave()
 {
     m_sync.detach();
+    m_recovery.clear();
+}
+
+void ProjectFiles::closeNow()
+{
+    leave();
     m_file.reset();
     m_media.setPlaces({});
     m_document.close();
@@ -194,6 +205,7 @@ QCoro::Task<Outcome<Done>> ProjectFiles::restoreRecovery()
             // Missing or invalid: the copy is all that is left.
         }
     }
+    leave();
     m_recovery.adoptWaiting();
     adopt(std::move(read), waiting.origin, FileSync::Saving::onRequest);
     m_sync.valueChanged();

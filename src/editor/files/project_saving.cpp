@@ -35,6 +35,7 @@ StoredProject ProjectFiles::stored() const
 /// Theirs becomes a step of the history; our unsaved changes are one step back.
 Taken ProjectFiles::takeOutsideEdit(Decoded<StoredProject> const& theirs)
 {
+    m_recovery.clear(); // The file holds what is open.
     AssetRefs refs = m_media.places().refs;
     for (auto const& [id, ref] : theirs.value.refs)
         refs[id] = ref;

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "composition/loaded_asset.h"
 #include "model/media_asset.h"
 #include "model/project.h"
-#include "composition/loaded_asset.h"
 #include "pipeline/file_identity.h"
 
 namespace framewright {
