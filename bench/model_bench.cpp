@@ -75,8 +75,9 @@ Project longProject(bool isMagnetic)
     return isMagnetic ? *setMagnetic(project, id("v1"), true) : project;
 }
 
-Id const middle = numbered(1, clipCount / 2 + 1);
-double const middleTime = 3.0 * (clipCount / 2 + 1);
+constexpr auto middleNumber = clipCount / 2 + 1;
+Id const middle = numbered(1, middleNumber);
+double const middleTime = 3.0 * middleNumber;
 Id const fresh = numbered(2, 1);
 Id const freshTrack = numbered(3, 1);
 

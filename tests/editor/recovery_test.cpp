@@ -11,7 +11,7 @@ std::filesystem::path looseProject(EditorHome& home, std::string const& brief)
 {
     Project project = newProject();
     project.brief = brief;
-    auto const file = home.folder / "loose.fwp";
+    auto file = home.folder / "loose.fwp";
     put(file, ProjectDocument(project).data());
     return file;
 }
